@@ -1,0 +1,3 @@
+#include "support/HException.h"
+
+int HException::m_count = 0;
