@@ -1,7 +1,7 @@
 // A plain image: one section "data" with the bytes of the file, which must be told where to go.
 #pragma once
 
-#include "loadfile/FileBytes.h"
+#include "loadfile/FileInput.h"
 #include "loadfile/LoadFileInterface.h"
 
 class BinaryLoadFile : public StandardLoadFile {

@@ -1,25 +1,24 @@
 #include "loadfile/HexLoadFile.h"
 
-#include "loadfile/FileBytes.h"
 #include "loadfile/TextLines.h"
 #include "loadfile/limits.h"
 
+template <class Source> void HexLoadFile::read(Source source)
+{
+    forEachLine(source, LoadFileLimits::ListingLine, [this](Cursor line) {
+        readLine(line);
+        return true;
+    });
+}
+
 HexLoadFile::HexLoadFile(const char* file)
 {
-    read(FileBytes(file).text());
+    read(file);
 }
 
 HexLoadFile::HexLoadFile(std::span<const char> text)
 {
     read(text);
-}
-
-void HexLoadFile::read(std::span<const char> text)
-{
-    forEachLine(text, LoadFileLimits::ListingLine, [this](Cursor line) {
-        readLine(line);
-        return true;
-    });
 }
 
 void HexLoadFile::readLine(Cursor line)

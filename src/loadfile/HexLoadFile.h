@@ -12,6 +12,6 @@ public:
     explicit HexLoadFile(std::span<const char> text);
 
 private:
-    void read(std::span<const char> text);
+    template <class Source> void read(Source source); // a file name or its bytes
     void readLine(Cursor line);
 };

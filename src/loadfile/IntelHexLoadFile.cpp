@@ -1,6 +1,5 @@
 #include "loadfile/IntelHexLoadFile.h"
 
-#include "loadfile/FileBytes.h"
 #include "loadfile/TextLines.h"
 #include "loadfile/limits.h"
 
@@ -15,22 +14,22 @@ enum RecordType {
 };
 }
 
+template <class Source> void IntelHexLoadFile::read(Source source)
+{
+    bool ended =
+        forEachLine(source, LoadFileLimits::RecordLine, [this](Cursor line) { return readRecord(line); });
+    if (!ended)
+        failAtLine("invalid end of file in hex file");
+}
+
 IntelHexLoadFile::IntelHexLoadFile(const char* file)
 {
-    read(FileBytes(file).text());
+    read(file);
 }
 
 IntelHexLoadFile::IntelHexLoadFile(std::span<const char> text)
 {
     read(text);
-}
-
-void IntelHexLoadFile::read(std::span<const char> text)
-{
-    bool ended =
-        forEachLine(text, LoadFileLimits::RecordLine, [this](Cursor line) { return readRecord(line); });
-    if (!ended)
-        failAtLine("invalid end of file in hex file");
 }
 
 // False at the end-of-file record.
@@ -39,9 +38,10 @@ bool IntelHexLoadFile::readRecord(Cursor line)
     if (line.next() != ':')
         throw HException("missing record mark in hex file");
     uint8_t sum = 0;
-    unsigned count = getAsciiHexByte(line, &sum);
-    uint32_t offset = getAsciiHexNumber(line, 2, &sum);
-    unsigned type = getAsciiHexByte(line, &sum);
+    uint32_t head = getAsciiHexNumber(line, 4, &sum);
+    unsigned count = head >> 24;
+    uint32_t offset = head >> 8 & 0xFFFF;
+    unsigned type = head & 0xFF;
     switch (type) {
     case Data: {
         // The digits are there before room is made for them.

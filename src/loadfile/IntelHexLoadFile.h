@@ -13,7 +13,7 @@ public:
     explicit IntelHexLoadFile(std::span<const char> text);
 
 private:
-    void read(std::span<const char> text);
+    template <class Source> void read(Source source); // a file name or its bytes
     bool readRecord(Cursor line);
     uint32_t m_segment = 0;
     uint32_t m_linear = 0;

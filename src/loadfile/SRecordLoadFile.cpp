@@ -1,25 +1,24 @@
 #include "loadfile/SRecordLoadFile.h"
 
-#include "loadfile/FileBytes.h"
 #include "loadfile/TextLines.h"
 #include "loadfile/limits.h"
 
+template <class Source> void SRecordLoadFile::read(Source source)
+{
+    forEachLine(source, LoadFileLimits::RecordLine, [this](Cursor line) {
+        readRecord(line);
+        return true;
+    });
+}
+
 SRecordLoadFile::SRecordLoadFile(const char* file)
 {
-    read(FileBytes(file).text());
+    read(file);
 }
 
 SRecordLoadFile::SRecordLoadFile(std::span<const char> text)
 {
     read(text);
-}
-
-void SRecordLoadFile::read(std::span<const char> text)
-{
-    forEachLine(text, LoadFileLimits::RecordLine, [this](Cursor line) {
-        readRecord(line);
-        return true;
-    });
 }
 
 void SRecordLoadFile::readRecord(Cursor line)

@@ -12,7 +12,7 @@ public:
     explicit SRecordLoadFile(std::span<const char> text);
 
 private:
-    void read(std::span<const char> text);
+    template <class Source> void read(Source source); // a file name or its bytes
     void readRecord(Cursor line);
     uint16_t m_dataRecords = 0;
 };

@@ -1,25 +1,24 @@
 #include "loadfile/TIHexLoadFile.h"
 
-#include "loadfile/FileBytes.h"
 #include "loadfile/TextLines.h"
 #include "loadfile/limits.h"
 
+template <class Source> void TIHexLoadFile::read(Source source)
+{
+    bool ended =
+        forEachLine(source, LoadFileLimits::ListingLine, [this](Cursor line) { return readLine(line); });
+    if (!ended)
+        failAtLine("unexpected end of file");
+}
+
 TIHexLoadFile::TIHexLoadFile(const char* file)
 {
-    read(FileBytes(file).text());
+    read(file);
 }
 
 TIHexLoadFile::TIHexLoadFile(std::span<const char> text)
 {
     read(text);
-}
-
-void TIHexLoadFile::read(std::span<const char> text)
-{
-    bool ended =
-        forEachLine(text, LoadFileLimits::ListingLine, [this](Cursor line) { return readLine(line); });
-    if (!ended)
-        failAtLine("unexpected end of file");
 }
 
 // False at the line that ends the file.

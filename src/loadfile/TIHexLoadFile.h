@@ -12,7 +12,7 @@ public:
     explicit TIHexLoadFile(std::span<const char> text);
 
 private:
-    void read(std::span<const char> text);
+    template <class Source> void read(Source source); // a file name or its bytes
     bool readLine(Cursor line);
     uint32_t m_address = 0;
 };

@@ -28,7 +28,7 @@ protected:
     static unsigned getAsciiHexByte(Cursor& cursor, uint8_t* sum);
     // `count` such bytes into `to`, at full speed.
     static void getAsciiHexBytes(Cursor& cursor, size_t count, unsigned char* to, uint8_t* sum);
-    // A number of `count` bytes, high byte first.
+    // A number of `count` bytes, at most 4, high byte first.
     static uint32_t getAsciiHexNumber(Cursor& cursor, unsigned count, uint8_t* sum);
 
     // Room for `count` bytes at the address.
@@ -36,9 +36,11 @@ protected:
 
     // Calls handleLine(Cursor) for each line, its newline included, a line longer than `longest` in
     // pieces, until it answers false; then the result is true, and false when the text ends first.
+    // A file passes through a buffer of fixed size.
     // A failure gets " : line N" behind its text.
     template <class HandleLine>
     bool forEachLine(std::span<const char> text, size_t longest, HandleLine handleLine);
+    template <class HandleLine> bool forEachLine(const char* file, size_t longest, HandleLine handleLine);
     // Throws the text with the present line number behind it.
     [[noreturn]] void failAtLine(const char* text) const;
 

@@ -6,7 +6,8 @@
 #include "loadfile/TIHexLoadFile.h"
 #include "support/HException.h"
 
-#include <gtest/gtest.h>
+#include "support/TempDir.h"
+
 #include <random>
 
 namespace {
@@ -183,6 +184,35 @@ TEST(Hex, LinesAndFailures)
         {"00001000 0\n", "invalid ASCII encoded byte : line 1"},
         {"FFFFFFFF 01 02\n", "data beyond the end of the address space : line 1"},
     });
+}
+
+// A file passes through a buffer: lines that cross its end, and a line longer than all of it, must read
+// as they do from memory.
+TEST(TextFormats, FilesReadAsTheirBytesDo)
+{
+    TempDir dir;
+    std::string text;
+    for (unsigned i = 0; i < 9000; ++i) {
+        char body[64];
+        snprintf(body, sizeof body, "%02X%08X%0*X", 5 + i % 16 + 1, i * 16, int(i % 16 + 1) * 2, i & 0xF);
+        text += srec('3', body);
+    }
+    SRecordLoadFile fromFile(dir.write("a.s19", text).c_str());
+    SRecordLoadFile fromMemory(std::span<const char>(text.data(), text.size()));
+    const auto& a = fromFile.loadFileSections().sections();
+    const auto& b = fromMemory.loadFileSections().sections();
+    ASSERT_EQ(a.size(), b.size());
+    for (size_t i = 0; i < a.size(); ++i)
+        ASSERT_TRUE(*a[i] == *b[i]) << i;
+
+    text = srec('1', "040010aa") + std::string(300000, 'S');
+    std::string expected = outcome<SRecordLoadFile>(text);
+    try {
+        SRecordLoadFile file(dir.write("long.s19", text).c_str());
+        FAIL();
+    } catch (const HException& e) {
+        EXPECT_EQ(e.message(), expected);
+    }
 }
 
 // Whatever the bytes, a reader ends with sections or with an HException.

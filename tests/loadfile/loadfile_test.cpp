@@ -161,7 +161,7 @@ TEST(BinaryLoadFile, OneSectionAtTheAddressToldLast)
     EXPECT_EQ(BinaryLoadFile(dir.write("empty.bin", "").c_str()).loadFileSections().sections().size(), 1u);
 }
 
-TEST(FileBytes, SaysWhatCannotBeRead)
+TEST(FileInput, SaysWhatCannotBeRead)
 {
     TempDir dir;
     auto hintOf = [](const char* name) {
