@@ -1,0 +1,112 @@
+#include "target/TargetInterface.h"
+
+#include "project/BuildSystem.h"
+#include "project/ProjectSystem.h"
+#include "support/HException.h"
+#include "support/PlatformConstants.h"
+
+TargetInterface::TargetInterface(int capabilities, const char* name, TargetInterfaceHelperFunctions* helpers)
+    : m_name(QString::fromLatin1(name)), m_capabilities(capabilities), m_helpers(helpers),
+      m_deviceIdClass("device_id", PropertyClass::String, QString(), QString(), "Target", "Device Type",
+                      "The detected type of the currently connected target device."),
+      m_eraseAllClass("loaderEraseAll", PropertyClass::Boolean, QString(), QString(), "Loader", "Erase All",
+                      "Erase all erasable memory rather than individual segments when downloading."),
+      m_deviceId(&m_deviceIdClass), m_eraseAll(&m_eraseAllClass)
+{
+    m_deviceIdClass.setReadOnly(true);
+}
+
+TargetInterface::~TargetInterface() = default;
+
+void TargetInterface::debugBegin()
+{
+    executeDebugBeginScript();
+}
+
+void TargetInterface::debugEnd()
+{
+    executeDebugEndScript();
+}
+
+void TargetInterface::attach()
+{
+    executeAttachScript();
+}
+
+bool TargetInterface::loaderEraseAll() const
+{
+    return m_eraseAll.toBool();
+}
+
+void TargetInterface::setLoaderEraseAll(bool on)
+{
+    m_eraseAll.setValue(on);
+}
+
+void TargetInterface::getProperties(PropertyValueList& list)
+{
+    if (isConnected())
+        list.appendUnique(&m_deviceId);
+    if (capabilities() & HasEraseAll)
+        list.appendUnique(&m_eraseAll);
+}
+
+QString TargetInterface::addressString(unsigned address)
+{
+    return QString::asprintf(Get_ADDRESS_FORMAT(), address);
+}
+
+void TargetInterface::syncSettingsWithProject(ProjectElement* project, const QString& configuration)
+{
+    m_project = project;
+    m_configuration = configuration;
+}
+
+void TargetInterface::loadBegin()
+{
+    if (m_loadDepth++ > 0)
+        return;
+    for (AddressRanges& ranges : m_touched)
+        ranges.clear();
+    try {
+        loadBeginInitial();
+    } catch (...) {
+        --m_loadDepth;
+        throw;
+    }
+}
+
+void TargetInterface::loadEnd()
+{
+    struct Lower {
+        int& depth;
+        ~Lower() { --depth; }
+    } lower{m_loadDepth};
+    if (m_loadDepth == 1)
+        loadEndFinal();
+}
+
+void TargetInterface::reconnect()
+{
+    if (isConnected()) {
+        disconnect();
+        connect(true);
+    }
+}
+
+QString TargetInterface::propertyValue(const PropertyClass* property, bool expanded) const
+{
+    if (!m_project || m_configuration.isEmpty())
+        return {};
+    if (expanded)
+        return buildSystem->settingForExpanded(m_project, property, m_configuration);
+    return projectSystem->settingFor(m_project, property, m_configuration, nullptr);
+}
+
+QString TargetInterface::memoryMapFile()
+{
+    QString result;
+    if (m_project && !m_configuration.isEmpty())
+        buildSystem->useMemoryMapFileForLink(m_project, m_configuration, result);
+    return result;
+}

@@ -1,0 +1,17 @@
+#include "target/TargetInterfaceFactory.h"
+
+#include <cstring>
+
+// The base knows no class of target, whatever the name.
+TargetInterface* TargetInterfaceFactory::create(const char*)
+{
+    return nullptr;
+}
+
+const char* TargetInterfaceFactory::classnameFromShortname(const char* shortName) const
+{
+    for (const TargetInterfaceInfo& target : m_targets)
+        if (target.shortName && strcmp(target.shortName, shortName) == 0)
+            return target.className;
+    return nullptr;
+}

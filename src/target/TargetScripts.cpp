@@ -1,0 +1,85 @@
+// The script hooks of TargetInterface: a project's one-line scripts for events, and the file of helper
+// functions that they call.
+
+#include "project/BuildSystem.h"
+#include "project/CachedTextFile.h"
+#include "project/ProjectElement.h"
+#include "support/HException.h"
+#include "target/TargetInterface.h"
+
+bool TargetInterface::executeResetScript(bool loader)
+{
+    return executeScript("target_reset_script", "Executing reset script ", false,
+                         loader ? "Preparing target for download" : "Preparing target for user application");
+}
+
+bool TargetInterface::executeAttachScript()
+{
+    return executeScript("target_attach_script", "Executing attach script ", false);
+}
+
+bool TargetInterface::executeRunScript()
+{
+    return executeScript("target_go_script", "Executing run script ", true);
+}
+
+bool TargetInterface::executeStopScript()
+{
+    return executeScript("target_stop_script", "Executing stop script ", true);
+}
+
+bool TargetInterface::executeConnectScript()
+{
+    return executeScript("target_connect_script", "Executing connect script ", true);
+}
+
+bool TargetInterface::executeDisconnectScript()
+{
+    return executeScript("target_disconnect_script", "Executing disconnect script ", true);
+}
+
+bool TargetInterface::executeDebugBeginScript()
+{
+    return executeScript("target_debug_begin_script", "Executing debug begin script ", true);
+}
+
+bool TargetInterface::executeDebugEndScript()
+{
+    return executeScript("target_debug_end_script", nullptr, true);
+}
+
+bool TargetInterface::executeScript(const char* property, const char* messagePrefix, bool flushFirst,
+                                    const char* group)
+{
+    if (flushFirst)
+        flushMemoryInterfaces();
+    if (!m_project)
+        return false;
+    QString script = propertyValue(buildSystem->findPropertyClass(QLatin1String(property)), false);
+    if (script.isEmpty())
+        return false;
+    if (group)
+        m_helpers->beginGroup(QLatin1String(group), 0x4000);
+    if (messagePrefix)
+        m_helpers->message(QLatin1String(messagePrefix) + script);
+    throw HException(QLatin1String("this version cannot run target scripts: ") + script);
+}
+
+QString TargetInterface::targetScript()
+{
+    // One for the process: every target of a session belongs to the same project.
+    static QString cachedPath;
+    static QString cachedText;
+    if (!m_project || m_configuration.isEmpty())
+        return cachedText;
+    ProjectElement* file =
+        buildSystem->findFileOfType(m_project, m_configuration, QStringLiteral("Target Script"));
+    if (!file)
+        file = buildSystem->findFileOfType(m_project, m_configuration, QStringLiteral("Reset Script"));
+    if (file && file->path().osPathQString() != cachedPath) {
+        m_helpers->message(QLatin1String("Loading target script file ") + file->path().fileName());
+        cachedText = CachedTextFile::read(file->path().osPathQString(), nullptr);
+        cachedPath = file->path().osPathQString();
+    }
+    return cachedText;
+}

@@ -1,0 +1,32 @@
+#include "zoff/ZOFFLoadFileFactory.h"
+
+#include "support/HException.h"
+
+#include <cstring>
+
+namespace {
+const char ExecutableType[] = "kvx";
+}
+
+LoadFileFactory* LoadFileFactory::instance()
+{
+    static LoadFileFactory* factory = new ZOFFLoadFileFactory;
+    return factory;
+}
+
+ZOFFLoadFileFactory::ZOFFLoadFileFactory()
+{
+    m_types.insert(m_types.begin(), {ExecutableType, "*.kvx", "Forgeline Executable"});
+}
+
+LoadFileInterface* ZOFFLoadFileFactory::create(const char* file, const char* type)
+{
+    if (strcmp(type, ExecutableType) == 0)
+        throw HException(std::string("this version cannot read linked executables: ") + file);
+    return LoadFileFactory::create(file, type);
+}
+
+const char* ZOFFLoadFileFactory::detect(const char* file)
+{
+    return strstr(file, ".kvx") ? ExecutableType : LoadFileFactory::detect(file);
+}

@@ -1,0 +1,12 @@
+// The load file factory in use: it knows linked executables beside the hex and binary formats.
+#pragma once
+
+#include "loadfile/LoadFileFactory.h"
+
+class ZOFFLoadFileFactory : public LoadFileFactory {
+public:
+    ZOFFLoadFileFactory();
+    LoadFileInterface* create(const char* file, const char* type) override;
+    // ".kvx" anywhere in the name wins over the endings of the other types.
+    const char* detect(const char* file) override;
+};
