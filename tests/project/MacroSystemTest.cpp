@@ -1,5 +1,5 @@
-#include "project/EnvironmentSettings.h"
 #include "project/MacroSystem.h"
+#include "project/EnvironmentSettings.h"
 #include "support/HException.h"
 #include "support/Path.h"
 #include "tests/support/TempDir.h"
@@ -17,24 +17,15 @@ TEST(MacroSystem, Expansion)
 {
     const MacroSystem::Macros macros{{"A", "1"}, {"B", "$(A)"}, {"C", ""}, {"x1", "found"}, {"Date", "mine"}};
     const std::pair<const char*, const char*> cases[] = {
-        {"plain", "plain"},
-        {"", ""},
-        {"$(A)$(A)-$(C)", "11-"},
-        {"$(B)", "$(A)"}, // a value is inserted as it stands
-        {"$(Unknown)", "$(Unknown)"},
-        {"$(Unknown:x)", "x"},
-        {"$(Unknown:)", ""},
-        {"$(Unknown:a:b)", "a:b"},
-        {"$(A:never)", "1"},
-        {"$(U:$(A))", "1"},
-        {"$(U:$(V:$(A)))", "1"},
-        {"$(U:$(V))", "$(V)"},
-        {"$(U:f(x)y)", "f(x)y"},
-        {"$($(A))", "$($(A))"},
-        {"cost: $5 $", "cost: $5 $"},
-        {"$(A", "(A"},
-        {"a$(b$(A)", "a(b1"},
-        {"$()", "$()"},
+        {"plain", "plain"},           {"", ""},
+        {"$(A)$(A)-$(C)", "11-"},     {"$(B)", "$(A)"}, // a value is inserted as it stands
+        {"$(Unknown)", "$(Unknown)"}, {"$(Unknown:x)", "x"},
+        {"$(Unknown:)", ""},          {"$(Unknown:a:b)", "a:b"},
+        {"$(A:never)", "1"},          {"$(U:$(A))", "1"},
+        {"$(U:$(V:$(A)))", "1"},      {"$(U:$(V))", "$(V)"},
+        {"$(U:f(x)y)", "f(x)y"},      {"$($(A))", "$($(A))"},
+        {"cost: $5 $", "cost: $5 $"}, {"$(A", "(A"},
+        {"a$(b$(A)", "a(b1"},         {"$()", "$()"},
         {"$(Date)", "mine"},
     };
     for (const auto& [text, expected] : cases)
@@ -43,7 +34,8 @@ TEST(MacroSystem, Expansion)
 
 TEST(MacroSystem, DateMacrosAreComputedThoughTheTableListsThem)
 {
-    for (const char* name : {"Date", "DateYear", "DateMonth", "DateDay", "Time", "TimeHour", "TimeMinute", "TimeSecond"})
+    for (const char* name :
+         {"Date", "DateYear", "DateMonth", "DateDay", "Time", "TimeHour", "TimeMinute", "TimeSecond"})
         EXPECT_TRUE(macroSystem.systemMacros().contains(name)) << name;
     QString year = QLocale().toString(QDate::currentDate(), "yyyy");
     EXPECT_EQ(MacroSystem::replaceMacros(macroSystem.globalMacros(true), "$(DateYear)"), year);
@@ -57,7 +49,8 @@ TEST(MacroSystem, DateMacrosAreComputedThoughTheTableListsThem)
 
 TEST(MacroSystem, EndlessExpansionNamesTheMacro)
 {
-    const MacroSystem::Macros macros{{"v", "$(q:$(w)) $(w)"}, {"w", "$(q:$(v)) $(v)"}, {"big", QString(600000, 'x')}};
+    const MacroSystem::Macros macros{
+        {"v", "$(q:$(w)) $(w)"}, {"w", "$(q:$(v)) $(v)"}, {"big", QString(600000, 'x')}};
     auto failure = [&](const char* text) {
         try {
             expand(macros, text);
@@ -102,7 +95,8 @@ TEST(MacroSystem, GlobalMacrosLiveInTheSettings)
         macroSystem.setGlobalMacro("TestSystem", "over");
         macroSystem.setGlobalMacro("Gone", "1");
         macroSystem.setGlobalMacro("Gone", "");
-        EXPECT_EQ(macroSystem.globalMacros(false), (MacroSystem::Macros{{"Mine", "x;y=z"}, {"TestSystem", "over"}}));
+        EXPECT_EQ(macroSystem.globalMacros(false),
+                  (MacroSystem::Macros{{"Mine", "x;y=z"}, {"TestSystem", "over"}}));
     }
     EnvironmentSettings again;
     environment = &again;

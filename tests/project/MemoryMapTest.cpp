@@ -30,11 +30,13 @@ TEST(MemoryMap, AddressesCountFromTheEnclosingElement)
 {
     MemoryMap map;
     ASSERT_TRUE(map.loadFromString(
-        "<Root><MemorySegment name=\"FLASH\" start=\"0x100\" size=\"0x200\" access=\"ReadOnly\" addressSpace=\"CODE\">"
+        "<Root><MemorySegment name=\"FLASH\" start=\"0x100\" size=\"0x200\" access=\"ReadOnly\" "
+        "addressSpace=\"CODE\">"
         "<ProgramSection name=\"CODE\" start=\"+0x10\"/><MemorySegment name=\"INNER\" start=\"+16\"/>"
         "<RegisterGroup name=\"G\"><Register name=\"R\" start=\"+0x4\" register_type=\"unsigned short\">"
         "<BitField name=\"B\" start=\"3\" size=\"2\"/></Register></RegisterGroup>"
-        "<RegisterGroup name=\"H\" start=\"0x40\"><Register name=\"S\" start=\"+0x4\" size=\"8\"/></RegisterGroup>"
+        "<RegisterGroup name=\"H\" start=\"0x40\"><Register name=\"S\" start=\"+0x4\" "
+        "size=\"8\"/></RegisterGroup>"
         "</MemorySegment><MemorySegment name=\"RAM\" size=\"010\" access=\"None\"/><Other/></Root>"));
     EXPECT_EQ(names(map.getAllElements()),
               "@0 FLASH@100 CODE@110 INNER@110 G@0 R@104 B@3 H@40 S@44 RAM@0 @0 ");
@@ -92,10 +94,13 @@ TEST(MemoryMap, SettersWriteTheirForms)
 TEST(MemoryMap, ImportsJoinAtTheirPlace)
 {
     TempDir directory;
-    directory.write("sub/more.xml", "<Root><MemorySegment name=\"$(N)\"/><Import filename=\"last.xml\"/></Root>");
-    directory.write("sub/last.xml", "<Root><if Big=\"1\"><MemorySegment name=\"L\" start=\"0x10\"/></if></Root>");
-    std::string file = directory.write("map.xml", "<Root><MemorySegment name=\"A\"/><Import filename=\"sub/more.xml\"/>"
-                                                  "<MemorySegment name=\"Z\" start=\"x\"/></Root>");
+    directory.write("sub/more.xml",
+                    "<Root><MemorySegment name=\"$(N)\"/><Import filename=\"last.xml\"/></Root>");
+    directory.write("sub/last.xml",
+                    "<Root><if Big=\"1\"><MemorySegment name=\"L\" start=\"0x10\"/></if></Root>");
+    std::string file =
+        directory.write("map.xml", "<Root><MemorySegment name=\"A\"/><Import filename=\"sub/more.xml\"/>"
+                                   "<MemorySegment name=\"Z\" start=\"x\"/></Root>");
     MemoryMap map;
     ASSERT_TRUE(map.load(q(file), "N=M;Big=1", true));
     EXPECT_EQ(names(map.getSegments(true)), "A@0 M@0 L@10 Z@0 ");

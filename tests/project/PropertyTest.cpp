@@ -32,7 +32,8 @@ PropertyClass make(PropertyClass::Type type)
 TEST(PropertyValue, Conversions)
 {
     PropertyClass boolean("b", PropertyClass::Boolean, QString(), "", "", "", "");
-    PropertyClass enumeration("e", PropertyClass::Enumeration, QStringList{"None", "Some", "All"}, "", "", "", "");
+    PropertyClass enumeration("e", PropertyClass::Enumeration, QStringList{"None", "Some", "All"}, "", "", "",
+                              "");
     PropertyClass integer("i", PropertyClass::Integer, QString(), "", "", "", "");
     for (const char* text : {"Yes", "TRUE", "1", "yes", "true"})
         EXPECT_TRUE(SimplePropertyValue(&boolean, text).toBool()) << text;
@@ -40,8 +41,9 @@ TEST(PropertyValue, Conversions)
         EXPECT_FALSE(SimplePropertyValue(&boolean, text).toBool()) << text;
     EXPECT_TRUE(SimplePropertyValue(&enumeration, "Some").toBool());
     EXPECT_FALSE(SimplePropertyValue(&enumeration, "All").toBool());
-    const std::pair<const char*, int> numbers[] = {
-        {"0x10", 16}, {"-5", -5}, {"", 0}, {"abc", 0}, {"12x", 0}, {"0xFFFFFFFF", -1}, {"0x100000000", 0}, {"99999999999", 0}};
+    const std::pair<const char*, int> numbers[] = {{"0x10", 16},       {"-5", -5},        {"", 0},
+                                                   {"abc", 0},         {"12x", 0},        {"0xFFFFFFFF", -1},
+                                                   {"0x100000000", 0}, {"99999999999", 0}};
     for (const auto& [text, expected] : numbers)
         EXPECT_EQ(SimplePropertyValue(&integer, text).toInt(), expected) << text;
     EXPECT_EQ(SimplePropertyValue(&enumeration, "All").toInt(), 2);
@@ -56,7 +58,8 @@ TEST(PropertyValue, SettingGoesByTheClass)
 {
     Warnings warnings;
     PropertyClass hex = PropertyClass("h", PropertyClass::IntegerHex, QString(), "", "", "", "");
-    PropertyClass enumeration("e", PropertyClass::Enumeration, QStringList{"None", "Some", "All"}, "", "", "", "");
+    PropertyClass enumeration("e", PropertyClass::Enumeration, QStringList{"None", "Some", "All"}, "", "", "",
+                              "");
     PropertyClass boolean("b", PropertyClass::Boolean, QString(), "", "", "", "");
     PropertyClass text("s", PropertyClass::String, QString("def"), "", "", "", "");
     SimplePropertyValue value(&enumeration);
@@ -66,8 +69,9 @@ TEST(PropertyValue, SettingGoesByTheClass)
     for (int outside : {3, -1})
         value.setValue(outside);
     EXPECT_EQ(value.toString(), "All");
-    EXPECT_EQ(warnings.take(), QStringList(2, "PropertyValue::setValue(int): Setting an enumeration to a value "
-                                              "which isn't in its enumerates"));
+    EXPECT_EQ(warnings.take(),
+              QStringList(2, "PropertyValue::setValue(int): Setting an enumeration to a value "
+                             "which isn't in its enumerates"));
     value.setValue(true);
     EXPECT_EQ(warnings.take(), QStringList("PropertyValue::setValue(int): Setting a non-Boolean property"));
     SimplePropertyValue string(&text);
@@ -100,9 +104,10 @@ TEST(PropertyValue, SettingGoesByTheClass)
 TEST(PropertyClass, FromElementAndFromTexts)
 {
     XMLDocument document(false);
-    ASSERT_TRUE(document.loadFromString("<p name=\"n\" type=\"IntegerRange\" group=\"g\" short=\"s\" long=\"l\" "
-                                        "default=\"7\" minimum=\"0x1\" maximum=\"20\" enumeration=\"a;b\" "
-                                        "specialvalue=\"none\"/>"));
+    ASSERT_TRUE(
+        document.loadFromString("<p name=\"n\" type=\"IntegerRange\" group=\"g\" short=\"s\" long=\"l\" "
+                                "default=\"7\" minimum=\"0x1\" maximum=\"20\" enumeration=\"a;b\" "
+                                "specialvalue=\"none\"/>"));
     PropertyClass read(document.root());
     EXPECT_EQ(read.saveName(), "n");
     EXPECT_EQ(read.type(), PropertyClass::IntegerRange);

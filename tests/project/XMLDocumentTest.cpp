@@ -174,14 +174,16 @@ TEST(XMLDocument, WhatIsSavedReadsBackTheSame)
 {
     TempDir directory;
     std::string file = directory / "x.xml";
-    const char* text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?><!DOCTYPE d><!-- top --><a b=\"&lt;&quot;&#10;\">"
-                       "<c/><d>x &amp; y\xc3\xa9<![CDATA[<raw>]]><e/></d><!-- in --></a>";
+    const char* text =
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?><!DOCTYPE d><!-- top --><a b=\"&lt;&quot;&#10;\">"
+        "<c/><d>x &amp; y\xc3\xa9<![CDATA[<raw>]]><e/></d><!-- in --></a>";
     XMLDocument document(true);
     ASSERT_TRUE(document.loadFromString(text));
     ASSERT_TRUE(document.save(file.c_str(), 2));
-    EXPECT_EQ(document.toBytes(2), "<?xml  version=\"1.0\" encoding=\"UTF-8\" ?>\n<!DOCTYPE d>\n<!-- top -->\n"
-                                   "<a b=\"&lt;&quot;&#xa;\">\n  <c/>\n"
-                                   "  <d>x &amp; y&#xc3;&#xa9;<![CDATA[<raw>]]><e/></d>\n  <!-- in -->\n</a>\n");
+    EXPECT_EQ(document.toBytes(2),
+              "<?xml  version=\"1.0\" encoding=\"UTF-8\" ?>\n<!DOCTYPE d>\n<!-- top -->\n"
+              "<a b=\"&lt;&quot;&#xa;\">\n  <c/>\n"
+              "  <d>x &amp; y&#xc3;&#xa9;<![CDATA[<raw>]]><e/></d>\n  <!-- in -->\n</a>\n");
     XMLDocument again(true);
     ASSERT_TRUE(again.load(file.c_str()));
     EXPECT_EQ(dump(again.root()), dump(document.root()));

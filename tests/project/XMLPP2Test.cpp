@@ -40,7 +40,9 @@ protected:
         if (!document.load(file.c_str(), macros, expand))
             return document.errorText();
         if (!document.errors.isEmpty())
-            return document.errors.join(QLatin1Char('|')).replace(QString::fromStdString(directory.path()), "DIR").toStdString();
+            return document.errors.join(QLatin1Char('|'))
+                .replace(QString::fromStdString(directory.path()), "DIR")
+                .toStdString();
         return dump(document.root());
     }
     TempDir directory;
@@ -80,14 +82,16 @@ TEST_F(Preprocessor, ConditionsKeepOrDropTheirChildren)
 TEST_F(Preprocessor, ForCopiesItsChildren)
 {
     const std::pair<const char*, const char*> cases[] = {
-        {"<for index=\"i\" start=\"8\" end=\"0xC\" incr=\"2\"><p n=\"$(i)\" h=\"$(i_hex)\" a=\"$(i_alpha)\"/></for>",
+        {"<for index=\"i\" start=\"8\" end=\"0xC\" incr=\"2\"><p n=\"$(i)\" h=\"$(i_hex)\" "
+         "a=\"$(i_alpha)\"/></for>",
          "r(p n=8 h=0x8 a=I,p n=10 h=0xA a=K)"},
         {"<for index=\"i\" start=\"1\" end=\"3\" incr=\"1\" mul=\"16\" add=\"0x100\"><p a=\"$(i_ap)\" "
          "h=\"$(i_ap_hex)\"/></for>",
          "r(p a=272 h=0x110,p a=288 h=0x120)"},
         {"<for index=\"i\" start=\"4\" end=\"4\" incr=\"1\"><p/></for>", "r"},
         {"<for index=\"i\" start=\"4\" end=\"3\" incr=\"1\"><p/></for>", "r"},
-        {"<for index=\"i\" start=\"0\" end=\"2\" incr=\"1\"><for index=\"j\" start=\"$(i)\" end=\"2\" incr=\"1\">"
+        {"<for index=\"i\" start=\"0\" end=\"2\" incr=\"1\"><for index=\"j\" start=\"$(i)\" end=\"2\" "
+         "incr=\"1\">"
          "<p n=\"$(i)$(j)\"/></for></for>",
          "r(p n=00,p n=01,p n=11)"},
         {"<for index=\"i\" start=\"0\" end=\"3\" incr=\"1\"><if i=\"1\"><p/></if></for>", "r(p)"},
@@ -98,9 +102,10 @@ TEST_F(Preprocessor, ForCopiesItsChildren)
     };
     for (const auto& [body, expected] : cases)
         EXPECT_EQ(run(body), expected) << body;
-    EXPECT_EQ(run("<for index=\"i\" start=\"0\" end=\"1\" incr=\"1\" add=\"$(base)\"><p a=\"$(i_ap)\"/></for>",
-                  "base=7"),
-              "r(p a=7)");
+    EXPECT_EQ(
+        run("<for index=\"i\" start=\"0\" end=\"1\" incr=\"1\" add=\"$(base)\"><p a=\"$(i_ap)\"/></for>",
+            "base=7"),
+        "r(p a=7)");
 }
 
 TEST_F(Preprocessor, ExpansionIsDoneWhenAskedFor)
@@ -143,7 +148,8 @@ TEST_F(Preprocessor, FaultsAreToldAndTheElementDropped)
         {"<include filename=\"none.xml\"/>",
          "error \"couldn't read DIR/none.xml\" in include file DIR/none.xml line:0"},
         {"<for index=\"i\" start=\"0\" end=\"1\"/>", "<for index=\"i\" start=\"0\" end=\"32\" incr=\"1\">"},
-        {"<for index=\"i\" start=\"0\" end=\"1\" incr=\"0\"/>", "<for index=\"i\" start=\"0\" end=\"32\" incr=\"1\">"},
+        {"<for index=\"i\" start=\"0\" end=\"1\" incr=\"0\"/>",
+         "<for index=\"i\" start=\"0\" end=\"32\" incr=\"1\">"},
     };
     for (const auto& [body, expected] : cases)
         EXPECT_EQ(run(body), prefix + expected) << body;
@@ -189,7 +195,8 @@ TEST_F(Preprocessor, WorkWithoutEndIsStopped)
         open += "<e>";
         close += "</e>";
     }
-    EXPECT_EQ(run(open + "<include filename=\"main.xml\"/>" + close), prefix + "elements nest more than 1000 deep");
+    EXPECT_EQ(run(open + "<include filename=\"main.xml\"/>" + close),
+              prefix + "elements nest more than 1000 deep");
 }
 
 } // namespace
