@@ -137,7 +137,7 @@ TEST_F(Solution, InheritanceCyclesEnd)
             <configuration Name="B" inherited_configurations="C"/>
             <configuration Name="C" inherited_configurations="A;D" c="from-c"/>
             <configuration Name="D" c="from-d"/><configuration Name="Common" l="once"/><project Name="P"/>)");
-    EXPECT_EQ(system.solutionElement()->inheritance().value("A"), (QStringList{"B", "C", "D"}));
+    EXPECT_EQ(system.solutionElement()->inheritance().value("A"), (QStringList{"B", "C", "D", "Common"}));
     EXPECT_EQ(string(project("P"), "c", "A"), "from-c");
     EXPECT_EQ(setting(project("P"), PropertyClass::StringList, "l", "A"), "once");
     EXPECT_EQ(system.getInheritedConfigurations(project("P"), "B"), QStringList{"C"});
