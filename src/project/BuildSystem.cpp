@@ -22,7 +22,11 @@ BuildSystem::BuildSystem()
     m_combineOutput = find("combine_output_filepath");
 }
 
-BuildSystem::~BuildSystem() = default;
+BuildSystem::~BuildSystem()
+{
+    if (buildSystem == this)
+        buildSystem = nullptr;
+}
 
 PropertyClass* BuildSystem::addPropertyClass(std::unique_ptr<PropertyClass> propertyClass)
 {

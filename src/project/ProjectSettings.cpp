@@ -30,6 +30,8 @@ void ProjectSystem::walk(const ProjectElement* element, const QString& name, con
 {
     const bool common = configuration == Common;
     const QStringList inherited = common ? QStringList() : inheritanceOf(element, configuration);
+    // A configuration may name Common among those that it inherits, to have it earlier than last.
+    const bool commonIsPlaced = common || inherited.contains(Common);
     for (const ProjectElement* node = element; node; node = node->parent()) {
         if (node->configurations().isEmpty())
             continue;
@@ -45,7 +47,7 @@ void ProjectSystem::walk(const ProjectElement* element, const QString& name, con
         for (const QString& each : inherited)
             if (look(each))
                 return;
-        if (!common && look(Common))
+        if (!commonIsPlaced && look(Common))
             return;
     }
 }
@@ -159,7 +161,7 @@ void ProjectSystem::updateInheritenceMap(ProjectElement* solution)
     solution->inheritance().clear();
     for (auto it = direct.constBegin(); it != direct.constEnd(); ++it) {
         QStringList flat;
-        QSet<QString> seen{it.key(), Common};
+        QSet<QString> seen{it.key()};
         QStringList pending(it.value().crbegin(), it.value().crend()); // the next one stands last
         while (!pending.isEmpty()) {
             QString name = pending.takeLast();
@@ -169,7 +171,8 @@ void ProjectSystem::updateInheritenceMap(ProjectElement* solution)
             flat.append(name);
             const QStringList more = direct.value(name);
             for (auto each = more.crbegin(); each != more.crend(); ++each)
-                pending.append(*each);
+                if (*each != Common) // its place is told by the configuration itself
+                    pending.append(*each);
         }
         solution->inheritance().insert(it.key(), flat);
     }

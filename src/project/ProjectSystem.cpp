@@ -14,7 +14,11 @@
 ProjectSystem* projectSystem = nullptr;
 
 ProjectSystem::ProjectSystem() = default;
-ProjectSystem::~ProjectSystem() = default;
+ProjectSystem::~ProjectSystem()
+{
+    if (projectSystem == this)
+        projectSystem = nullptr;
+}
 
 void ProjectSystem::loadSolution(const QString& path, ProjectFileNotFoundErrorHandler* files,
                                  TemplateNotFoundErrorHandler* templates)

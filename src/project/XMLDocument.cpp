@@ -16,10 +16,10 @@
 
 namespace {
 
-// A file descriptor that closes itself.
+// A file descriptor that closes itself. Opening never waits, as it would for a pipe without a writer.
 class OpenFile {
 public:
-    explicit OpenFile(const char* path) : m_descriptor(open(path, O_RDONLY | O_CLOEXEC)) {}
+    explicit OpenFile(const char* path) : m_descriptor(open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {}
     ~OpenFile()
     {
         if (m_descriptor >= 0)
