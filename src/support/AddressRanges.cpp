@@ -47,16 +47,16 @@ void AddressRanges::addMerged(AddressRange range)
     auto joins = [&](const AddressRange& other) {
         if (other.type != range.type)
             return false;
-        return other.occludedBy(range) || (range.high != 0xFFFFFFFF && other.low == range.high + 1)
-               || (range.low != 0 && other.high == range.low - 1);
+        return other.occludedBy(range) || (range.high != 0xFFFFFFFF && other.low == range.high + 1) ||
+               (range.low != 0 && other.high == range.low - 1);
     };
     for (bool changed = true; changed;) {
         changed = false;
         const std::vector<uint32_t>& reached = reach();
         size_t i = size_t(std::upper_bound(m_ranges.begin(), m_ranges.end(),
                                            range.high == 0xFFFFFFFF ? range.high : range.high + 1,
-                                           AddressRangeLess())
-                          - m_ranges.begin());
+                                           AddressRangeLess()) -
+                          m_ranges.begin());
         size_t firstJoined = m_ranges.size();
         while (i > 0 && (range.low == 0 || reached[i - 1] >= range.low - 1)) {
             --i;
@@ -73,10 +73,11 @@ void AddressRanges::addMerged(AddressRange range)
     insert(range);
 }
 
-void AddressRanges::add(const AddressRanges& other)
+void AddressRanges::add(std::vector<AddressRange> ranges)
 {
+    std::stable_sort(ranges.begin(), ranges.end(), AddressRangeLess());
     size_t before = m_ranges.size();
-    m_ranges.insert(m_ranges.end(), other.m_ranges.begin(), other.m_ranges.end());
+    m_ranges.insert(m_ranges.end(), ranges.begin(), ranges.end());
     std::inplace_merge(m_ranges.begin(), m_ranges.begin() + std::ptrdiff_t(before), m_ranges.end(),
                        AddressRangeLess());
     m_reach.clear();
@@ -86,8 +87,8 @@ const AddressRange* AddressRanges::find(uint32_t low, uint32_t high) const
 {
     AddressRange wanted(low, high);
     const std::vector<uint32_t>& reached = reach();
-    size_t i = size_t(std::upper_bound(m_ranges.begin(), m_ranges.end(), wanted.low, AddressRangeLess())
-                      - m_ranges.begin());
+    size_t i = size_t(std::upper_bound(m_ranges.begin(), m_ranges.end(), wanted.low, AddressRangeLess()) -
+                      m_ranges.begin());
     const AddressRange* found = nullptr;
     while (i > 0 && reached[i - 1] >= wanted.high) {
         --i;
@@ -100,8 +101,8 @@ const AddressRange* AddressRanges::find(uint32_t low, uint32_t high) const
 bool AddressRanges::isOccludedBy(uint32_t low, uint32_t high) const
 {
     AddressRange wanted(low, high);
-    size_t i = size_t(std::upper_bound(m_ranges.begin(), m_ranges.end(), wanted.high, AddressRangeLess())
-                      - m_ranges.begin());
+    size_t i = size_t(std::upper_bound(m_ranges.begin(), m_ranges.end(), wanted.high, AddressRangeLess()) -
+                      m_ranges.begin());
     return i > 0 && reach()[i - 1] >= wanted.low;
 }
 

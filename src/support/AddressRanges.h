@@ -34,8 +34,9 @@ public:
     // entries behind; at the end of the list nothing shifts.
     void add(uint32_t low, uint32_t high, AddressRange::Type type, bool merge);
     void add(uint32_t low, uint32_t high, bool merge) { add(low, high, AddressRange::ReadWrite, merge); }
-    // All of another set, not merged; n log n for the lot.
-    void add(const AddressRanges& other);
+    // Many at once, in any order, not merged; n log n for the lot.
+    void add(std::vector<AddressRange> ranges);
+    void add(const AddressRanges& other) { add(other.m_ranges); }
 
     // The range that holds the address, or both addresses; null when there is none. The pointer is
     // good until the set changes.
@@ -58,7 +59,7 @@ public:
 private:
     void addMerged(AddressRange range);
     void insert(const AddressRange& range);
-    std::vector<AddressRange> m_ranges; // sorted by low
+    std::vector<AddressRange> m_ranges;    // sorted by low
     mutable std::vector<uint32_t> m_reach; // highest `high` among the entries up to each; see reach()
     const std::vector<uint32_t>& reach() const;
 };

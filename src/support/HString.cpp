@@ -77,8 +77,8 @@ const HString* HString::intern(const char* text, int length, Modifier modifier)
         hash = g_hashTable[uint8_t(text[i])] + 2 * hash;
     HString*& bucket = g_buckets[hash & (BucketCount - 1)];
     for (HString* entry = bucket; entry; entry = entry->m_next)
-        if (entry->m_hash == hash && entry->m_length == length
-            && (length == 0 || memcmp(entry->m_text, text, size_t(length)) == 0))
+        if (entry->m_hash == hash && entry->m_length == length &&
+            (length == 0 || memcmp(entry->m_text, text, size_t(length)) == 0))
             return entry;
     auto* entry = new HString;
     entry->m_hash = hash;
@@ -109,5 +109,5 @@ const HString* HString::intern(long number)
 {
     char digits[24];
     auto end = std::to_chars(digits, digits + sizeof digits, number).ptr;
-    return intern(digits, int(end - digits));
+    return intern(digits, int(end - digits), AsIs);
 }

@@ -17,7 +17,7 @@ public:
     static constexpr Modifier ToSlash = 16;
     static constexpr Modifier ToBackslash = 32;
 
-    static const HString* intern(const char* text, int length, Modifier modifier = AsIs);
+    static const HString* intern(const char* text, int length, Modifier modifier);
     static const HString* intern(const char* text, Modifier modifier = AsIs);
     static const HString* intern(const std::string& text, Modifier modifier = AsIs);
     static const HString* intern(std::string_view text, Modifier modifier = AsIs);

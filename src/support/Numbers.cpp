@@ -76,7 +76,8 @@ const char* toStringFromuint64(uint64_t value, int radix)
 const char* toStringFromint64(int64_t value, int radix)
 {
     static char buffer[DigitsSize];
-    char* at = digitsBackwards(buffer + DigitsSize - 1, value < 0 ? 0 - uint64_t(value) : uint64_t(value), radix);
+    char* at =
+        digitsBackwards(buffer + DigitsSize - 1, value < 0 ? 0 - uint64_t(value) : uint64_t(value), radix);
     if (value < 0)
         *--at = '-';
     return at;

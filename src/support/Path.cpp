@@ -14,7 +14,10 @@ struct Path::PathData : QSharedData {
 
 Path::Path() : m_data(new PathData) {}
 Path::Path(const char* path) : Path(QFile::decodeName(path)) {}
-Path::Path(const QString& path) : Path() { assign(path); }
+Path::Path(const QString& path) : Path()
+{
+    assign(path);
+}
 Path::Path(const std::string& path) : Path(path.c_str()) {}
 Path::Path(const Path&) = default;
 Path& Path::operator=(const Path&) = default;

@@ -20,8 +20,8 @@ long long floorMod(long long a, long long b)
 long QAzDate::julianDayNumber() const
 {
     long long a = 12LL * year() + month() + 57597;
-    return long(floorDiv(365 * a + 2 * floorMod(a, 12) + 7, 12) + day() + floorDiv(a, 48) - 32083 + 38
-                + floorDiv(a, 4800) - floorDiv(a, 1200));
+    return long(floorDiv(365 * a + 2 * floorMod(a, 12) + 7, 12) + day() + floorDiv(a, 48) - 32083 + 38 +
+                floorDiv(a, 4800) - floorDiv(a, 1200));
 }
 
 QAzDate QAzDate::gregorianDate(double jd)

@@ -1,0 +1,45 @@
+// Reads load files into sections and does nothing else: the reading part of a session as a process of
+// its own. With two or more files it also sorts them and checks them for overlap, as a download does.
+#include "loadfile/LoadFileFactory.h"
+#include "loadfile/LoadFileList.h"
+#include "support/HException.h"
+
+#include <cstdio>
+#include <sys/resource.h>
+
+LoadFileFactory* LoadFileFactory::instance()
+{
+    static LoadFileFactory factory;
+    return &factory;
+}
+
+int main(int argc, char** argv)
+{
+    try {
+        LoadFileList list;
+        for (int i = 1; i < argc; ++i) {
+            LoadFileFactory* factory = LoadFileFactory::instance();
+            const char* type = factory->detect(argv[i]);
+            if (!type)
+                throw HException(std::string("no type for ") + argv[i]);
+            list.add(factory->create(argv[i], type), argv[i], true);
+        }
+        uint64_t bytes = 0;
+        size_t sections = 0;
+        if (list.items().size() > 1) {
+            list.sort();
+            printf("overlap: %d\n", list.overlap());
+        }
+        for (const LoadFileListItem& item : list.items()) {
+            bytes += item.file->loadFileSections().length();
+            sections += item.file->loadFileSections().sections().size();
+        }
+        rusage usage;
+        getrusage(RUSAGE_SELF, &usage);
+        printf("%zu sections, %llu bytes, peak memory %ld KiB\n", sections, static_cast<unsigned long long>(bytes),
+               usage.ru_maxrss);
+    } catch (const HException& failure) {
+        fprintf(stderr, "%s\n", failure.message().c_str());
+        return 1;
+    }
+}

@@ -1,0 +1,34 @@
+// Recognises and makes load files by type. The factory in use also knows linked executables; it is
+// defined one floor up, where their class is.
+#pragma once
+
+#include "loadfile/LoadFileInterface.h"
+
+#include <vector>
+
+struct LoadFileTypeInfo {
+    const char* name;        // what -filetype takes
+    const char* filter;      // file name patterns
+    const char* description; // without the closing "File"
+};
+
+class LoadFileFactory {
+public:
+    LoadFileFactory();
+    virtual ~LoadFileFactory() = default;
+
+    // Made on first use and never destroyed.
+    static LoadFileFactory* instance();
+
+    // Reads the file at once, so that a bad one throws HException here. Null for an unknown type.
+    // The caller owns the file and gives it back through destroy().
+    virtual LoadFileInterface* create(const char* file, const char* type);
+    virtual void destroy(LoadFileInterface* file);
+    // The type by the end of the file's name, never by its content; null when there is none.
+    virtual const char* detect(const char* file);
+
+    const std::vector<LoadFileTypeInfo>& types() const { return m_types; }
+
+protected:
+    std::vector<LoadFileTypeInfo> m_types;
+};

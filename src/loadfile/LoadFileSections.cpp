@@ -1,0 +1,64 @@
+#include "loadfile/LoadFileSections.h"
+
+#include <algorithm>
+
+namespace {
+
+uint64_t sumOfLengths(const LoadFileSections::List& list)
+{
+    uint64_t sum = 0;
+    for (const auto& section : list)
+        sum += section->length();
+    return sum;
+}
+
+struct LoadFileSectionLess {
+    bool operator()(const std::unique_ptr<LoadFileSectionInterface>& a,
+                    const std::unique_ptr<LoadFileSectionInterface>& b) const
+    {
+        return a->address() < b->address();
+    }
+};
+
+} // namespace
+
+uint64_t LoadFileSections::length() const
+{
+    return sumOfLengths(m_sections);
+}
+
+uint64_t LoadFileSections::eelength() const
+{
+    return sumOfLengths(m_eeSections);
+}
+
+LoadFileSectionInterface* LoadFileSections::find(uint32_t address, uint32_t count) const
+{
+    for (const auto& section : m_sections) {
+        uint64_t end = uint64_t(section->address()) + section->length();
+        if (section->address() <= address && uint64_t(address) + count <= end)
+            return section.get();
+    }
+    return nullptr;
+}
+
+uint32_t LoadFileSections::firstSectionStartAddress() const
+{
+    return m_sections.empty() ? 0 : m_sections.front()->address();
+}
+
+void LoadFileSections::getSectionAddressRanges(AddressRanges& ranges) const
+{
+    std::vector<AddressRange> own;
+    own.reserve(m_sections.size());
+    for (const auto& section : m_sections)
+        if (section->length() > 0)
+            own.emplace_back(section->address(), section->address() + (section->length() - 1));
+    ranges.add(std::move(own));
+}
+
+void LoadFileSections::sort()
+{
+    std::stable_sort(m_sections.begin(), m_sections.end(), LoadFileSectionLess());
+    std::stable_sort(m_eeSections.begin(), m_eeSections.end(), LoadFileSectionLess());
+}

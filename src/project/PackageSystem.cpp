@@ -1,0 +1,62 @@
+#include "project/PackageSystem.h"
+
+#include "project/MacroSystem.h"
+#include "support/HException.h"
+#include "support/Path.h"
+#include "support/QTx.h"
+
+#include <QFileInfo>
+#include <QSaveFile>
+
+namespace {
+
+// Both chain the user's lists to the installation's, so that a reader sees one document.
+constexpr char Frequencies[] = "<envelope>\n"
+                               "  <include filename=\"$(BenchDir)/targets/frequencies.xml\" />\n"
+                               "</envelope>\n";
+constexpr char Templates[] =
+    "<!DOCTYPE Project_Templates_File>\n"
+    "<projects>\n"
+    "  <include filename=\"$(BenchDir)/targets/project_templates.xml\" no_root=\"1\" />\n"
+    "</projects>\n";
+
+void createMissing(const QString& directory, const char* name, const QByteArray& text)
+{
+    QString path = directory + QLatin1String(name);
+    if (QFileInfo::exists(path))
+        return;
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size() || !file.commit())
+        throw HException(QLatin1String("cannot create ") + path);
+}
+
+} // namespace
+
+QString benchUserDirectory()
+{
+    return QTx::userLocalAppDataDirectory(QStringLiteral("Forgeline/MAXQ30"));
+}
+
+void setupDefaultSystemMacros(const QString& benchDirectory)
+{
+    macroSystem.setSystemMacro(QStringLiteral("BenchMajorVersion"), QStringLiteral("2"));
+    macroSystem.setSystemMacro(QStringLiteral("BenchMinorVersion"), QStringLiteral("0"));
+    macroSystem.setSystemMacro(QStringLiteral("BenchRevision"), QStringLiteral("0"));
+    macroSystem.setSystemMacro(QStringLiteral("BenchName"), QStringLiteral("Forgeline for MAXQ30"));
+    macroSystem.setSystemMacroPath(QStringLiteral("BenchDir"), Path(benchDirectory));
+    macroSystem.setSystemMacroPath(QStringLiteral("BenchUserDir"), Path(benchUserDirectory()));
+}
+
+void PackageSystem::setupPackageMacros(const QString& packagesDirectory)
+{
+    QString directory = MacroSystem::replaceMacros(macroSystem.systemMacros(), packagesDirectory);
+    QString targets = directory + QLatin1String("/targets");
+    macroSystem.setSystemMacro(QStringLiteral("PackagesDir"), directory);
+    macroSystem.setSystemMacro(QStringLiteral("TargetsDir"), targets);
+    macroSystem.setSystemMacro(QStringLiteral("SamplesDir"), directory + QLatin1String("/samples"));
+    // When this fails the first file can't be created, and that is what is told.
+    if (!QFileInfo::exists(targets))
+        QTx::makeDir(targets);
+    createMissing(targets, "/frequencies.xml", Frequencies);
+    createMissing(targets, "/project_templates.xml", Templates);
+}

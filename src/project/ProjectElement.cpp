@@ -1,0 +1,116 @@
+#include "project/ProjectElement.h"
+
+#include "project/XMLNode.h"
+
+#include <QFileInfo>
+
+ProjectElement::~ProjectElement()
+{
+    qDeleteAll(m_children);
+    qDeleteAll(m_configurations);
+}
+
+const char* ProjectElement::tagName(Tag tag)
+{
+    static constexpr const char* Names[] = {"solution", "project", "folder", "file", "configuration"};
+    return Names[tag];
+}
+
+ProjectElement* ProjectElement::appendChild(Tag tag)
+{
+    m_children.append(new ProjectElement(tag, this));
+    return m_children.last();
+}
+
+void ProjectElement::removeChild(ProjectElement* child)
+{
+    if (m_children.removeOne(child))
+        delete child;
+}
+
+ProjectElement* ProjectElement::makeConfiguration(const QString& name)
+{
+    ProjectElement*& configuration = m_configurations[name];
+    if (!configuration) {
+        configuration = new ProjectElement(Configuration, this);
+        configuration->m_attributes.insert(QStringLiteral("Name"), name);
+    }
+    return configuration;
+}
+
+void ProjectElement::removeConfiguration(const QString& name)
+{
+    delete m_configurations.take(name);
+}
+
+QString ProjectElement::getName() const
+{
+    auto name = m_attributes.constFind(QStringLiteral("Name"));
+    if (name != m_attributes.constEnd())
+        return name.value();
+    if (m_tag == File && hasAttribute(QStringLiteral("file_name")))
+        return QFileInfo(attribute(QStringLiteral("file_name"))).fileName();
+    return QStringLiteral("<NULL>");
+}
+
+ProjectElement::Edits& ProjectElement::edits()
+{
+    if (!m_edits)
+        m_edits = std::make_unique<Edits>();
+    return *m_edits;
+}
+
+void ProjectElement::setAttribute(const QString& name, const QString& value)
+{
+    m_attributes.insert(name, value);
+    edits().times.insert(name, QDateTime::currentDateTime());
+}
+
+void ProjectElement::removeAttribute(const QString& name)
+{
+    if (m_attributes.remove(name))
+        edits().times.insert(name, QDateTime::currentDateTime());
+}
+
+void ProjectElement::setAttributesFrom(const XMLElement* element)
+{
+    for (const XMLAttribute* each = element->getAttributeList(); each; each = each->next)
+        m_attributes.insert(QString::fromLatin1(each->name), xmlText(each->value));
+}
+
+void ProjectElement::getAttributesFrom(XMLElement* element) const
+{
+    for (auto it = m_attributes.constBegin(); it != m_attributes.constEnd(); ++it)
+        element->setAttribute(it.key().toUtf8().constData(), it.value().toUtf8().constData());
+}
+
+QDateTime ProjectElement::modified(const QString& name) const
+{
+    return m_edits ? m_edits->times.value(name) : QDateTime();
+}
+
+void ProjectElement::clearModified()
+{
+    if (m_edits)
+        m_edits->times.clear();
+}
+
+void ProjectElement::startTransaction()
+{
+    if (!edits().before)
+        m_edits->before = std::make_unique<QMap<QString, QString>>(m_attributes);
+}
+
+void ProjectElement::commitTransaction()
+{
+    if (m_edits)
+        m_edits->before.reset();
+}
+
+void ProjectElement::rollbackTransaction()
+{
+    if (!m_edits || !m_edits->before)
+        return;
+    m_attributes = *m_edits->before;
+    m_edits->before.reset();
+}
