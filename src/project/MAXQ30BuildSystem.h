@@ -1,0 +1,4 @@
+// Declared beside its base class.
+#pragma once
+
+#include "project/StandardBuildSystem.h"
