@@ -24,9 +24,18 @@ bool isAmong(uint32_t word, std::span<const uint32_t> words)
 
 Core::Core(uint32_t codeBytes, uint32_t dataBytes) : m_machine(codeBytes, dataBytes) {}
 
-void Core::setPeripherals(MAXQSIMPeripheralCallBacks* peripherals)
+void Core::setCallBacks(MAXQSIMCallBacks* callBacks)
 {
-    m_machine.peripherals = peripherals;
+    setCallBacks(nullptr, 0);
+    m_machine.events = callBacks;
+}
+
+void Core::setCallBacks(MAXQSIMExtendedCallBacks* callBacks, unsigned features)
+{
+    m_machine.events = callBacks;
+    m_machine.longEvents = features & MAXQSIM_LongDataAccesses ? callBacks : nullptr;
+    m_machine.peripherals = features & MAXQSIM_Peripherals ? callBacks : nullptr;
+    // What was decoded for a window of the other kind no longer holds.
     m_machine.forget(0, m_machine.codeWords);
     m_machine.updateAttention();
 }

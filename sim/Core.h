@@ -19,11 +19,10 @@ public:
     // memory is erased (all ones), data memory zero, the processor at its reset state.
     explicit Core(uint32_t codeBytes = limits::DefaultCode, uint32_t dataBytes = limits::DefaultData);
 
-    // Who hears of accesses and faults; not owned, null for nobody. Hearing of data accesses costs two
-    // calls for each long one.
-    void setCallBacks(MAXQSIMCallBacks* callBacks) { m_machine.events = callBacks; }
-    // Who stands behind modules 0 to 4; not owned, null for plain registers.
-    void setPeripherals(MAXQSIMPeripheralCallBacks* peripherals);
+    // Who hears of accesses and faults; not owned, null for nobody. The second form also says by
+    // MAXQSIMFeature bits which of the further callbacks are called.
+    void setCallBacks(MAXQSIMCallBacks* callBacks);
+    void setCallBacks(MAXQSIMExtendedCallBacks* callBacks, unsigned features);
     // Writes a line for each instruction from now on; false when the file cannot be written.
     bool openTrace(const std::string& fileName);
     void closeTrace();

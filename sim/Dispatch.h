@@ -58,7 +58,7 @@ namespace maxq30 {
     X(JumpZero, *m.acc == 0)                                                                                 \
     X(JumpCarry, m.carry)                                                                                    \
     X(JumpEqual, m.equal)                                                                                    \
-    X(JumpSign, m.acc[0] >> 31)                                                                              \
+    X(JumpSign, *m.acc >> 31)                                                                                \
     X(JumpNotZero, *m.acc != 0)                                                                              \
     X(JumpNotCarry, !m.carry)                                                                                \
     X(JumpNotEqual, !m.equal)                                                                                \

@@ -139,8 +139,9 @@ struct Machine {
     uint32_t apMask = 0;
     uint32_t apStep = 0;
     const Op* next = nullptr;
-    MAXQSIMCallBacks* events = nullptr;                // may be null
-    MAXQSIMPeripheralCallBacks* peripherals = nullptr; // null: the window is plain registers
+    MAXQSIMCallBacks* events = nullptr;              // may be null
+    MAXQSIMExtendedCallBacks* longEvents = nullptr;  // null: long accesses are told as two words
+    MAXQSIMExtendedCallBacks* peripherals = nullptr; // null: the window is plain registers
     bool stopRequested = false;
     bool attention = false;
 
@@ -158,11 +159,15 @@ struct Machine {
     uint32_t outsideIp = 0;
 
 private:
-    // A long access takes two transfers. The low word comes last, so that whoever keeps the latest
-    // access has the address of the whole.
+    // As two words a long access is told upper half first, so that whoever keeps the latest access has
+    // the address of the whole.
     template <unsigned Width> void announce(bool read, uint32_t address, uint32_t value)
     {
         if constexpr (Width == 4) {
+            if (longEvents) {
+                longEvents->onLongDataAccess(read, address, value);
+                return;
+            }
             events->onDataAccess(read, address + 2, value >> 16, 0);
             events->onDataAccess(read, address, value & 0xFFFF, 0);
         } else {

@@ -68,10 +68,10 @@ public:
     }
     unsigned step() override { return m_core ? m_core->step() : 0; }
 
-    void usePeripherals(bool on)
+    void extend(unsigned features)
     {
         if (m_core)
-            m_core->setPeripherals(on ? static_cast<MAXQSIMPeripheralCallBacks*>(m_callBacks) : nullptr);
+            m_core->setCallBacks(static_cast<MAXQSIMExtendedCallBacks*>(m_callBacks), features);
     }
 
 private:
@@ -118,7 +118,7 @@ MAXQSIM_EXPORT void deleteMAXQSIMInterface(MAXQSIMInterface* object)
     delete static_cast<maxq30::Simulator*>(object);
 }
 
-MAXQSIM_EXPORT void useMAXQSIMPeripherals(MAXQSIMInterface* object, bool on)
+MAXQSIM_EXPORT void extendMAXQSIMCallBacks(MAXQSIMInterface* object, unsigned features)
 {
-    static_cast<maxq30::Simulator*>(object)->usePeripherals(on);
+    static_cast<maxq30::Simulator*>(object)->extend(features);
 }

@@ -4,7 +4,7 @@
 // of each stands in slot 0. Addresses and lengths are in bytes. All calls come from one thread.
 #pragma once
 
-// What the library tells its user while it executes. A library calls only these six.
+// What the library tells its user while it executes. Unless asked, a library calls only these six.
 class MAXQSIMCallBacks {
 public:
     // A data access that succeeded. byteAccess is 1 for a byte and 0 for a 16-bit word.
@@ -23,11 +23,18 @@ protected:
     ~MAXQSIMCallBacks() = default;
 };
 
-// Callbacks of a user who simulates peripherals outside the library. The registers of modules 0 to 4
-// are the peripheral window; `number` is (index << 4) | module. A library calls these only after
-// useMAXQSIMPeripherals has switched them on, so a user with six slots is safe with any library.
-class MAXQSIMPeripheralCallBacks : public MAXQSIMCallBacks {
+// Callbacks that a user may ask for, each kind by its bit of MAXQSIMFeature. A library that does not know
+// them never calls them, and one that does only after extendMAXQSIMCallBacks.
+enum MAXQSIMFeature : unsigned { MAXQSIM_LongDataAccesses = 1, MAXQSIM_Peripherals = 2 };
+
+class MAXQSIMExtendedCallBacks : public MAXQSIMCallBacks {
 public:
+    // MAXQSIM_LongDataAccesses: a data access of 32 bits that succeeded. Without the feature it is told
+    // as two words.
+    virtual void onLongDataAccess(bool read, unsigned address, unsigned value) = 0;
+
+    // MAXQSIM_Peripherals: the user simulates what stands behind the registers of modules 0 to 4.
+    // `number` is (index << 4) | module.
     // The value of a window register of `size` bytes.
     virtual unsigned onPeripheralLoad(unsigned number, unsigned size) = 0;
     virtual void onPeripheralStore(unsigned number, unsigned size, unsigned value) = 0;
@@ -36,7 +43,7 @@ public:
     virtual unsigned onPollForInterrupts(unsigned requests) = 0;
 
 protected:
-    ~MAXQSIMPeripheralCallBacks() = default;
+    ~MAXQSIMExtendedCallBacks() = default;
 };
 
 // The processor with its memories.
@@ -67,8 +74,8 @@ protected:
 };
 
 // The exports: newMAXQSIMInterface and deleteMAXQSIMInterface in every library, and
-// useMAXQSIMPeripherals in one that can hand its peripheral window to its user. The last is called
-// after initialise, whose callbacks must then be a MAXQSIMPeripheralCallBacks.
+// extendMAXQSIMCallBacks in one that knows the features. The last is called after initialise, whose
+// callbacks must then be a MAXQSIMExtendedCallBacks; the features given are those that hold from now on.
 using NewMAXQSIMInterface = MAXQSIMInterface* (*)();
 using DeleteMAXQSIMInterface = void (*)(MAXQSIMInterface*);
-using UseMAXQSIMPeripherals = void (*)(MAXQSIMInterface*, bool);
+using ExtendMAXQSIMCallBacks = void (*)(MAXQSIMInterface*, unsigned features);

@@ -191,7 +191,7 @@ TEST_F(CoreTest, PeripheralWindow)
     EXPECT_EQ(get(reg::A(1)), 0x1234u); // plain storage
     EXPECT_EQ(events.take(), Log{});
 
-    core.setPeripherals(&events);
+    core.setCallBacks(&events, MAXQSIM_Peripherals);
     core.reset();
     events.loaded = 0x77;
     core.run(2);
@@ -208,7 +208,7 @@ TEST_F(CoreTest, PeripheralWindow)
     EXPECT_EQ(get(reg::IIR), 2u);
 
     events.take();
-    core.setPeripherals(nullptr);
+    core.setCallBacks(&events);
     set(registerNumber(2, 1), 5);
     EXPECT_EQ(get(registerNumber(2, 1)), 5u);
     EXPECT_EQ(events.take(), Log{});

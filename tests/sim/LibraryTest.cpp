@@ -62,16 +62,23 @@ TEST_F(LibraryTest, ExecutesThroughItsSlots)
     EXPECT_FALSE(sim->readCode(0, 1, bytes));
 }
 
-TEST_F(LibraryTest, PeripheralCallbacksOnlyOnRequest)
+TEST_F(LibraryTest, FurtherCallbacksOnlyOnRequest)
 {
     ASSERT_TRUE(sim->initialise(&events, "", rom.c_str()));
     sim->writeRegister(1, 2, 7);
     EXPECT_EQ(events.take(), Log{});
-    auto use = reinterpret_cast<UseMAXQSIMPeripherals>(dlsym(m_handle, "useMAXQSIMPeripherals"));
-    ASSERT_TRUE(use);
-    use(sim, true);
+    auto extend = reinterpret_cast<ExtendMAXQSIMCallBacks>(dlsym(m_handle, "extendMAXQSIMCallBacks"));
+    ASSERT_TRUE(extend);
+    extend(sim, MAXQSIM_Peripherals | MAXQSIM_LongDataAccesses);
     sim->writeRegister(1, 2, 7);
     EXPECT_EQ(events.take(), Log{"store 21=7"});
+    const unsigned char push[] = {0x05, 0x0D, 0x06, 0x0D};
+    ASSERT_TRUE(sim->writeCode(0, sizeof push, push));
+    sim->writeRegister(13, 1, 0x20);
+    sim->step();
+    extend(sim, 0);
+    sim->step();
+    EXPECT_EQ(events.take(), (Log{"write.L 1c=5", "write.W 1a=0", "write.W 18=6"}));
 }
 
 TEST_F(LibraryTest, BadParametersAndRomFilesAreRefused)

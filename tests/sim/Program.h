@@ -64,7 +64,7 @@ inline Words operator+(Words a, const Words& b)
     return a;
 }
 
-struct Recorder : MAXQSIMPeripheralCallBacks {
+struct Recorder : MAXQSIMExtendedCallBacks {
     void onDataAccess(bool read, unsigned address, unsigned value, unsigned byteAccess) override
     {
         add(std::string(read ? "read" : "write") + (byteAccess ? ".B" : ".W"), address, value);
@@ -77,6 +77,10 @@ struct Recorder : MAXQSIMPeripheralCallBacks {
     void onCodeError(unsigned address) override { add("fetch", address); }
     void onInvalidInstruction(unsigned address) override { add("invalid", address); }
     void onMiscError(const char* text, unsigned) override { log.push_back(text); }
+    void onLongDataAccess(bool read, unsigned address, unsigned value) override
+    {
+        add(read ? "read.L" : "write.L", address, value);
+    }
     unsigned onPeripheralLoad(unsigned number, unsigned size) override
     {
         add("load", number, size);

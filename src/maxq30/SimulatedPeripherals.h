@@ -1,0 +1,25 @@
+// Peripherals that a user simulates outside the processor core. A simulated target asks them when the
+// program reaches the peripheral window, and at a reset. Failures are thrown as HException.
+#pragma once
+
+#include <QString>
+#include <functional>
+#include <memory>
+
+class TargetInterface;
+
+class SimulatedPeripherals {
+public:
+    virtual ~SimulatedPeripherals() = default;
+
+    virtual int reset() = 0;
+    virtual int connect(const QString& name) = 0;
+    // The flag tells an access of the program from one of the debugger.
+    virtual int loadPeripheral(unsigned address, unsigned size, bool byProgram) = 0;
+    virtual int storePeripheral(unsigned address, unsigned size, unsigned value) = 0;
+    // Takes the interrupt requests that are pending, bit n for module n, and answers the new ones.
+    virtual int pollForInterrupts(unsigned requests) = 0;
+
+    // Makes the peripherals that a file describes, for a target that outlives them.
+    using Maker = std::function<std::unique_ptr<SimulatedPeripherals>(const QString& file, TargetInterface*)>;
+};
