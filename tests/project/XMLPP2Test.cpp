@@ -127,6 +127,9 @@ TEST_F(Preprocessor, IncludesTakeTheirPlace)
     EXPECT_EQ(run(i + "envelope.xml\"/>", "a=1"), "r(t a=$(a),u)");
     EXPECT_EQ(run(i + "envelope.xml\" expand_macros=\"1\"/>", "a=1", true), "r(t a=1,u)");
     EXPECT_EQ(run(i + "envelope.xml\" macros=\"a=\n1;b=2\"/>", "a=9"), "r(t a=1,u)");
+    directory.write("sub/late.xml", "<envelope><define name=\"k\" value=\"7\"/><t a=\"$(k)\"/></envelope>");
+    EXPECT_EQ(run(i + "late.xml\" macros=\"x=1\"/>"), "r(t a=7)") << "macros of its own turn expansion on";
+    EXPECT_EQ(run(i + "late.xml\"/>"), "r(t a=$(k))");
     EXPECT_EQ(run(i + "nested.xml\"/>"), "r(s x=$(a)(t))") << "the directory of the including file counts";
     EXPECT_EQ(run(i + "define.xml\"/><ifdef name=\"d\"><k/></ifdef>"), "r(k)");
     macroSystem.setSystemMacro(QStringLiteral("TestDir"), QString::fromStdString(directory / "sub"));
