@@ -14,8 +14,8 @@ public:
 
     virtual int reset() = 0;
     virtual int connect(const QString& name) = 0;
-    // The flag tells an access of the program from one of the debugger.
-    virtual int loadPeripheral(unsigned address, unsigned size, bool byProgram) = 0;
+    // A register of the peripheral window, by its number; the flag goes to the description as it is.
+    virtual int loadPeripheral(unsigned address, unsigned size, bool flag) = 0;
     virtual int storePeripheral(unsigned address, unsigned size, unsigned value) = 0;
     // Takes the interrupt requests that are pending, bit n for module n, and answers the new ones.
     virtual int pollForInterrupts(unsigned requests) = 0;
