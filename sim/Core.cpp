@@ -166,6 +166,19 @@ uint64_t Core::run(uint64_t maximum, std::span<const uint32_t> stops)
     return done;
 }
 
+void Core::runAhead(MAXQSIMRunAhead& run)
+{
+    while (run.steps < run.maximum && !run.interrupted) {
+        uint32_t word = m_machine.ip();
+        if (run.stops[word & run.stopMask])
+            return;
+        if (uint32_t offset = word * 2 - run.countBase; offset < run.countSize)
+            ++run.counts[offset];
+        ++run.steps;
+        run.cycles += step();
+    }
+}
+
 void Core::requestStop()
 {
     m_machine.stopRequested = true;

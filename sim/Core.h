@@ -36,6 +36,8 @@ public:
     // one of them, and before an instruction at one of the word addresses in `stops`, other than the
     // first instruction. A handful of stops costs little; more cost more.
     uint64_t run(uint64_t maximum, std::span<const uint32_t> stops = {});
+    // The same for the users of maxqsim.h.
+    void runAhead(MAXQSIMRunAhead& run);
     // For callbacks: the current run ends behind this instruction.
     void requestStop();
 

@@ -68,6 +68,12 @@ public:
     }
     unsigned step() override { return m_core ? m_core->step() : 0; }
 
+    void runAhead(MAXQSIMRunAhead& run)
+    {
+        if (m_core)
+            m_core->runAhead(run);
+    }
+
     void extend(unsigned features)
     {
         if (m_core)
@@ -121,4 +127,9 @@ MAXQSIM_EXPORT void deleteMAXQSIMInterface(MAXQSIMInterface* object)
 MAXQSIM_EXPORT void extendMAXQSIMCallBacks(MAXQSIMInterface* object, unsigned features)
 {
     static_cast<maxq30::Simulator*>(object)->extend(features);
+}
+
+MAXQSIM_EXPORT void runMAXQSIMAhead(MAXQSIMInterface* object, MAXQSIMRunAhead* run)
+{
+    static_cast<maxq30::Simulator*>(object)->runAhead(*run);
 }

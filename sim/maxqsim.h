@@ -73,9 +73,25 @@ protected:
     ~MAXQSIMInterface() = default;
 };
 
+// Many steps in one call. Each one is what step() does; before it the address is looked up among the
+// stops and its execution counted.
+struct MAXQSIMRunAhead {
+    unsigned maximum;           // steps to do
+    const unsigned char* stops; // by word address & stopMask: where this is not 0, the run ends before it
+    unsigned stopMask;
+    unsigned* counts; // by byte address - countBase; addresses from countSize on are not counted
+    unsigned countBase;
+    unsigned countSize;
+    bool interrupted; // a callback sets it to end the run behind the current step
+    unsigned steps;   // what was done, up to date at every moment
+    unsigned cycles;
+};
+
 // The exports: newMAXQSIMInterface and deleteMAXQSIMInterface in every library, and
 // extendMAXQSIMCallBacks in one that knows the features. The last is called after initialise, whose
 // callbacks must then be a MAXQSIMExtendedCallBacks; the features given are those that hold from now on.
+// runMAXQSIMAhead is there in a library that can do many steps at once.
 using NewMAXQSIMInterface = MAXQSIMInterface* (*)();
 using DeleteMAXQSIMInterface = void (*)(MAXQSIMInterface*);
 using ExtendMAXQSIMCallBacks = void (*)(MAXQSIMInterface*, unsigned features);
+using RunMAXQSIMAhead = void (*)(MAXQSIMInterface*, MAXQSIMRunAhead*);

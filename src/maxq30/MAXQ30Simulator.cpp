@@ -87,7 +87,7 @@ void MAXQ30Simulator::connect(bool)
         }
         initialiseLibrary();
         SimulatedHMonitor::connect();
-        askForCallBacks();
+        askForMore();
         for (const MemoryMapElement* segment : segments)
             if (segment->name() == QLatin1String("FLASH"))
                 setExecutionCountRange(segment->address(), segment->size());
@@ -135,9 +135,10 @@ void MAXQ30Simulator::initialiseLibrary()
     throw failure;
 }
 
-// Callbacks behind the first six, of a library that has them.
-void MAXQ30Simulator::askForCallBacks()
+// What a library may offer besides: callbacks behind the first six, and many steps in one call.
+void MAXQ30Simulator::askForMore()
 {
+    m_runAhead = reinterpret_cast<RunMAXQSIMAhead>(QTx::getDLLAddress(m_handle, "runMAXQSIMAhead"));
     auto extend =
         reinterpret_cast<ExtendMAXQSIMCallBacks>(QTx::getDLLAddress(m_handle, "extendMAXQSIMCallBacks"));
     if (!extend)
@@ -162,6 +163,7 @@ void MAXQ30Simulator::closeLibrary()
     QTx::unloadDLL(m_handle);
     m_simif = nullptr;
     m_handle = nullptr;
+    m_runAhead = nullptr;
     m_ownsLibrary = false;
 }
 

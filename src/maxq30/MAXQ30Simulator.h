@@ -26,11 +26,13 @@ public:
     void checkReset() override;
     void checkIRQ() override {} // the library delivers interrupts itself
     unsigned singleStep() override;
+    bool canRunAhead() const override { return m_runAhead; }
+    void runAhead(MAXQSIMRunAhead& run) override { m_runAhead(m_simif, &run); }
 
 private:
     void openLibrary();
     void initialiseLibrary();
-    void askForCallBacks();
+    void askForMore();
     void closeLibrary();
     QString setting(const char* name) const;
 
@@ -49,7 +51,8 @@ private:
     std::unique_ptr<MAXQ30SimulatorRegisters> m_registers;
     std::unique_ptr<MAXQ30CodeMemory> m_codeMemory;
     std::unique_ptr<MAXQ30DataMemory> m_dataMemory;
-    bool m_ownsLibrary = false; // the connection below is this target's
+    bool m_ownsLibrary = false;           // the connection below is this target's
+    RunMAXQSIMAhead m_runAhead = nullptr; // null when the library has none
     QByteArray m_initialiseError;
 
     static MAXQSIMInterface* m_simif;

@@ -63,8 +63,8 @@ void SimulatedBreakpoints::clear()
 
 void SimulatedBreakpoints::refresh()
 {
-    m_places.reset();
-    m_everywhere = m_data = false;
+    m_places.fill(0);
+    m_data = false;
     m_registers.clear();
     for (const HBreakpoint* b : m_list) {
         if (!b->enabled)
@@ -81,11 +81,11 @@ void SimulatedBreakpoints::refresh()
 void SimulatedBreakpoints::noteCode(const HBreakpoint* b)
 {
     if (b->inverted || b->length > LongestNoted) {
-        m_everywhere = true;
+        m_places.fill(1);
         return;
     }
     for (uint32_t offset = 0; offset < b->length; ++offset)
-        m_places.set(place(b->address + offset));
+        m_places[place(b->address + offset)] = 1;
 }
 
 void SimulatedBreakpoints::setMatched(HBreakpoint* breakpoint, unsigned address, unsigned data)

@@ -8,7 +8,7 @@
 
 #include "debug/HBreakpoint.h"
 
-#include <bitset>
+#include <array>
 #include <vector>
 
 class SimulatedBreakpoints {
@@ -28,7 +28,10 @@ public:
     void resetMatched() { m_matched = nullptr; }
 
     // False when matchCode would find nothing at this address.
-    bool mayMatchCode(uint32_t pc) const { return m_everywhere || m_places[place(pc)]; }
+    bool mayMatchCode(uint32_t pc) const { return m_places[place(pc)]; }
+    // The same as a table, by word address & placeMask(); it stays up to date.
+    const unsigned char* places() const { return m_places.data(); }
+    static constexpr unsigned placeMask() { return Places - 1; }
     // False when matchData would change nothing.
     bool mayMatchData() const { return m_data || m_matched; }
     bool watchesRegisters() const { return !m_registers.empty(); }
@@ -52,7 +55,7 @@ public:
 private:
     static constexpr unsigned Places = 4096;
     static constexpr unsigned LongestNoted = 64; // bytes; a longer range is tested at every instruction
-    static unsigned place(uint32_t address) { return address >> 1 & (Places - 1); }
+    static unsigned place(uint32_t address) { return address >> 1 & placeMask(); }
     void noteCode(const HBreakpoint* b);
 
     std::vector<HBreakpoint*> m_list;
@@ -60,8 +63,7 @@ private:
     unsigned m_matchedAddress = 0;
     unsigned m_matchedData = 0;
 
-    std::bitset<Places> m_places; // by the low bits of the word address
-    bool m_everywhere = false;    // some breakpoint is not in m_places
+    std::array<unsigned char, Places> m_places{}; // by the low bits of the word address
     bool m_data = false;
     std::vector<unsigned> m_registers;
 };

@@ -74,7 +74,7 @@ void SimulatedHMonitor::clear()
     m_breakpoints.clear();
     m_trace.clear();
     m_counts.reset();
-    m_stopped = true;
+    stop();
     m_enabledErrors.reset();
     m_lastErrorText.clear();
 }
@@ -128,7 +128,6 @@ void SimulatedHMonitor::step()
 
 void SimulatedHMonitor::stepAt(unsigned pc)
 {
-    m_lastPC = pc;
     if (m_traceEnabled) [[unlikely]]
         addToInstructionTrace(pc, 0);
     m_counts.add(pc);
@@ -196,14 +195,56 @@ void SimulatedHMonitor::run()
         }
 
         stepAt(pc);
-
-        if (m_breakpoints.matched() && !m_stopped) [[unlikely]]
-            evaluateMatch();
-        if (m_pendingError != NoError && stopsOnPendingError()) [[unlikely]]
+        if (endsAfterStep())
             return;
-        if (m_stopped)
-            return;
+        // Rounds in which nothing but a step can happen are done in one go, up to the next events.
+        if (untilEvents > 1 && canRunAhead() && !m_traceEnabled && !m_breakpoints.watchesRegisters()) {
+            untilEvents -= stepAhead(untilEvents - 1);
+            if (endsAfterStep())
+                return;
+        }
     }
+}
+
+// At most `maximum` rounds; answers how many. It ends before an instruction that may match a breakpoint,
+// and behind one that brought a match, an error or a stop.
+unsigned SimulatedHMonitor::stepAhead(unsigned maximum)
+{
+    m_ahead = {maximum,
+               m_breakpoints.places(),
+               SimulatedBreakpoints::placeMask(),
+               m_counts.counters(),
+               m_counts.base(),
+               m_counts.size(),
+               false,
+               0,
+               0};
+    try {
+        runAhead(m_ahead);
+    } catch (...) {
+        m_loopCount += m_ahead.steps;
+        m_cycleCount += m_ahead.cycles;
+        throw;
+    }
+    m_loopCount += m_ahead.steps;
+    m_cycleCount += m_ahead.cycles;
+    return m_ahead.steps;
+}
+
+// What the latest step brought: its match is carried out. True when the run is over.
+bool SimulatedHMonitor::endsAfterStep()
+{
+    if (m_breakpoints.matched() && !m_stopped) [[unlikely]]
+        evaluateMatch();
+    if (m_pendingError != NoError && stopsOnPendingError()) [[unlikely]]
+        return true;
+    return m_stopped;
+}
+
+void SimulatedHMonitor::stop()
+{
+    m_stopped = true;
+    interruptRun();
 }
 
 void SimulatedHMonitor::evaluateMatch()
@@ -236,6 +277,7 @@ void SimulatedHMonitor::setPendingError(Error error, unsigned address, const cha
     m_pendingErrorAddress = address;
     if (text)
         m_miscErrorText = text;
+    interruptRun();
 }
 
 const char* SimulatedHMonitor::lastError(unsigned int& address)

@@ -10,6 +10,7 @@
 #include "maxq30/PeripheralSimulator.h"
 #include "maxq30/SimulatedBreakpoints.h"
 #include "maxq30/SimulatedTrace.h"
+#include "sim/maxqsim.h"
 
 #include <QByteArray>
 
@@ -44,7 +45,7 @@ public:
     void start(bool setPC, unsigned pc) override;
     // One instruction, without a breakpoint test.
     void step() override;
-    void stop() override { m_stopped = true; }
+    void stop() override;
     void clear() override;
     QString getObjectPixmap(bool) const override { return QStringLiteral("simulator"); }
     void getProperties(PropertyValueList& list) override;
@@ -88,6 +89,9 @@ public:
     virtual void checkReset() = 0;
     virtual void checkIRQ() = 0;
     virtual unsigned singleStep() = 0;
+    // A processor that needs no checkIRQ may do many steps in one call.
+    virtual bool canRunAhead() const { return false; }
+    virtual void runAhead(MAXQSIMRunAhead&) {}
 
     int numBreakpoints() const { return m_breakpoints.count(); }
     unsigned matchedAddress() const { return m_breakpoints.matchedAddress(); }
@@ -121,6 +125,8 @@ public:
     void matchDataBreakPoint(unsigned int address, unsigned int length, unsigned int value, bool read)
     {
         m_breakpoints.matchData(address, length, value, read);
+        if (m_breakpoints.matched())
+            interruptRun();
     }
     bool matchDataBreakPoint(HBreakpoint* b, unsigned int address, unsigned int length, unsigned int value,
                              bool read)
@@ -144,6 +150,9 @@ private:
 
     void run();
     void stepAt(unsigned pc);
+    unsigned stepAhead(unsigned maximum);
+    bool endsAfterStep();
+    void interruptRun() { m_ahead.interrupted = true; }
     void stepWatchingRegisters();
     void evaluateMatch();
     bool stopsOnPendingError();
@@ -170,7 +179,7 @@ private:
     QByteArray m_lastErrorText; // of the error that stopped the last run
     unsigned m_lastErrorAddress = 0;
 
-    unsigned m_lastPC = 0;
+    MAXQSIMRunAhead m_ahead{}; // the steps that are being done in one call
     unsigned m_loopCount = 0;
     unsigned m_cycleCount = 0;
     std::unique_ptr<PeripheralSimulator> m_peripherals;

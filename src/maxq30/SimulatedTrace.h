@@ -43,6 +43,10 @@ public:
         if (address - m_base < m_size)
             ++m_counts[address - m_base];
     }
+    // The counters, for whoever counts many at once.
+    unsigned* counters() { return m_counts.get(); }
+    uint32_t base() const { return m_base; }
+    uint32_t size() const { return m_size; }
     void rewind() { m_cursor = 0; }
     // The next address that was executed; false at the end.
     bool next(unsigned& address, unsigned& count);

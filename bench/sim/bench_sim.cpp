@@ -1,0 +1,116 @@
+// Compares the simulator with simavr: the same CRC-32 loop on both, in turns, best of the rounds.
+// Usage: bench_sim [AVR program]. Without an AVR program only our figures are printed.
+#include "bench/sim/CrcProgram.h"
+#include "bench/sim/SimulatorSession.h"
+#include "bench/sim/simavr.h"
+#include "debug/HBreakpoint.h"
+#include "sim/Core.h"
+#include "support/HException.h"
+#include "target/TargetMemoryInterface.h"
+
+#include <QCoreApplication>
+#include <QTimer>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+
+namespace {
+
+constexpr int Rounds = 5;
+constexpr uint64_t Instructions = 50'000'000;
+constexpr uint64_t InstructionsBetweenEvents = 300;
+constexpr uint32_t ControlWord = 0x400;
+
+template <class Body> void measure(Rate& rate, Body body)
+{
+    auto start = std::chrono::steady_clock::now();
+    uint64_t done = body();
+    rate.note(done, std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
+}
+
+struct CountingCallBacks final : MAXQSIMCallBacks {
+    void onDataAccess(bool, unsigned, unsigned, unsigned) override { ++accesses; }
+    void onDataError(bool, unsigned) override { std::abort(); }
+    void onDataAlignmentError(bool, unsigned) override { std::abort(); }
+    void onCodeError(unsigned) override { std::abort(); }
+    void onInvalidInstruction(unsigned) override { std::abort(); }
+    void onMiscError(const char*, unsigned) override { std::abort(); }
+    uint64_t accesses = 0;
+};
+
+// What a debugger does on each tick while the program runs, with a second timer as a terminal has one.
+uint64_t runUnderDebugger(MAXQ30Simulator& target)
+{
+    uint64_t ticks = 0;
+    QTimer poll, terminal;
+    TargetMemoryInterface* memory = target.dataMemory();
+    QObject::connect(&poll, &QTimer::timeout, [&] {
+        if (target.isStopped() || memory->peekWord(ControlWord) != 0)
+            std::abort();
+        if (++ticks * InstructionsBetweenEvents >= Instructions)
+            target.stop();
+    });
+    QObject::connect(&terminal, &QTimer::timeout, [] {});
+    poll.start(0);
+    terminal.start(0);
+    target.go();
+    return ticks * InstructionsBetweenEvents;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QCoreApplication application(argc, argv);
+    const char* avrProgram = argc > 1 ? argv[1] : nullptr;
+
+    maxq30::Core core;
+    const auto* bytes = reinterpret_cast<const unsigned char*>(crcProgram);
+    core.writeCode(0, sizeof crcProgram, bytes);
+    CountingCallBacks callBacks;
+
+    Rate avr, run, stops, steps, go;
+    try {
+        SimulatorSession session(QBURN_BINARY_DIR "/lib/libmaxq30sim.so");
+        MAXQ30Simulator& target = session.target();
+        target.codeMemory()->pokeBytes(0, sizeof crcProgram, bytes);
+        target.reset(true, false);
+        HBreakpoint breakpoints[4];
+        for (uint32_t i = 0; i < 4; ++i) {
+            breakpoints[i].address = 0x2000 + 2 * i;
+            target.setBreakpoint(&breakpoints[i]);
+        }
+        const uint32_t addresses[4] = {0x1000, 0x1001, 0x1002, 0x1003};
+        for (int round = 0; round < Rounds; ++round) {
+            if (avrProgram)
+                avr = simavrRate(avrProgram, avr);
+            core.setCallBacks(nullptr);
+            measure(run, [&] { return core.run(Instructions); });
+            measure(stops, [&] { return core.run(Instructions, addresses); });
+            core.setCallBacks(&callBacks);
+            measure(steps, [&] {
+                for (uint64_t i = 0; i < Instructions; ++i)
+                    core.step();
+                return Instructions;
+            });
+            measure(go, [&] { return runUnderDebugger(target); });
+        }
+    } catch (const HException& failure) {
+        fprintf(stderr, "bench_sim: %s\n", failure.message().c_str());
+        return 1;
+    }
+    if (avr.best > 0)
+        std::printf("simavr                          %6.1f million instructions/s\n", avr.best);
+    auto print = [&](const char* name, const Rate& rate) {
+        std::printf("%-31s %6.1f million instructions/s", name, rate.best);
+        if (avr.best > 0)
+            std::printf("   %.2f times simavr", rate.best / avr.best);
+        std::printf("\n");
+    };
+    print("core, run", run);
+    print("core, run, four stops", stops);
+    print("core, step with callbacks", steps);
+    print("go, polled, four breakpoints", go);
+    return 0;
+}
