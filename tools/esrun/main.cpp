@@ -145,7 +145,7 @@ int main(int argc, char** argv)
         return 1;
     }
     int status = run(arguments);
-    if (std::fflush(stdout) != 0 && status == 0)
-        status = 1;
+    if ((std::fflush(stdout) != 0 || std::ferror(stdout)) && status == 0)
+        status = fail(QStringLiteral("cannot write to standard output"));
     return status;
 }
