@@ -8,9 +8,9 @@
 
 namespace {
 
-QStringView textOf(const ESValue& value)
+QString textOf(const ESValue& value)
 {
-    return value.type() == ESValue::String ? QStringView(value.string()->text()) : QStringView(*value.text());
+    return value.type() == ESValue::String ? value.string()->text() : *value.text();
 }
 
 ESString* interned(const ESValue& value)

@@ -155,7 +155,15 @@ void ESGenerator::chain(ESNode* node)
     std::vector<ESNode*> links;
     auto followed = [](const ESNode* n) {
         switch (n->kind) {
-        case '|': case '^': case '&': case '+': case '-': case '*': case '/': case '%': case '<':
+        case '|':
+        case '^':
+        case '&':
+        case '+':
+        case '-':
+        case '*':
+        case '/':
+        case '%':
+        case '<':
         case ESToken::LessEqual:
         case ESToken::Equal:
         case ESToken::NotEqual:

@@ -51,14 +51,18 @@ struct Operator {
 
 // Longest first.
 constexpr Operator operators[] = {
-    {">>>=", ESToken::UshrAssign},  {"===", ESToken::StrictEqual},  {"!==", ESToken::StrictNotEqual},
-    {">>>", ESToken::ShiftRightUnsigned}, {"<<=", ESToken::ShlAssign}, {">>=", ESToken::ShrAssign},
-    {"==", ESToken::Equal},         {"!=", ESToken::NotEqual},      {"<=", ESToken::LessEqual},
-    {">=", ESToken::GreaterEqual},  {"<<", ESToken::ShiftLeft},     {">>", ESToken::ShiftRight},
-    {"++", ESToken::Increment},     {"--", ESToken::Decrement},     {"||", ESToken::LogicalOr},
-    {"&&", ESToken::LogicalAnd},    {"+=", ESToken::AddAssign},     {"-=", ESToken::SubAssign},
-    {"*=", ESToken::MulAssign},     {"/=", ESToken::DivAssign},     {"%=", ESToken::ModAssign},
-    {"&=", ESToken::AndAssign},     {"|=", ESToken::OrAssign},      {"^=", ESToken::XorAssign},
+    {">>>=", ESToken::UshrAssign},    {"===", ESToken::StrictEqual},
+    {"!==", ESToken::StrictNotEqual}, {">>>", ESToken::ShiftRightUnsigned},
+    {"<<=", ESToken::ShlAssign},      {">>=", ESToken::ShrAssign},
+    {"==", ESToken::Equal},           {"!=", ESToken::NotEqual},
+    {"<=", ESToken::LessEqual},       {">=", ESToken::GreaterEqual},
+    {"<<", ESToken::ShiftLeft},       {">>", ESToken::ShiftRight},
+    {"++", ESToken::Increment},       {"--", ESToken::Decrement},
+    {"||", ESToken::LogicalOr},       {"&&", ESToken::LogicalAnd},
+    {"+=", ESToken::AddAssign},       {"-=", ESToken::SubAssign},
+    {"*=", ESToken::MulAssign},       {"/=", ESToken::DivAssign},
+    {"%=", ESToken::ModAssign},       {"&=", ESToken::AndAssign},
+    {"|=", ESToken::OrAssign},        {"^=", ESToken::XorAssign},
 };
 
 constexpr char singles[] = "(),:;?[]{}~!%&*+-./<=>^|";

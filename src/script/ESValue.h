@@ -73,7 +73,19 @@ inline constexpr ESValue g_null = ESValue::null();
 inline constexpr ESValue g_true = ESValue::boolean(true);
 inline constexpr ESValue g_false = ESValue::boolean(false);
 
-inline bool isnull(const ESValue& v) { return v.isNull(); }
-inline bool isstr(const ESValue& v) { return v.isString(); }
-inline bool isnum(const ESValue& v) { return v.isNumber(); }
-inline bool isobj(const ESValue& v) { return v.isObject(); }
+inline bool isnull(const ESValue& v)
+{
+    return v.isNull();
+}
+inline bool isstr(const ESValue& v)
+{
+    return v.isString();
+}
+inline bool isnum(const ESValue& v)
+{
+    return v.isNumber();
+}
+inline bool isobj(const ESValue& v)
+{
+    return v.isObject();
+}

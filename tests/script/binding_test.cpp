@@ -21,15 +21,19 @@ public:
     ESObject* installScriptObject(ESContext* context) override
     {
         ESObject* object = ESQObject::installScriptObject(context);
-        biinst(context, object, {"blink", "Lamp.prototype.blink", 2, false, FirstFreeId}, context->functionPrototype(), this);
-        biinst(context, object, {"fail", "Lamp.prototype.fail", 0, false, FirstFreeId + 1}, context->functionPrototype(), this);
-        biinst(context, object, {"unknown", "Lamp.prototype.unknown", 1, false, 99}, context->functionPrototype(), this);
+        biinst(context, object, {"blink", "Lamp.prototype.blink", 2, false, FirstFreeId},
+               context->functionPrototype(), this);
+        biinst(context, object, {"fail", "Lamp.prototype.fail", 0, false, FirstFreeId + 1},
+               context->functionPrototype(), this);
+        biinst(context, object, {"unknown", "Lamp.prototype.unknown", 1, false, 99},
+               context->functionPrototype(), this);
         return object;
     }
     void call(ESContext* context, ESObject* function, ESObject* self, int argc, ESValue* argv) override
     {
         if (function->builtinId == FirstFreeId)
-            argv[0] = ESValue(context->ToNumber(biarg(argc, argv, 0)) * (biarg(argc, argv, 1).isUndefined() ? 1 : 2));
+            argv[0] = ESValue(context->ToNumber(biarg(argc, argv, 0)) *
+                              (biarg(argc, argv, 1).isUndefined() ? 1 : 2));
         else if (function->builtinId == FirstFreeId + 1)
             throw HException("lamp broken");
         else
@@ -61,7 +65,8 @@ TEST(HostBinding, QtPropertiesAreReadAndWritten)
         {"Lamp.SetProperty('on', 1); Lamp.GetProperty('on')", "false"},
         {"Lamp.SetProperty('on', 'true'); Lamp.GetProperty('on')", "true"},
         {"Lamp.SetProperty('names', 'a\\n\\nb'); Lamp.GetProperty('names')", "a\nb"},
-        {"Lamp.SetProperty('title', 5); Lamp.GetProperty('title') + typeof Lamp.GetProperty('title')", "5string"},
+        {"Lamp.SetProperty('title', 5); Lamp.GetProperty('title') + typeof Lamp.GetProperty('title')",
+         "5string"},
         {"Lamp.GetProperty('color')", "Red"},
         {"Lamp.SetProperty('color', 'Green'); Lamp.GetProperty('color')", "Green"},
         {"Lamp.blink(4) + Lamp.blink(4, 1)", "12"},
@@ -147,9 +152,16 @@ TEST(HostBinding, TextOfTheHostActsAsAnyString)
     QString text = "abc";
     context.valinstant(context.globalObject(), 0, ESStringPool::intern("host"), ESValue(&text));
     const char* cases[][2] = {
-        {"host == 'abc'", "true"},  {"'abc' == host", "true"}, {"host + 1", "abc1"},     {"host.length", "3"},
-        {"host.charAt(1)", "b"},    {"typeof host", "string"}, {"var o = {}; o[host] = 5; o.abc", "5"},
-        {"host < 'abd'", "true"},   {"host ? 1 : 2", "1"},     {"switch (host) { case 'abc': 'hit'; x = 1; } x", "1"},
+        {"host == 'abc'", "true"},
+        {"'abc' == host", "true"},
+        {"host + 1", "abc1"},
+        {"host.length", "3"},
+        {"host.charAt(1)", "b"},
+        {"typeof host", "string"},
+        {"var o = {}; o[host] = 5; o.abc", "5"},
+        {"host < 'abd'", "true"},
+        {"host ? 1 : 2", "1"},
+        {"switch (host) { case 'abc': 'hit'; x = 1; } x", "1"},
     };
     for (const auto& c : cases)
         EXPECT_EQ(world.value(c[0]), c[1]) << c[0];

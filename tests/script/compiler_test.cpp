@@ -96,7 +96,8 @@ TEST(Compiler, VariablesMoveToAnActivationOnlyWhereTheyAreReached)
         QString text;
         for (int offset = 0; offset < top->length(); offset += ESCode::size(top->code[size_t(offset)]))
             if (top->code[size_t(offset)] == VM_CLOSURE)
-                text += ESCompiler::dumpcode(ESContext::functionCode(top->indexOf(top->operandAt(offset + 1))));
+                text +=
+                    ESCompiler::dumpcode(ESContext::functionCode(top->indexOf(top->operandAt(offset + 1))));
         return text;
     };
     EXPECT_TRUE(code("f = function(a) { var b = a; b++; return b }").contains("GETA 0"));
@@ -116,11 +117,18 @@ TEST(Compiler, DeepNestingIsRefusedAndLongChainsAreNot)
     EXPECT_EQ(world.value(nested("{", "1", "}", 1000)), "1");
     EXPECT_EQ(world.value(nested("- ", "1", "", 1000)), "1");
     const char* forms[][3] = {
-        {"(", "1", ")"}, {"{", "1", "}"}, {"- ", "1", ""}, {"[", "", "]"}, {"x={a:", "1", "}"}, {"if(1)", "1", ""},
-        {"function(){", "", "}"}, {"f(", "1", ")"}, {"new ", "F", ""}, {"x=", "1", ""}, {"1?1:", "1", ""},
-        {"a:", "1", ""}, {"x[", "1", "]"}, {"switch(1){case 1:", "", "}"}, {"while(0)", ";", ""}, {"!", "1", ""},
-        {"typeof ", "1", ""}, {"do{", "", "}while(0)"}, {"with({})", "1", ""}, {"try{", "", "}finally{}"},
-        {"x", "", ".y"}, {"f", "", "()"}, {"1>", "1", ""},
+        {"(", "1", ")"},          {"{", "1", "}"},
+        {"- ", "1", ""},          {"[", "", "]"},
+        {"x={a:", "1", "}"},      {"if(1)", "1", ""},
+        {"function(){", "", "}"}, {"f(", "1", ")"},
+        {"new ", "F", ""},        {"x=", "1", ""},
+        {"1?1:", "1", ""},        {"a:", "1", ""},
+        {"x[", "1", "]"},         {"switch(1){case 1:", "", "}"},
+        {"while(0)", ";", ""},    {"!", "1", ""},
+        {"typeof ", "1", ""},     {"do{", "", "}while(0)"},
+        {"with({})", "1", ""},    {"try{", "", "}finally{}"},
+        {"x", "", ".y"},          {"f", "", "()"},
+        {"1>", "1", ""},
     };
     for (const auto& form : forms) {
         QString source = nested(form[0], form[1], form[2], 100000);
@@ -151,9 +159,11 @@ TEST(Compiler, NamesBeyondTheReachOfAnOperandWork)
     // Fill the pool so that new names have indices of more than 16 bits.
     EXPECT_EQ(world.value("for (var i = 0; i < 70000; i++) x = 'filler' + i; i"), "70000");
     EXPECT_GT(ESStringPool::count(), 65536);
-    EXPECT_EQ(world.value("var farName = { farKey: 'farText' }; farName.farKey + farName['farKey'].length"), "farText7");
+    EXPECT_EQ(world.value("var farName = { farKey: 'farText' }; farName.farKey + farName['farKey'].length"),
+              "farText7");
     EXPECT_EQ(world.value("with (farName) farKey"), "undefined");
-    EXPECT_EQ(world.value("function farFunction(farParameter) { return farParameter + 1 } farFunction(1)"), "2");
+    EXPECT_EQ(world.value("function farFunction(farParameter) { return farParameter + 1 } farFunction(1)"),
+              "2");
 }
 
 TEST(Compiler, WarnsOnceOfBlocksThatDoNotRun)

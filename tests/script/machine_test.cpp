@@ -36,11 +36,13 @@ TEST(Machine, FailuresCarryLineKindAndText)
          "line 1: String.prototype.valueOf called on non-String object"},
         {"x = {}; x.t = Boolean.prototype.valueOf; x.t()", "TypeError",
          "line 1: Boolean.prototype.toString called on non-Boolean object"},
-        {"x = {}; x.t = [].toString; x.t()", "TypeError", "line 1: Array.prototype.toString requires an array"},
+        {"x = {}; x.t = [].toString; x.t()", "TypeError",
+         "line 1: Array.prototype.toString requires an array"},
         {"x = {}; x.t = Date.prototype.getTime; x.t()", "TypeError", "line 1: Date object required"},
         {"function f() {\n  return g();\n}\nfunction g() {\n  return h.x;\n}\nvar h;\nf();", "TypeError",
          "line 5: can't convert undefined to an object"},
-        {"new Function('a', 'return (')", "SyntaxError", "line 1: expected an expression, found end of input"},
+        {"new Function('a', 'return (')", "SyntaxError",
+         "line 1: expected an expression, found end of input"},
     };
     for (const auto& c : cases) {
         ScriptWorld world;
@@ -74,7 +76,9 @@ TEST(Machine, RecursionEndsInTheFatalTextAndLeavesTheContextUsable)
     ScriptWorld world;
     for (const char* source : sources) {
         EXPECT_EQ(world.value(source), full) << source;
-        EXPECT_EQ(world.value("function ok(n) { return n ? ok(n - 1) + 1 : this == glob } var glob = this; ok(150)"), "151")
+        EXPECT_EQ(world.value(
+                      "function ok(n) { return n ? ok(n - 1) + 1 : this == glob } var glob = this; ok(150)"),
+                  "151")
             << source;
     }
     QString wide = "[" + QString("1,").repeated(1100) + "]";
@@ -91,17 +95,22 @@ TEST(Machine, FailedEvalPutsTheStateBack)
                   ESCompletion::Thrown);
     EXPECT_EQ(world.value("this + typeof a"), "[object global]undefined");
     // Inside a script as well.
-    EXPECT_EQ(world.value("function f(n) { var r = 1 + n; eval('with ({}) [1, 2, x.y.z]'); return r + n } f(5)"), "11");
+    EXPECT_EQ(
+        world.value("function f(n) { var r = 1 + n; eval('with ({}) [1, 2, x.y.z]'); return r + n } f(5)"),
+        "11");
 }
 
 TEST(Machine, StringsHaveAnEndAndLongOnesAreCheapToBuild)
 {
     ScriptWorld world;
     EXPECT_EQ(world.value("s = 'x'; for (;;) s += s"), "fatal: string too long");
-    EXPECT_EQ(world.value("s = ''; for (i = 0; i < 200000; i++) s += 'ab'; s.length + s.charAt(199999)"), "400000b");
+    EXPECT_EQ(world.value("s = ''; for (i = 0; i < 200000; i++) s += 'ab'; s.length + s.charAt(199999)"),
+              "400000b");
     EXPECT_EQ(world.value("new Array(4294967295).toString()"), "fatal: string too long");
-    EXPECT_EQ(world.value("s = ''; for (i = 0; i < 26; i++) s += s + 'ab'; t = s + 'c'; t.replace('c', '$&$&').length"),
-              "fatal: string too long");
+    EXPECT_EQ(
+        world.value(
+            "s = ''; for (i = 0; i < 26; i++) s += s + 'ab'; t = s + 'c'; t.replace('c', '$&$&').length"),
+        "fatal: string too long");
 }
 
 class Budget : public ESContext {
@@ -169,7 +178,8 @@ TEST(Machine, LoadLooksAlongThePathAndSwallowsFailures)
     EXPECT_EQ(world.value("load('good.js')"), "false");
     world.context().globalClass()->addToLoadPath("/nonexistent");
     world.context().globalClass()->addToLoadPath(QString::fromStdString(directory.path()));
-    EXPECT_EQ(world.value("load('good.js') + loaded + loaded.length"), "truel\xc3\xb6" "2");
+    EXPECT_EQ(world.value("load('good.js') + loaded + loaded.length"), "truel\xc3\xb6"
+                                                                       "2");
     EXPECT_EQ(world.value("load('bad.js') + '' + before"), "true1");
     EXPECT_EQ(world.value("load('self.js')"), "fatal: virtual machine stack too small");
     EXPECT_EQ(world.value("load('.')"), "false");

@@ -33,13 +33,13 @@ TEST_P(ScriptFile, PrintsWhatItExpects)
 std::vector<std::string> scripts()
 {
     std::vector<std::string> names;
-    for (const QString& name : QDir(QStringLiteral(QBURN_SOURCE_DIR "/tests/script")).entryList({"*.js"}, QDir::Files, QDir::Name))
+    for (const QString& name :
+         QDir(QStringLiteral(QBURN_SOURCE_DIR "/tests/script")).entryList({"*.js"}, QDir::Files, QDir::Name))
         names.push_back(name.toStdString());
     return names;
 }
 
-INSTANTIATE_TEST_SUITE_P(Scripts, ScriptFile, testing::ValuesIn(scripts()), [](const auto& info) {
-    return info.param.substr(0, info.param.find('.'));
-});
+INSTANTIATE_TEST_SUITE_P(Scripts, ScriptFile, testing::ValuesIn(scripts()),
+                         [](const auto& info) { return info.param.substr(0, info.param.find('.')); });
 
 } // namespace

@@ -22,6 +22,9 @@ var o = { toString: function() { return "obj"; } }; o.up = s.toUpperCase; o.at =
 print(parseInt("42px"), parseInt(" -17"), parseInt("0x1F"), parseInt("1F", 16), parseInt("z", 36), parseInt("12", 37), parseInt(""), parseInt("9", 8), parseInt("077"), parseInt("101", 2));
 print(parseFloat("3.5e2x"), parseFloat(".5"), parseFloat("-.5e"), parseFloat("x"), parseFloat("-Infinity!"), parseFloat("1.2.3"), parseFloat("5e+"));
 print("abc".valueOf() == "abc", ("a" + "b").constructor == String, "true" == true, "x".toString().length);
+var grow = ""; for (i = 0; i < 20000; i++) { grow += "abc"; if (grow.charAt(i * 3) != "a") print("bad"); }
+var longer = grow + "x"; print(longer.length, longer.charAt(60000), grow < longer, longer < grow, grow.charAt(59999), grow + "x" == longer, grow.substring(0, 6));
+var self = grow + grow; self += self; print(self.length, self.charCodeAt(239999), grow.charAt(0), self.indexOf("x"));
 /* expect
 12 H true true 101 NaN a
 4 8 4 -1 2 3
@@ -46,4 +49,6 @@ OBJ b
 42 -17 31 31 35 NaN NaN NaN 77 5
 350 0.5 -0.5 NaN -Infinity 1.2 5
 true true false 1
+60001 x true false c true abcabc
+240000 99 a -1
 */
