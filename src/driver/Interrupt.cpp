@@ -1,0 +1,72 @@
+#include "driver/Interrupt.h"
+
+#include <QSocketNotifier>
+
+#include <csignal>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+
+volatile sig_atomic_t g_requested = 0;
+int g_pipe[2] = {-1, -1};
+
+// Only what is safe in a signal handler: a flag and one byte down a pipe that the event loop watches.
+void onSignal(int number)
+{
+    if (g_requested) {
+        signal(number, SIG_DFL);
+        raise(number);
+        return;
+    }
+    g_requested = 1;
+    char byte = 0;
+    [[maybe_unused]] ssize_t written = write(g_pipe[1], &byte, 1);
+}
+
+void install(int number)
+{
+    struct sigaction action = {};
+    action.sa_handler = onSignal;
+    sigemptyset(&action.sa_mask);
+    sigaction(number, &action, nullptr); // without SA_RESTART: a waiting read comes back
+}
+
+} // namespace
+
+Interrupt::Interrupt()
+{
+    signal(SIGPIPE, SIG_IGN);
+    if (pipe2(g_pipe, O_CLOEXEC | O_NONBLOCK) != 0)
+        return;
+    m_notifier = new QSocketNotifier(g_pipe[0], QSocketNotifier::Read, this);
+    QObject::connect(m_notifier, &QSocketNotifier::activated, this, [this] {
+        m_notifier->setEnabled(false);
+        Q_EMIT interrupted();
+    });
+    install(SIGINT);
+    install(SIGTERM);
+}
+
+Interrupt::~Interrupt()
+{
+    signal(SIGINT, SIG_DFL);
+    signal(SIGTERM, SIG_DFL);
+    delete m_notifier;
+    for (int& end : g_pipe)
+        if (end >= 0) {
+            close(end);
+            end = -1;
+        }
+}
+
+bool Interrupt::requested()
+{
+    return g_requested != 0;
+}
+
+void Interrupt::check()
+{
+    if (requested())
+        throw Interrupted();
+}

@@ -1,0 +1,32 @@
+// Ctrl-C. The first SIGINT or SIGTERM is noted and told to whoever waits for it in the event loop; a
+// second one ends the process at once, for a host that hangs in the system. SIGPIPE is ignored: a
+// closed pipe shows as a failed write.
+#pragma once
+
+#include <QObject>
+
+class QSocketNotifier;
+
+// Thrown where a long operation notices the interrupt; not an HException, since nothing failed.
+struct Interrupted {};
+
+class Interrupt : public QObject {
+    Q_OBJECT
+public:
+    // Installs the handlers; one for each process. Needs the application object.
+    Interrupt();
+    ~Interrupt() override;
+
+    static bool requested();
+    // Throws Interrupted when an interrupt was requested.
+    static void check();
+    // Exit status of a session that was interrupted.
+    static constexpr int ExitStatus = 130;
+
+Q_SIGNALS:
+    // From the event loop, once.
+    void interrupted();
+
+private:
+    QSocketNotifier* m_notifier = nullptr;
+};

@@ -1,0 +1,67 @@
+// The session: the selected target, the load files, and what is done with them in order. It answers
+// the target layer's callbacks. Every failure is an HException with a text for the user.
+#pragma once
+
+#include "loadfile/LoadFileList.h"
+#include "target/TargetInterface.h"
+#include "target/TargetInterfaceHelperFunctions.h"
+
+#include <QString>
+#include <memory>
+
+class TextProgressBar;
+
+class Loader : public TargetInterfaceHelperFunctions {
+public:
+    Loader();
+    virtual ~Loader();
+    Loader(const Loader&) = delete;
+    Loader& operator=(const Loader&) = delete;
+
+    // By class name or short name; an earlier target is disconnected and deleted.
+    void setTarget(const QString& name);
+    // One of the load file factory's own names, or null to go by the file's name.
+    void setFiletype(const char* type) { m_filetype = type; }
+    void setLoadAddress(unsigned address);
+    unsigned loadAddress() const { return m_loadAddress; }
+    void setEnableDifferentialDownload(bool on) { m_differentialDownload = on; }
+    // What is told while the session runs: progress unless quiet, messages when verbose as well.
+    void setVerbosity(bool quiet, bool verbose);
+
+    // Reads a file and puts it behind the others.
+    void addLoadFile(const QString& name);
+    const LoadFileList& loadFiles() const { return m_loadFiles; }
+
+    bool hasTargetInterface() const { return m_target != nullptr; }
+    TargetInterface* targetInterface() const; // throws "No target selected"
+    // With the project and configuration whose settings the target reads; both may be empty.
+    void connectTarget(ProjectElement* project, const QString& configuration);
+    void disconnectTarget();
+    void resetTarget();
+    void downloadLoadFiles();
+    void verifyLoadFiles();
+
+    // TargetInterfaceHelperFunctions. What a target reports through the last five never reaches the
+    // user of this tool: the exceptions say it.
+    void progress(int done, int total, const char* label, const char* unit, bool final) override;
+    void message(const QString& text) override;
+    bool differentialDownloadEnabled() override { return m_differentialDownload; }
+    void message(const QString&, int) override {}
+    void error(const QString&) override {}
+    void success(const QString&) override {}
+    void beginGroup(const QString&, int) override {}
+    void endGroup(const QString&) override {}
+
+private:
+    TargetInterface* connectedTarget(const char* otherwise) const;
+
+    std::unique_ptr<TargetInterface> m_target;
+    unsigned m_loadAddress = 0;
+    bool m_loadAddressGiven = false;
+    LoadFileList m_loadFiles;
+    std::unique_ptr<TextProgressBar> m_progressBar;
+    const char* m_filetype = nullptr;
+    bool m_differentialDownload = true;
+    bool m_quiet = false;
+    bool m_verbose = false;
+};

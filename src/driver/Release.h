@@ -1,0 +1,4 @@
+// The version banner.
+#pragma once
+
+void RELEASE_printVersionToStderr(const char* program);

@@ -1,0 +1,3 @@
+#include "driver/Reporter.h"
+
+Reporter* report = nullptr;

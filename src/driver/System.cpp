@@ -1,0 +1,196 @@
+#include "driver/System.h"
+
+#include "driver/Interrupt.h"
+#include "loadfile/LoadFileFactory.h"
+#include "project/BuildSystem.h"
+#include "project/EnvironmentSettings.h"
+#include "project/MacroSystem.h"
+#include "project/PackageSystem.h"
+#include "project/ProjectSystem.h"
+#include "support/HException.h"
+#include "support/PlatformConstants.h"
+#include "support/QTx.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <strings.h>
+
+TargetInterfaceHelperFunctions* targetInterfaceHelperFunctions()
+{
+    return &System::instance()->loader();
+}
+
+System* System::instance()
+{
+    static System* system = new System;
+    return system;
+}
+
+int System::exec(int argc, char** argv)
+{
+    m_exitStatus = 0;
+    m_benchDirectory = QTx::rootDirectory();
+    m_packagesDirectory = QStringLiteral("$(BenchUserDir)/packages");
+    parse(argc - 1, argv + 1);
+    m_loader.setVerbosity(m_quiet, m_verbose);
+
+    setupDefaultSystemMacros(m_benchDirectory);
+    PackageSystem::setupPackageMacros(m_packagesDirectory);
+    macroSystem.setSystemMacro(QStringLiteral("Platform"), QString::fromLatin1(Get_PLATFORM()).toLower());
+    if (argc <= 1 || m_help) {
+        printUsage();
+        return m_exitStatus;
+    }
+    if (m_targetName.isEmpty())
+        throw HException("no target interface specified (use -target)");
+    m_loader.setTarget(m_targetName);
+    for (const QString& setting : std::as_const(m_propertySettings))
+        applyPropertySetting(setting);
+    if (m_listProperties) {
+        listProperties();
+        return m_exitStatus;
+    }
+    if (!m_fileType.isEmpty())
+        selectFileType();
+    m_loader.targetInterface()->installScriptObject(m_scriptSystem.context());
+    if (!m_solutionFile.isEmpty())
+        selectProject();
+    collectLoadFiles();
+    if (m_serve || m_debug)
+        throw HException("this version cannot serve or debug a program (-serve, -debug)");
+    if (m_loader.loadFiles().isEmpty())
+        return m_exitStatus;
+    return runSession();
+}
+
+void System::execScript(const QString& text)
+{
+    m_scriptSystem.execute(text, true);
+}
+
+void System::execScriptFile(const Path& file)
+{
+    QFile script(file.osPathQString());
+    if (!script.open(QIODevice::ReadOnly))
+        throw HException(QStringLiteral("cannot open script file \"%1\"").arg(file.osPathQString()));
+    m_scriptSystem.setSourceName(file.fileName());
+    execScript(QString::fromUtf8(script.readAll()) + QLatin1Char('\n'));
+}
+
+void System::applyPropertySetting(const QString& setting)
+{
+    qsizetype equals = setting.indexOf(QLatin1Char('='));
+    if (equals <= 0 || equals + 1 == setting.size())
+        throw HException("format for option should be \"-setprop PROPERTY=VALUE\"");
+    QString name = setting.left(equals);
+    PropertyValueList properties(false);
+    m_loader.targetInterface()->getProperties(properties);
+    for (PropertyValue* property : properties)
+        if (property->propertyClass()->shortDescription() == name) {
+            property->setValue(setting.mid(equals + 1));
+            return;
+        }
+    throw HException(QLatin1String("unknown property: ") + name);
+}
+
+void System::selectFileType()
+{
+    QByteArray wanted = m_fileType.toLocal8Bit();
+    for (const LoadFileTypeInfo& type : LoadFileFactory::instance()->types())
+        if (strcasecmp(type.name, wanted.constData()) == 0) {
+            m_loader.setFiletype(type.name);
+            return;
+        }
+    throw HException(QStringLiteral("unknown file type \"%1\"").arg(m_fileType));
+}
+
+void System::selectProject()
+{
+    projectSystem->loadSolution(QFileInfo(m_solutionFile).absoluteFilePath(), nullptr, nullptr);
+    const QMap<QString, ProjectElement*> projects = projectSystem->solutionProjects(nullptr);
+    QString list = QStringLiteral("\n\nProjects in \"%1\":\n").arg(QFileInfo(m_solutionFile).fileName());
+    for (auto project = projects.begin(); project != projects.end(); ++project)
+        list += QLatin1String("\n  ") + project.key();
+    if (m_projectName.isEmpty())
+        throw HException(QLatin1String("no project specified (use -project)") + list);
+    if (!projectSystem->haveSolution())
+        throw HException("no solution specified (use -solution)");
+
+    const QString given = m_projectName.simplified();
+    for (auto project = projects.begin(); project != projects.end(); ++project)
+        if (project.key().simplified() == given)
+            m_projectName = project.key();
+    m_activeProject = projectSystem->findProject(projectSystem->solutionElement(), m_projectName);
+    if (!m_activeProject)
+        throw HException(QStringLiteral("invalid project \"%1\"").arg(m_projectName) + list);
+
+    QStringList configurations;
+    projectSystem->configurations(m_activeProject, configurations, 4);
+    list = QStringLiteral("\n\nBuild configurations for \"%1\":\n\n  ").arg(m_projectName) +
+           configurations.join(QLatin1String("\n  "));
+    if (m_configuration.isEmpty())
+        throw HException(QLatin1String("no build configuration specified (use -config)") + list);
+    if (!configurations.contains(m_configuration))
+        throw HException(QStringLiteral("invalid build configuration \"%1\"").arg(m_configuration) + list);
+}
+
+void System::collectLoadFiles()
+{
+    if (!projectSystem->haveSolution() || !m_loadFileNames.isEmpty()) {
+        for (const QString& name : std::as_const(m_loadFileNames))
+            m_loader.addLoadFile(name);
+        return;
+    }
+    m_loader.addLoadFile(buildSystem->output(m_activeProject, m_configuration, true));
+    const PropertyClass* additional =
+        buildSystem->findPropertyClass(QStringLiteral("debug_additional_load_files"));
+    QString files = buildSystem->settingForExpanded(m_activeProject, additional, m_configuration);
+    for (const QString& name : files.split(QLatin1Char(';'), Qt::SkipEmptyParts))
+        m_loader.addLoadFile(name);
+}
+
+int System::runSession()
+{
+    Interrupt interrupt;
+    TargetInterface* target = m_loader.targetInterface();
+    QObject::connect(&interrupt, &Interrupt::interrupted, this, [target] { target->stop(); });
+    try {
+        m_loader.connectTarget(m_activeProject, m_configuration);
+        target->reset(true, true);
+        target->loadBegin();
+        try {
+            if (m_download)
+                m_loader.downloadLoadFiles();
+            if (m_verify)
+                m_loader.verifyLoadFiles();
+        } catch (...) {
+            target->abandonLoad();
+            throw;
+        }
+        target->loadEnd();
+        Interrupt::check();
+        startProgram();
+        Interrupt::check();
+    } catch (const Interrupted&) {
+        report->stream << "interrupted\n";
+        m_exitStatus = Interrupt::ExitStatus;
+    }
+    if (m_disconnect && target->isConnected())
+        m_loader.disconnectTarget();
+    return m_exitStatus;
+}
+
+// Sets the program going from the first file's entry point, or lets the target start as it does by
+// itself. On the simulator this comes back when the program stops.
+void System::startProgram()
+{
+    TargetInterface* target = m_loader.targetInterface();
+    LoadFileInterface* first = m_loader.loadFiles().items().front().file;
+    if (!first->hasEntryPoint()) {
+        target->reset(false, false);
+        return;
+    }
+    unsigned long entry = first->entryPoint();
+    target->start(entry != 0, unsigned(entry));
+}

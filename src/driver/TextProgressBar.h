@@ -1,0 +1,35 @@
+// The progress line of a session on standard output: a label, a bar, a percentage; at its end one line
+// that tells time and rate.
+#pragma once
+
+#include <QElapsedTimer>
+#include <QObject>
+#include <QString>
+#include <string>
+
+class TextProgressBar : public QObject {
+    Q_OBJECT
+public:
+    explicit TextProgressBar(int width, QObject* parent = nullptr);
+
+    // A line of text above the bar.
+    void message(const QString& text);
+    // A label starts a new bar; a null label or unit, and -1 for a number, leave what was there. The
+    // bar closes when `done` reaches the total.
+    void progress(int done, int total, const char* label, const char* unit);
+    void clearLine();
+    void displayLine();
+
+private:
+    std::string clearedLine() const;
+    void close();
+
+    int m_width; // columns
+    int m_total = 0;
+    int m_done = 0;
+    QString m_label;
+    QString m_unit;
+    int m_barWidth = 0;
+    QElapsedTimer m_time;
+    std::string m_drawn; // what stands on the line, so that nothing is drawn twice
+};

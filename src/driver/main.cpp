@@ -1,0 +1,73 @@
+// The entry of the tool: makes the objects that live until the process ends, runs the session, and
+// prints what stopped it.
+
+#include "driver/StandardOutput.h"
+#include "driver/System.h"
+#include "maxq30/MAXQ30TargetInterfaceFactory.h"
+#include "project/EnvironmentSettings.h"
+#include "project/MAXQ30BuildSystem.h"
+#include "project/MAXQ30ProjectSystem.h"
+#include "project/MacroSystem.h"
+#include "project/SolutionLoadError.h"
+#include "support/HException.h"
+#include "support/QTx.h"
+
+#include <QCoreApplication>
+#include <QRegularExpression>
+
+#include <cstdio>
+#include <iostream>
+
+namespace {
+
+// A failure on standard error, and on a line of its own what a user can make of it.
+void printFailure(const QString& line, const std::string& hint)
+{
+    fprintf(stderr, "%s\n\n", line.toLocal8Bit().constData());
+    if (!hint.empty())
+        fprintf(stderr, "%s\n", QString::fromStdString(hint).toLocal8Bit().constData());
+}
+
+QString withoutTags(QString text)
+{
+    text.replace(QLatin1String("<p>"), QLatin1String("\n"));
+    static const QRegularExpression tag(QStringLiteral("<[^>]*>"));
+    return text.remove(tag);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QTx::setApplicationPath(argc > 0 ? argv[0] : "qburn", 1);
+    QCoreApplication application(argc, argv);
+    report = new Reporter{argc > 0 ? argv[0] : "qburn", std::cerr};
+    try {
+        environment = new EnvironmentSettings;
+        environment->createEntries();
+        projectSystem = new MAXQ30ProjectSystem;
+        buildSystem = new MAXQ30BuildSystem(QStringList());
+        macroSystem.setSystemMacro(QStringLiteral("Platform"), QStringLiteral("maxq30"));
+        System::instance()->setProgramName(QStringLiteral("Loader"));
+        int status = System::instance()->exec(argc, argv);
+        delete environment;
+        environment = nullptr;
+        return status;
+    } catch (const SolutionLoadError& failure) {
+        if (failure.badXML())
+            printFailure(QLatin1String("load error: bad XML file - ") + failure.fileName(),
+                         QStringLiteral("%1:%2: %3")
+                             .arg(failure.fileName())
+                             .arg(failure.errorLine())
+                             .arg(failure.errorText())
+                             .toStdString());
+        else
+            printFailure(QLatin1String("load error: ") + failure.fileName() + failure.detail(),
+                         failure.hint());
+    } catch (const HException& failure) {
+        printFailure(QLatin1String("error: ") + withoutTags(failure.text()), failure.hint());
+    } catch (...) {
+        fputs("error: abnormal program termination\n", stderr);
+    }
+    return 1;
+}

@@ -1,0 +1,55 @@
+#include "maxq30/MAXQ30TargetInterfaceFactory.h"
+
+#include "maxq30/MAXQ30Simulator.h"
+#include "support/HException.h"
+#include "target/TargetInterfaceHelperFunctions.h"
+
+#include <cstring>
+#include <string>
+
+namespace {
+
+using Make = TargetInterface* (*)(TargetInterfaceHelperFunctions*);
+
+template <class Target> TargetInterface* make(TargetInterfaceHelperFunctions* helpers)
+{
+    return new Target(helpers);
+}
+
+// A null maker stands for a target that this version lists but cannot reach yet.
+struct Row {
+    TargetInterfaceInfo info;
+    Make make;
+};
+
+const Row g_rows[] = {
+    {{"MAXQ30Serial2JTAGTargetInterface", "serial_jtag", "MAXQ Serial to JTAG"}, nullptr},
+    {{"MAXQ30TetherTargetInterface", "usb_th", "Tether Pro"}, nullptr},
+    {{"MAXQ30Simulator", "sim", "MAXQ30 Core Simulator"}, make<MAXQ30Simulator>},
+};
+
+} // namespace
+
+TargetInterfaceFactory* TargetInterfaceFactory::instance()
+{
+    static TargetInterfaceFactory* factory = new MAXQ30TargetInterfaceFactory;
+    return factory;
+}
+
+MAXQ30TargetInterfaceFactory::MAXQ30TargetInterfaceFactory()
+{
+    for (const Row& row : g_rows)
+        m_targets.push_back(row.info);
+}
+
+TargetInterface* MAXQ30TargetInterfaceFactory::create(const char* name)
+{
+    for (const Row& row : g_rows)
+        if (strcmp(row.info.className, name) == 0) {
+            if (!row.make)
+                throw HException(std::string("this version cannot reach a target through \"") +
+                                 row.info.description + "\"");
+            return row.make(targetInterfaceHelperFunctions());
+        }
+    return nullptr;
+}

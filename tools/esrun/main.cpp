@@ -1,0 +1,150 @@
+// Runs one script in a bare script context:
+//
+//     esrun [-p] FILE.js [ARGS...]      the file, or standard input for the name "-"
+//     esrun [-p] -e TEXT [ARGS...]      the text
+//
+// -p prints the completion value. Exit status 0 on a normal completion, 1 after a failure, 130 after
+// Ctrl-C.
+#include "script/BuiltinScript.h"
+#include "script/ESContext.h"
+#include "support/HException.h"
+
+#include <QFile>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+
+namespace {
+
+volatile std::sig_atomic_t interrupted = 0;
+
+void onInterrupt(int)
+{
+    interrupted = 1;
+    // A second Ctrl-C ends the process even if the script is stuck in a native.
+    std::signal(SIGINT, SIG_DFL);
+}
+
+class InterruptibleContext : public ESContext {
+public:
+    InterruptibleContext() : ESContext(Ask::NowAndThen) {}
+    bool carryOnExecuting() override { return !interrupted; }
+};
+
+struct Arguments {
+    bool print = false;
+    const char* file = nullptr;
+    const char* text = nullptr;
+    int count = 0;
+    char** rest = nullptr;
+};
+
+bool parseArguments(int argc, char** argv, Arguments& arguments)
+{
+    int at = 1;
+    if (at < argc && !std::strcmp(argv[at], "-p")) {
+        arguments.print = true;
+        ++at;
+    }
+    if (at + 1 < argc && !std::strcmp(argv[at], "-e")) {
+        arguments.text = argv[at + 1];
+        at += 2;
+    } else if (at < argc && (argv[at][0] != '-' || !argv[at][1])) {
+        arguments.file = argv[at++];
+    } else {
+        return false;
+    }
+    arguments.count = argc - at;
+    arguments.rest = argv + at;
+    return true;
+}
+
+bool readSource(const Arguments& arguments, QString& source)
+{
+    if (arguments.text) {
+        source = QString::fromUtf8(arguments.text);
+        return true;
+    }
+    QFile file;
+    bool open = std::strcmp(arguments.file, "-") == 0
+        ? file.open(stdin, QIODevice::ReadOnly)
+        : (file.setFileName(QFile::decodeName(arguments.file)), file.open(QIODevice::ReadOnly));
+    if (!open)
+        return false;
+    source = QString::fromUtf8(file.read(ESLimits::StringLength + 1));
+    return true;
+}
+
+void printWarnings(ESContext& context)
+{
+    for (const ESWarning& warning : context.takeWarnings())
+        std::fprintf(stderr, "warning: %s:%d: %s\n", qPrintable(warning.file), warning.line,
+                     qPrintable(warning.text));
+}
+
+int fail(const QString& text)
+{
+    std::fflush(stdout);
+    std::fprintf(stderr, "error: %s\n", text.toUtf8().constData());
+    return 1;
+}
+
+int run(const Arguments& arguments)
+{
+    QString source;
+    if (!readSource(arguments, source))
+        return fail(QStringLiteral("cannot open script file \"%1\"").arg(QFile::decodeName(arguments.file)));
+
+    BuiltinScript script;
+    InterruptibleContext context;
+    ESContext::mkexec(nullptr, &context);
+    script.install(&context, arguments.count, arguments.rest);
+    std::signal(SIGINT, onInterrupt);
+
+    QString name = arguments.text ? QStringLiteral("-e") : QFile::decodeName(arguments.file);
+    int status = 0;
+    try {
+        ESCompletion completion = context.eval(source, name);
+        printWarnings(context);
+        if (context.stopped()) {
+            std::fflush(stdout);
+            std::fputs("interrupted\n", stderr);
+            return 130;
+        }
+        if (completion.type != ESCompletion::Normal)
+            return fail(completion.text);
+        if (arguments.print) {
+            QByteArray text = context.toString(completion.value, 10).toUtf8() + '\n';
+            std::fwrite(text.constData(), 1, size_t(text.size()), stdout);
+        }
+    } catch (const ESException& exception) {
+        // Of the conversion for -p.
+        ESValue value = exception.value();
+        bool error = context.iserrorobj(value);
+        status = fail(error ? context.toString(context.get(value.object(), g_messageString)) : QStringLiteral("?"));
+    } catch (const ESFatalError& failure) {
+        printWarnings(context);
+        status = fail(failure.text());
+    } catch (const HException& failure) {
+        printWarnings(context);
+        status = fail(failure.text());
+    }
+    return status;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    // Output to a closed pipe ends the program without a word.
+    std::signal(SIGPIPE, SIG_DFL);
+    Arguments arguments;
+    if (!parseArguments(argc, argv, arguments)) {
+        std::fputs("usage: esrun [-p] FILE.js [ARGS...]\n       esrun [-p] -e TEXT [ARGS...]\n", stderr);
+        return 1;
+    }
+    int status = run(arguments);
+    if (std::fflush(stdout) != 0 && status == 0)
+        status = 1;
+    return status;
+}
