@@ -2,8 +2,9 @@
 // one row for each of its functions:
 //
 //     ESObject* object = context->mkobj(context->objectPrototype(), context->objectClass());
-//     context->valinstant(context->globalObject(), ESProperty::DontEnum, ESStringPool::intern("Lamp"), object);
-//     biinst(context, object, {"on", "Lamp.prototype.on", 1, false, 0}, context->functionPrototype(), this);
+//     context->valinstant(context->globalObject(), ESProperty::DontEnum, ESStringPool::intern("Lamp"),
+//     object); biinst(context, object, {"on", "Lamp.prototype.on", 1, false, 0},
+//     context->functionPrototype(), this);
 //
 // and gets its calls in `call` of the ESClass given last, with the row's id in function->builtinId.
 #pragma once

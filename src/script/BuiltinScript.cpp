@@ -15,8 +15,10 @@ void BuiltinScript::install(ESContext* context, int argc, char** argv)
 {
     ESObject* script = context->mkobj(context->objectPrototype(), context->objectClass());
     for (const char* name : {"Script", "WScript"})
-        context->valinstant(context->globalObject(), ESProperty::DontEnum, ESStringPool::intern(name), script);
-    biinst(context, script, {"Echo", "Script.prototype.Echo", 0, false, Echo}, context->functionPrototype(), this);
+        context->valinstant(context->globalObject(), ESProperty::DontEnum, ESStringPool::intern(name),
+                            script);
+    biinst(context, script, {"Echo", "Script.prototype.Echo", 0, false, Echo}, context->functionPrototype(),
+           this);
 
     std::vector<ESValue> values;
     for (int i = 0; i < argc; ++i)

@@ -152,8 +152,8 @@ void ESContext::putElement(ESObject* array, ESString* name, const ESValue& value
     ESProperty* data = array->properties.data();
     uint32_t index = uint32_t(name->arrayIndex());
     // Nothing can be at or beyond the bound, so there is no need to look for it.
-    bool fresh = index >= array->indexBound && !array->call && array->properties.count() && data[0].name == g_lengthString
-        && !(data[0].attributes & ESProperty::ReadOnly);
+    bool fresh = index >= array->indexBound && !array->call && array->properties.count() &&
+                 data[0].name == g_lengthString && !(data[0].attributes & ESProperty::ReadOnly);
     if (!fresh) {
         array->cls->put(this, array, name, value);
         return;

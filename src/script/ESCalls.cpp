@@ -143,13 +143,30 @@ void ESContext::call(ESObject* function, ESObject* self, int argc)
 
 void ESContext::call(ESObject* function, ESObject* self, int argc, const ESValue* argv, ESValue* result)
 {
+    if (!m_evalDepth && !m_frameCount)
+        m_stopped = false;
     checkSpace(argc + 1);
-    ESValue saved = *m_sp++ = m_A;
-    m_sp = std::copy_n(argv, argc, m_sp);
-    call(function, self, argc);
+    ESValue* const sp = m_sp;
+    const ESValue saved = m_A;
+    ESObject* const scope = m_scope;
+    ESObject* const running = m_self;
+    const int frames = m_frameCount;
+    try {
+        *m_sp++ = saved;
+        m_sp = std::copy_n(argv, argc, m_sp);
+        call(function, self, argc);
+    } catch (...) {
+        // The caller may be a host that goes on.
+        m_sp = sp;
+        m_A = saved;
+        m_scope = scope;
+        m_self = running;
+        m_frameCount = frames;
+        throw;
+    }
     *result = m_A;
     m_A = saved;
-    --m_sp;
+    m_sp = sp;
 }
 
 // The object that a script constructor is called on: of the kind that its `prototype` says, with room
@@ -157,7 +174,8 @@ void ESContext::call(ESObject* function, ESObject* self, int argc, const ESValue
 ESObject* ESContext::newInstance(ESObject* function)
 {
     ESValue prototype = get(function, g_prototypeString);
-    ESObject* object = mkobj(prototype.isObject() ? prototype.object() : m_objectPrototype, m_objectClass.get());
+    ESObject* object =
+        mkobj(prototype.isObject() ? prototype.object() : m_objectPrototype, m_objectClass.get());
     if (function->construct->code)
         object->properties.reserve(function->construct->code->constructedProperties);
     return object;
@@ -178,8 +196,8 @@ ESObject* ESContext::construct(ESObject* function, int argc, const ESValue* argv
             return made;
     }
     if (!function->construct)
-        throwError((function->value.isString() ? toString(function->value) : QString())
-                   + QStringLiteral(" failed to generate an object"));
+        throwError((function->value.isString() ? toString(function->value) : QString()) +
+                   QStringLiteral(" failed to generate an object"));
     ESObject* object = newInstance(function);
     ESValue result;
     call(function, object, argc, argv, &result);

@@ -38,7 +38,10 @@ public:
     int operandFor(int index);
     int indexOf(int operand) const;
 
-    uint16_t operandAt(int offset) const { return uint16_t(code[size_t(offset)] << 8 | code[size_t(offset) + 1]); }
+    uint16_t operandAt(int offset) const
+    {
+        return uint16_t(code[size_t(offset)] << 8 | code[size_t(offset) + 1]);
+    }
     // Appends one byte, growing the buffers to 200 bytes first and doubling them from there.
     void emit(uint8_t byte, int line);
     void emitOperand(int operand, int line);

@@ -172,7 +172,10 @@ public:
     uint32_t toUint32(const ESValue& value) { return toUint32(ToNumber(value)); }
     uint16_t toUint16(const ESValue& value) { return uint16_t(toUint32(value)); }
     double toInteger(const ESValue& value);
-    ESObject* ToObject(const ESValue& value) { return value.isObject() ? value.object() : convertToObject(value); }
+    ESObject* ToObject(const ESValue& value)
+    {
+        return value.isObject() ? value.object() : convertToObject(value);
+    }
     void hardToObject(ESValue& value) { value = ESValue(convertToObject(value)); }
     void hardToPrimitive(ESValue& value, int hint);
     void defaultValue(ESObject* object, int hint, ESValue* result);
@@ -228,6 +231,8 @@ public:
     // All functions ever compiled, for the whole process; CLOSURE carries the index.
     static int registerFunctionCode(std::unique_ptr<ESCode> code);
     static ESCode* functionCode(int index);
+    // Frees it, for a process that goes through many contexts. No context may be alive.
+    static void forgetFunctionCode();
 
 private:
     friend class ESNativeClasses;

@@ -282,8 +282,8 @@ void ESGenerator::forStatement(ESNode* node)
         genexpr(node->kids[2], false);
     patchHere(test);
     m_line = node->line;
-    int back = node->kids[1] ? gencond(node->kids[1], true, ESNode::EmptyChain)
-                             : plant(VM_J, ESNode::EmptyChain);
+    int back =
+        node->kids[1] ? gencond(node->kids[1], true, ESNode::EmptyChain) : plant(VM_J, ESNode::EmptyChain);
     patch(back, body);
     patchHere(node->breakChain);
 }

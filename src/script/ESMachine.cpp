@@ -1,10 +1,12 @@
 // The instruction loop. It runs the steps of ESThread; A, the stack pointer and the step pointer live in
-// local variables, and are written back before anything that can call, throw or read the line.
+// local variables, and are written back before anything that can call, throw or read the line. What is
+// passed on by reference is a copy, ESValue(A), so that A itself can stay in registers.
 #include "script/ESCode.h"
 #include "script/ESContext.h"
 #include "script/ESFrame.h"
 #include "script/ESThread.h"
 
+#include <cassert>
 #include <cmath>
 #include <typeinfo>
 
@@ -28,7 +30,7 @@ inline bool truth(const ESValue& value)
 {
     if (value.isBoolean())
         return value.bits();
-    return value.isObject() || ESContext::toBoolean(value);
+    return value.isObject() || ESContext::toBoolean(ESValue(value));
 }
 
 // The number as a key below the table of number strings, or -1.
@@ -71,8 +73,9 @@ bool ESContext::strict() const
     return m_ask == Ask::EachInstruction && typeid(*this) != typeid(ESContext);
 }
 
-void ESContext::estmt(ESCode*)
+void ESContext::estmt(ESCode* code)
 {
+    assert(m_frameCount > 0 && m_frames[size_t(m_frameCount - 1)].code == code);
     m_A = strict() ? run<true>() : run<false>();
 }
 
@@ -122,7 +125,7 @@ template <bool Strict> ESValue ESContext::run()
 #define REGISTER(n) registers[n]
 #define GLOBAL(n) m_global->properties.data()[n]
 #define ACTIVATION(n) m_scope->value.object()->properties.data()[n]
-#define CALL(fn_, self_, count_)                                                                           \
+#define CALL(fn_, self_, count_)                                                                             \
     do {                                                                                                     \
         callee = (fn_);                                                                                      \
         self = (self_);                                                                                      \
@@ -138,22 +141,32 @@ template <bool Strict> ESValue ESContext::run()
             var = object_.object();                                                                          \
         } else {                                                                                             \
             SAVE();                                                                                          \
-            var = ToObject(object_);                                                                         \
+            var = ToObject(ESValue(object_));                                                                \
         }                                                                                                    \
     } while (0)
 
     DISPATCH();
 
-[[maybe_unused]] question : SAVE();
+    [[maybe_unused]] question : SAVE();
     if (!askToGoOn())
         goto stop;
     DISPATCH();
 
-do_CONST: PUSH((ESValue{ip->b, ip->u.bits})); NEXT();
-do_THIS: PUSH(ESValue(m_self)); NEXT();
-do_DROP: POP(); NEXT();
-do_DUP: *sp++ = A; NEXT();
-do_VOID: A = g_undefined; NEXT();
+do_CONST:
+    PUSH((ESValue{ip->b, ip->u.bits}));
+    NEXT();
+do_THIS:
+    PUSH(ESValue(m_self));
+    NEXT();
+do_DROP:
+    POP();
+    NEXT();
+do_DUP:
+    *sp++ = A;
+    NEXT();
+do_VOID:
+    A = g_undefined;
+    NEXT();
 
 do_TYPEOF:
     switch (A.type()) {
@@ -170,16 +183,18 @@ do_NEWOBJ:
     PUSH(ESValue(mkplain()));
     A.object()->properties.reserve(uint32_t(ip->a));
     NEXT();
-do_CLOSURE: PUSH(ESValue(mkfunction(ip->u.code, m_scope))); NEXT();
+do_CLOSURE:
+    PUSH(ESValue(mkfunction(ip->u.code, m_scope)));
+    NEXT();
 
-do_INITF: {
+do_INITF : {
     ESObject* object = (--sp)->object();
-    object->define(ip->u.name, 0, A);
+    object->define(ip->u.name, 0, ESValue(A));
     A = ESValue(object);
     NEXT();
 }
 
-do_MKARRAY: {
+do_MKARRAY : {
     *sp++ = A;
     sp -= ip->a;
     ESObject* array = newArray(ip->a, sp);
@@ -187,14 +202,14 @@ do_MKARRAY: {
     NEXT();
 }
 
-do_ENUM: {
+do_ENUM : {
     OBJECT(object, A);
     SAVE();
     A = ESValue(enumerate(object));
     NEXT();
 }
 
-do_NEXT: {
+do_NEXT : {
     if (!A.isObject())
         throw ESFatalError("tos isn't a property object");
     // The object is one that ENUM made: `index` and `length` come first, then the names.
@@ -209,7 +224,7 @@ do_NEXT: {
     NEXT();
 }
 
-do_WITH: {
+do_WITH : {
     OBJECT(object, A);
     ESObject* cell = mkobj();
     cell->prototype = m_scope;
@@ -218,24 +233,54 @@ do_WITH: {
     POP();
     NEXT();
 }
-do_ENDWITH: m_scope = m_scope->prototype; NEXT();
+do_ENDWITH:
+    m_scope = m_scope->prototype;
+    NEXT();
 
     // Variables.
 
-do_GETR: PUSH(REGISTER(ip->a)); NEXT();
-do_GETG: PUSH(GLOBAL(ip->a).value()); NEXT();
-do_GETAM: PUSH(ACTIVATION(ip->a).value()); NEXT();
-do_GETLM: PUSH(ACTIVATION(ip->a + frame->argc).value()); NEXT();
-do_PUTR: REGISTER(ip->a) = A; POP(); NEXT();
-do_PUTG: GLOBAL(ip->a).setValue(A); POP(); NEXT();
-do_PUTAM: ACTIVATION(ip->a).setValue(A); POP(); NEXT();
-do_PUTLM: ACTIVATION(ip->a + frame->argc).setValue(A); POP(); NEXT();
-do_STORER: REGISTER(ip->a) = A; NEXT();
-do_STOREG: GLOBAL(ip->a).setValue(A); NEXT();
-do_MOVE: REGISTER(ip->a) = REGISTER(ip->c); NEXT();
-do_SETR: REGISTER(ip->a) = ESValue{ip->b, ip->u.bits}; NEXT();
+do_GETR:
+    PUSH(REGISTER(ip->a));
+    NEXT();
+do_GETG:
+    PUSH(GLOBAL(ip->a).value());
+    NEXT();
+do_GETAM:
+    PUSH(ACTIVATION(ip->a).value());
+    NEXT();
+do_GETLM:
+    PUSH(ACTIVATION(ip->a + frame->argc).value());
+    NEXT();
+do_PUTR:
+    REGISTER(ip->a) = A;
+    POP();
+    NEXT();
+do_PUTG:
+    GLOBAL(ip->a).setValue(A);
+    POP();
+    NEXT();
+do_PUTAM:
+    ACTIVATION(ip->a).setValue(A);
+    POP();
+    NEXT();
+do_PUTLM:
+    ACTIVATION(ip->a + frame->argc).setValue(A);
+    POP();
+    NEXT();
+do_STORER:
+    REGISTER(ip->a) = A;
+    NEXT();
+do_STOREG:
+    GLOBAL(ip->a).setValue(A);
+    NEXT();
+do_MOVE:
+    REGISTER(ip->a) = REGISTER(ip->c);
+    NEXT();
+do_SETR:
+    REGISTER(ip->a) = ESValue{ip->b, ip->u.bits};
+    NEXT();
 
-do_GETW: {
+do_GETW : {
     *sp++ = A;
     for (ESObject* cell = m_scope; cell; cell = cell->prototype) {
         ESObject* object = cell->value.object();
@@ -247,11 +292,13 @@ do_GETW: {
         }
     }
     SAVE();
-    dynamicGet(ip->u.name, A);
+    ESValue value;
+    dynamicGet(ip->u.name, value);
+    A = value;
     NEXT();
 }
 
-do_PUTW: {
+do_PUTW : {
     for (ESObject* cell = m_scope; cell; cell = cell->prototype) {
         ESObject* object = cell->value.object();
         if (object->prototype || object->cls->access() != ESClass::Access::Plain)
@@ -264,291 +311,16 @@ do_PUTW: {
         }
     }
     SAVE();
-    dynamicPut(ip->u.name, A);
+    dynamicPut(ip->u.name, ESValue(A));
     POP();
     NEXT();
 }
 
-    // Members.
-
-#define GET_NAMED(from_)                                                                                     \
-    do {                                                                                                     \
-        ESValue holder_ = (from_);                                                                           \
-        if (holder_.isObject() && holder_.object()->cls->access() != ESClass::Access::Own) [[likely]] {      \
-            ESObject* o_ = holder_.object();                                                                 \
-            ESProperty* found_;                                                                              \
-            do                                                                                               \
-                found_ = findCached(o_, ip->u.name, ip->cache);                                              \
-            while (!found_ && (o_ = o_->prototype));                                                         \
-            A = found_ ? found_->value() : g_undefined;                                                      \
-        } else {                                                                                             \
-            SAVE();                                                                                          \
-            A = memberOf(holder_, ip->u.name);                                                               \
-        }                                                                                                    \
-    } while (0)
-
-do_GETF: GET_NAMED(A); NEXT();
-do_GETF_R: *sp++ = A; GET_NAMED(REGISTER(ip->c)); NEXT();
-do_GETF_T: *sp++ = A; GET_NAMED(ESValue(m_self)); NEXT();
-
-#define PUT_NAMED(into_, what_)                                                                              \
-    do {                                                                                                     \
-        ESObject* o_ = (into_);                                                                              \
-        ESValue v_ = (what_);                                                                                \
-        if (o_->cls->access() == ESClass::Access::Plain) [[likely]] {                                        \
-            if (ESProperty* found_ = findCached(o_, ip->u.name, ip->cache)) {                                \
-                if (!(found_->attributes & ESProperty::ReadOnly))                                            \
-                    found_->setValue(v_);                                                                    \
-            } else {                                                                                         \
-                ip->cache = o_->append(ip->u.name, 0, v_);                                                   \
-            }                                                                                                \
-        } else {                                                                                             \
-            SAVE();                                                                                          \
-            o_->cls->put(this, o_, ip->u.name, v_);                                                          \
-        }                                                                                                    \
-    } while (0)
-
-do_PUTF: {
-    OBJECT(object, A);
-    PUT_NAMED(object, sp[-1]);
-    sp -= 2;
-    A = *sp;
-    NEXT();
-}
-do_PUTF_R: {
-    OBJECT(object, REGISTER(ip->c));
-    PUT_NAMED(object, A);
-    POP();
-    NEXT();
-}
-do_PUTF_T:
-    PUT_NAMED(m_self, A);
-    POP();
-    NEXT();
-
-#define GET_ELEMENT(from_, at_)                                                                             \
-    do {                                                                                                     \
-        ESValue h_ = (from_);                                                                               \
-        ESValue k_ = (at_);                                                                                  \
-        int index_ = smallKey(k_);                                                                           \
-        if (index_ >= 0 && h_.isObject() && h_.object()->cls->access() != ESClass::Access::Own) {            \
-            ESString* name_ = ESStringPool::number(unsigned(index_));                                        \
-            ESObject* o_ = h_.object();                                                                      \
-            ESProperty* found_ = elementSlot(o_, name_, index_);                                             \
-            A = found_ ? found_->value() : o_->prototype ? plainGet(o_->prototype, name_) : g_undefined;     \
-        } else {                                                                                             \
-            SAVE();                                                                                          \
-            A = getByKey(h_, k_);                                                                            \
-        }                                                                                                    \
-    } while (0)
-
-do_GETX: {
-    ESValue holder = *--sp;
-    GET_ELEMENT(holder, A);
-    NEXT();
-}
-do_GETX_R: {
-    ESValue holder = A;
-    GET_ELEMENT(holder, REGISTER(ip->c));
-    NEXT();
-}
-do_GETX_RR: *sp++ = A; GET_ELEMENT(REGISTER(ip->a), REGISTER(ip->c)); NEXT();
-
-#define PUT_ELEMENT(into_, at_, what_)                                                                       \
-    do {                                                                                                     \
-        ESValue h_ = (into_);                                                                               \
-        ESValue k_ = (at_);                                                                                  \
-        ESValue v_ = (what_);                                                                                \
-        int index_ = smallKey(k_);                                                                           \
-        if (index_ >= 0 && h_.isObject() && h_.object()->cls->access() == ESClass::Access::Array) {          \
-            ESObject* o_ = h_.object();                                                                      \
-            ESString* name_ = ESStringPool::number(unsigned(index_));                                        \
-            uint32_t guess_ = uint32_t(index_) + 1;                                                          \
-            ESProperty* data_ = o_->properties.data();                                                       \
-            if (guess_ < o_->properties.count() && data_[guess_].name == name_                               \
-                && data_[0].name == g_lengthString && !(data_[guess_].attributes & ESProperty::ReadOnly))    \
-                data_[guess_].setValue(v_);                                                                  \
-            else                                                                                             \
-                putElement(o_, name_, v_);                                                                   \
-        } else {                                                                                             \
-            SAVE();                                                                                          \
-            putByKey(h_, k_, v_);                                                                            \
-        }                                                                                                    \
-    } while (0)
-
-do_PUTX:
-    PUT_ELEMENT(sp[-1], A, sp[-2]);
-    sp -= 3;
-    A = *sp;
-    NEXT();
-do_PUTX_RR: PUT_ELEMENT(REGISTER(ip->a), REGISTER(ip->c), A); POP(); NEXT();
-
-do_MEMBEROP: {
-    ESValue holder = *--sp;
-    ESValue right = *--sp;
-    OBJECT(object, holder);
-    SAVE();
-    ESString* name = toEString(A);
-    A = binary(ip->a, get(object, name), right);
-    put(object, name, A);
-    NEXT();
-}
-
-do_STEPX:
-    SAVE();
-    --sp;
-    A = incrementMember(*sp, A, ip->c, ip->b);
-    NEXT();
-do_STEPW:
-    SAVE();
-    A = incrementDynamic(A.string(), ip->c, ip->b);
-    NEXT();
-
-#define STEP_SLOT(slot)                                                                                      \
-    do {                                                                                                     \
-        ESValue old_ = (slot).value();                                                                       \
-        if (!old_.isNumber()) [[unlikely]] {                                                                 \
-            SAVE();                                                                                          \
-            hardToNumber(old_);                                                                              \
-        }                                                                                                    \
-        (slot).setValue(ESValue(old_.number() + ip->c));                                                     \
-    } while (0)
-
-do_STEP:
-    SAVE();
-    A = ESValue(ToNumber(A) + ip->c);
-    NEXT();
-do_STEPR:
-    if (!REGISTER(ip->a).isNumber()) [[unlikely]] {
-        SAVE();
-        hardToNumber(REGISTER(ip->a));
-    }
-    REGISTER(ip->a) = ESValue(REGISTER(ip->a).number() + ip->c);
-    NEXT();
-do_STEPG: STEP_SLOT(GLOBAL(ip->a)); NEXT();
-do_STEPAM: STEP_SLOT(ACTIVATION(ip->a)); NEXT();
-do_STEPLM: STEP_SLOT(ACTIVATION(ip->a + frame->argc)); NEXT();
-
-do_DELETEW: *sp++ = A; A = ESValue::boolean(dynamicDelete(ip->u.name)); NEXT();
-do_DELETEX: {
-    ESValue holder = *--sp;
-    OBJECT(object, holder);
-    SAVE();
-    A = ESValue::boolean(deleteProperty(object, toEString(A)));
-    NEXT();
-}
+#include "script/ESMembers.inc"
 
 #include "script/ESArithmetic.inc"
 
-    // Calls.
-
-do_CALLW: {
-    *sp++ = A;
-    SAVE();
-    ESValue value;
-    ESObject* holder = dynamicGet(ip->u.name, value);
-    CALL(value, holder, ip->b);
-}
-do_CALLG: *sp++ = A; CALL(GLOBAL(ip->a).value(), m_global, ip->b);
-do_CALLR: *sp++ = A; CALL(REGISTER(ip->a), m_global, ip->b);
-do_CALLAM: *sp++ = A; CALL(ACTIVATION(ip->a).value(), m_global, ip->b);
-do_CALLLM: *sp++ = A; CALL(ACTIVATION(ip->a + frame->argc).value(), m_global, ip->b);
-
-do_CALLF_R: *sp++ = A; A = REGISTER(ip->c); goto do_CALLF;
-do_CALLF_T: *sp++ = A; A = ESValue(m_self); goto do_CALLF;
-do_CALLF: {
-    ESValue holder = A;
-    GET_NAMED(holder);
-    if (holder.isObject()) [[likely]]
-        CALL(A, holder.object(), ip->b);
-    SAVE();
-    CALL(A, receiver(holder, A.isObject() ? A.object() : nullptr), ip->b);
-}
-do_CALLX: {
-    ESValue holder = *--sp;
-    GET_ELEMENT(holder, A);
-    SAVE();
-    CALL(A, receiver(holder, A.isObject() ? A.object() : nullptr), ip->a);
-}
-
-do_NEW: {
-    SAVE();
-    if (!A.isObject() || !A.object()->construct)
-        throwTypeError(QStringLiteral("new must be given a constructor object"));
-    ESObject* function = A.object();
-    if (function->builtinId >= 0) {
-        ESValue* argv = sp - ip->a;
-        A = ESValue(construct(function, ip->a, argv));
-        sp = argv;
-        if (!Strict && m_stopped) [[unlikely]]
-            goto stop;
-        NEXT();
-    }
-    made = newInstance(function);
-    CALL(A, made, ip->a);
-}
-
-call : {
-    if (!callee.isObject() || !callee.object()->call) [[unlikely]] {
-        SAVE();
-        throwTypeError(QStringLiteral("not a function object"));
-    }
-    ESObject* function = callee.object();
-    ESClosure* closure = function->call;
-    if (argc < closure->formalCount) {
-        SAVE();
-        checkSpace(closure->formalCount - argc);
-        for (; argc < closure->formalCount; ++argc)
-            *sp++ = g_undefined;
-    }
-    SAVE();
-    if (function->builtinId >= 0) {
-        ESValue* argv = sp - argc;
-        if (!argc)
-            *sp = g_undefined;
-        function->cls->call(this, function, self, argc, argv);
-        A = *argv;
-        sp = argv;
-        if (!Strict && m_stopped) [[unlikely]]
-            goto stop;
-        NEXT();
-    }
-    m_A = A;
-    enter(function, closure->code, closure->scope, self, argc, false, made);
-    made = nullptr;
-    frame = &m_frames[size_t(m_frameCount - 1)];
-    A = m_A;
-    sp = m_sp;
-    ip = frame->ip;
-    registers = frame->registers;
-    if constexpr (!Strict)
-        if (--m_budget < 0) [[unlikely]]
-            goto question;
-    DISPATCH();
-}
-
-do_RET_R: A = REGISTER(ip->a); goto leave;
-do_RETU: A = g_undefined; goto leave;
-do_RET: goto leave;
-
-leave:
-    sp = frame->base;
-    m_scope = frame->callerScope;
-    m_self = frame->callerSelf;
-    if (frame->made) {
-        frame->code->constructedProperties = frame->made->properties.count();
-        if (!A.isObject())
-            A = ESValue(frame->made);
-    }
-    --m_frameCount;
-    if (frame->entry) {
-        m_sp = sp;
-        return A;
-    }
-    frame = &m_frames[size_t(m_frameCount - 1)];
-    ip = frame->ip;
-    registers = frame->registers;
-    NEXT();
+#include "script/ESInvocations.inc"
 
 stop:
     return abandon(entry);

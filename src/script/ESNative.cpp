@@ -18,6 +18,7 @@ ESObject* ESNative::construct(ESContext* context, ESObject*, int, ESValue*)
 ESObject* ESNative::installConstructor(ESContext* context, const Builtin& row, ESObject* prototype)
 {
     ESObject* function = mkbiobj(context, row, prototype, this);
-    context->fvarinstant(context->globalObject(), ESProperty::DontEnum, ESStringPool::intern(row.name), function);
+    context->fvarinstant(context->globalObject(), ESProperty::DontEnum, ESStringPool::intern(row.name),
+                         function);
     return function;
 }

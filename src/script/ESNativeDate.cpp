@@ -10,15 +10,40 @@ constexpr double LastTime = 8.64e15;
 
 enum {
     Constructor,
-    ToString, ToLocaleString, ToUTCString, ToDateString, ToLocaleDateString, ToTimeString, ToLocaleTimeString,
-    ValueOf, GetTime, GetFullYear, GetMonth, GetDate, GetDay, GetHours, GetMinutes, GetSeconds,
-    GetMilliseconds, GetTimezoneOffset,
-    SetTime, SetMilliseconds, SetSeconds, SetMinutes, SetHours, SetDate, SetMonth, SetFullYear,
+    ToString,
+    ToLocaleString,
+    ToUTCString,
+    ToDateString,
+    ToLocaleDateString,
+    ToTimeString,
+    ToLocaleTimeString,
+    ValueOf,
+    GetTime,
+    GetFullYear,
+    GetMonth,
+    GetDate,
+    GetDay,
+    GetHours,
+    GetMinutes,
+    GetSeconds,
+    GetMilliseconds,
+    GetTimezoneOffset,
+    SetTime,
+    SetMilliseconds,
+    SetSeconds,
+    SetMinutes,
+    SetHours,
+    SetDate,
+    SetMonth,
+    SetFullYear,
 };
 
 constexpr Builtin constructorRow = {"Date", "Date", 1, true, Constructor};
 
-#define ES_DATE(name, count, id) {name, "Date.prototype." name, count, false, id}
+#define ES_DATE(name, count, id)                                                                             \
+    {                                                                                                        \
+        name, "Date.prototype." name, count, false, id                                                       \
+    }
 constexpr Builtin members[] = {
     ES_DATE("toString", 0, ToString),
     ES_DATE("toLocaleString", 0, ToLocaleString),
@@ -73,7 +98,8 @@ double now()
 double parse(const QString& text)
 {
     QDateTime date = QDateTime::fromString(text.trimmed(), Qt::ISODateWithMs);
-    return date.isValid() ? ESNativeDate::esdate(QAzDateTime(QDateTime(date.date(), date.time(), Qt::UTC))) : NaN;
+    return date.isValid() ? ESNativeDate::esdate(QAzDateTime(QDateTime(date.date(), date.time(), Qt::UTC)))
+                          : NaN;
 }
 
 double fromFields(ESContext* context, int argc, const ESValue* argv)
@@ -260,7 +286,9 @@ double ESNativeDate::changed(ESContext* context, int id, double time, int argc, 
     if (!std::isfinite(time) || std::fabs(time) > LastTime)
         return NaN;
     // The field that a setter begins with has to be there; the ones behind it may be.
-    auto pick = [&](int index, double current) { return index == 0 || index < count ? given[index] : current; };
+    auto pick = [&](int index, double current) {
+        return index == 0 || index < count ? given[index] : current;
+    };
 
     double day = Day(time);
     double clock = TimeWithinDay(time);

@@ -7,7 +7,24 @@
 namespace {
 
 enum {
-    Abs = 1, Acos, Asin, Atan, Cos, Exp, Log, Sin, Tan, Ceil, Floor, Atan2, Pow, Sqrt, Max, Min, Round, Random
+    Abs = 1,
+    Acos,
+    Asin,
+    Atan,
+    Cos,
+    Exp,
+    Log,
+    Sin,
+    Tan,
+    Ceil,
+    Floor,
+    Atan2,
+    Pow,
+    Sqrt,
+    Max,
+    Min,
+    Round,
+    Random
 };
 
 constexpr Builtin members[] = {
@@ -74,10 +91,9 @@ void ESNativeMath::install(ESContext* context)
         const char* name;
         double value;
     } constants[] = {
-        {"E", std::numbers::e},          {"LN10", std::log(10.0)},
-        {"LN2", std::log(2.0)},          {"LOG2E", 1 / std::log(2.0)},
-        {"LOG10E", 1 / std::log(10.0)},  {"PI", std::numbers::pi},
-        {"SQRT1_2", std::sqrt(0.5)},     {"SQRT2", std::numbers::sqrt2},
+        {"E", std::numbers::e},       {"LN10", std::log(10.0)},       {"LN2", std::log(2.0)},
+        {"LOG2E", 1 / std::log(2.0)}, {"LOG10E", 1 / std::log(10.0)}, {"PI", std::numbers::pi},
+        {"SQRT1_2", std::sqrt(0.5)},  {"SQRT2", std::numbers::sqrt2},
     };
     for (const auto& constant : constants)
         context->valinstant(math, ESProperty::ReadOnly | ESProperty::DontEnum | ESProperty::DontDelete,

@@ -51,7 +51,8 @@ QString ESNativeNumber::toFixed(ESContext* context, const ESValue& number, const
     double value = context->ToNumber(number);
     if (std::isnan(value))
         value = std::fabs(value);
-    auto result = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed, int(precision));
+    auto result =
+        std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed, int(precision));
     return QString::fromLatin1(buffer, qsizetype(result.ptr - buffer));
 }
 

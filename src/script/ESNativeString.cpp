@@ -6,9 +6,26 @@
 namespace {
 
 enum {
-    Constructor, FromCharCode, ToString, ValueOf, CharAt, CharCodeAt, Concat, IndexOf, LastIndexOf,
-    LocaleCompare, Match, Replace, Search, Slice, Split, Substring, ToLowerCase, ToLocaleLowerCase,
-    ToUpperCase, ToLocaleUpperCase
+    Constructor,
+    FromCharCode,
+    ToString,
+    ValueOf,
+    CharAt,
+    CharCodeAt,
+    Concat,
+    IndexOf,
+    LastIndexOf,
+    LocaleCompare,
+    Match,
+    Replace,
+    Search,
+    Slice,
+    Split,
+    Substring,
+    ToLowerCase,
+    ToLocaleLowerCase,
+    ToUpperCase,
+    ToLocaleUpperCase
 };
 
 constexpr Builtin constructorRow = {"String", "String", 1, true, Constructor};
@@ -141,7 +158,8 @@ ESValue ESNativeString::split(ESContext* context, const QString& text, const ESV
             add(QStringView(text).mid(i, 1));
     } else {
         qsizetype start = 0;
-        for (qsizetype at; count < most && (at = text.indexOf(wanted, start)) >= 0; start = at + wanted.size())
+        for (qsizetype at; count < most && (at = text.indexOf(wanted, start)) >= 0;
+             start = at + wanted.size())
             add(QStringView(text).mid(start, at - start));
         add(QStringView(text).mid(start));
     }
@@ -159,9 +177,9 @@ void ESNativeString::call(ESContext* context, ESObject* function, ESObject* self
     case ToString:
     case ValueOf:
         if (self->cls != this)
-            context->throwTypeError(QStringLiteral("String.prototype.%1 called on non-String object")
-                                        .arg(id == ToString ? QStringLiteral("toString")
-                                                            : QStringLiteral("valueOf")));
+            context->throwTypeError(
+                QStringLiteral("String.prototype.%1 called on non-String object")
+                    .arg(id == ToString ? QStringLiteral("toString") : QStringLiteral("valueOf")));
         argv[0] = self->value;
         return;
     default: break;
@@ -171,22 +189,19 @@ void ESNativeString::call(ESContext* context, ESObject* function, ESObject* self
 
     // The receiver may be one that serves all primitive strings, so its text is taken at once.
     ESString* subject = self->cls == this ? self->value.string() : context->toEString(ESValue(self));
-    const QString& text = subject->text();
     const int length = subject->length();
-    switch (id) {
-    case CharAt: {
+    if (id == CharAt || id == CharCodeAt) {
         double at = context->toInteger(first);
         at = std::isnan(at) ? 0 : at;
         bool inside = at >= 0 && at < length;
-        argv[0] = ESValue(inside ? ESStringPool::character(text[int(at)].unicode()) : g_emptyString);
+        if (id == CharAt)
+            argv[0] = ESValue(inside ? ESStringPool::character(subject->unit(int(at))) : g_emptyString);
+        else
+            argv[0] = ESValue(inside ? double(subject->unit(int(at))) : NaN);
         return;
     }
-    case CharCodeAt: {
-        double at = context->toInteger(first);
-        at = std::isnan(at) ? 0 : at;
-        argv[0] = ESValue(at >= 0 && at < length ? double(text[int(at)].unicode()) : NaN);
-        return;
-    }
+    const QString text = subject->text();
+    switch (id) {
     case Concat: {
         for (int i = 0; i < argc; ++i)
             subject = ESStringPool::concat(subject, context->toEString(argv[i]));
@@ -196,7 +211,9 @@ void ESNativeString::call(ESContext* context, ESObject* function, ESObject* self
     case IndexOf: {
         QString wanted = context->toString(first);
         int from = std::max(0, position(context, second, 0));
-        argv[0] = ESValue(from <= length ? double(text.indexOf(wanted, from)) : wanted.isEmpty() ? length : -1.0);
+        argv[0] = ESValue(from <= length     ? double(text.indexOf(wanted, from))
+                          : wanted.isEmpty() ? length
+                                             : -1.0);
         return;
     }
     case LastIndexOf: {
@@ -211,7 +228,9 @@ void ESNativeString::call(ESContext* context, ESObject* function, ESObject* self
     case Replace: argv[0] = replace(context, text, first, second); return;
     case Search: argv[0] = ESValue(double(text.indexOf(context->toString(first)))); return;
     case Slice: {
-        auto fromEnd = [length](int at) { return int(std::clamp(at < 0 ? int64_t(at) + length : at, int64_t(0), int64_t(length))); };
+        auto fromEnd = [length](int at) {
+            return int(std::clamp(at < 0 ? int64_t(at) + length : at, int64_t(0), int64_t(length)));
+        };
         int start = fromEnd(position(context, first, 0));
         int end = fromEnd(position(context, second, length));
         argv[0] = ESValue(ESStringPool::intern(QStringView(text).mid(start, std::max(0, end - start))));

@@ -18,5 +18,6 @@ private:
     static ESValue match(ESContext* context, ESString* text, const ESValue& pattern);
     static ESValue replace(ESContext* context, const QString& text, const ESValue& pattern,
                            const ESValue& replacement);
-    static ESValue split(ESContext* context, const QString& text, const ESValue& separator, const ESValue& limit);
+    static ESValue split(ESContext* context, const QString& text, const ESValue& separator,
+                         const ESValue& limit);
 };

@@ -20,13 +20,13 @@ struct ESNode {
     ESString* name = nullptr;
     int functionIndex = -1;
     ESNode* kids[4] = {};
-    ESNode* next = nullptr; // in a list: statements, arguments, elements, clauses
+    ESNode* next = nullptr;      // in a list: statements, arguments, elements, clauses
     ESNode* enclosing = nullptr; // of a function: the function around it
     ESCode* code = nullptr;      // of a function
     int line;
-    int depth = 1;          // of the tree below, where a chain of binary operators counts once
-    bool pure = true;       // evaluating it has no effect but its value
-    bool insideWith = false; // of a function: it was made inside a `with` of the function around it
+    int depth = 1;            // of the tree below, where a chain of binary operators counts once
+    bool pure = true;         // evaluating it has no effect but its value
+    bool insideWith = false;  // of a function: it was made inside a `with` of the function around it
     bool declaration = false; // a statement that declares a function, and has no value
     int count = 0;            // of a list's owner: its members
 

@@ -273,8 +273,7 @@ ESNode* ESCompiler::primary()
     case ESToken::Function: m_lexer.next(); return functionLiteral(false);
     case '[': m_lexer.next(); return arrayLiteral();
     case '{': m_lexer.next(); return objectLiteral();
-    default:
-        fail(m_lexer.line(), QStringLiteral("expected an expression, found %1").arg(tokname(token)));
+    default: fail(m_lexer.line(), QStringLiteral("expected an expression, found %1").arg(tokname(token)));
     }
 }
 

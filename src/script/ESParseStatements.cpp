@@ -204,8 +204,8 @@ ESNode* ESCompiler::switchStatement()
                 fail(m_lexer.line(), QStringLiteral("default case already defined"));
             defaultSeen = true;
         } else {
-            fail(m_lexer.line(), QStringLiteral("expected 'case' or 'default' but found '%1'")
-                                     .arg(tokname(m_lexer.peek())));
+            fail(m_lexer.line(),
+                 QStringLiteral("expected 'case' or 'default' but found '%1'").arg(tokname(m_lexer.peek())));
         }
         accept(':');
         ESNodeList body;

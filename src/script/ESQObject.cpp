@@ -25,7 +25,8 @@ ESObject* ESQObject::installScriptObject(ESContext* context)
 {
     setClassName(metaObject()->className());
     ESObject* object = context->mkobj(context->objectPrototype(), context->objectClass());
-    context->valinstant(context->globalObject(), ESProperty::DontEnum, ESStringPool::intern(className()), object);
+    context->valinstant(context->globalObject(), ESProperty::DontEnum, ESStringPool::intern(className()),
+                        object);
     ESObject* prototype = context->functionPrototype();
     biinst(context, object, {"SetProperty", "ESQObject.prototype.SetProperty", 2, false, SetPropertyId},
            prototype, this);

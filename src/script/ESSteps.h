@@ -10,7 +10,8 @@ class ESString;
 
 // Operand forms of arithmetic: both on the stack; right operand a register, constant or global; both
 // registers; register and constant; and the last two with the result going to a register.
-#define ES_ARITHMETIC_FORMS(X, op) X(op##_S) X(op##_R) X(op##_K) X(op##_G) X(op##_RR) X(op##_RK) X(op##_RRP) X(op##_RKP)
+#define ES_ARITHMETIC_FORMS(X, op)                                                                           \
+    X(op##_S) X(op##_R) X(op##_K) X(op##_G) X(op##_RR) X(op##_RK) X(op##_RRP) X(op##_RKP)
 enum ESArithmeticForm { FormS, FormR, FormK, FormG, FormRR, FormRK, FormRRP, FormRKP, ArithmeticForms };
 // The same for a comparison and the jump on its outcome; KR has the constant on the left.
 #define ES_COMPARE_FORMS(X, op) X(op##_S) X(op##_R) X(op##_K) X(op##_G) X(op##_RR) X(op##_RK) X(op##_KR)

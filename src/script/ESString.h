@@ -3,7 +3,9 @@
 //
 // Invariants: m_hash is the hash of the text, and m_length its length, from the start. The text itself
 // may be missing while m_left and m_right are set, whose concatenation it is; it is then put together
-// when somebody first reads it. So building a text in n steps costs n steps, not n copies of it.
+// when somebody first reads it, and a long left half hands its own text on rather than have it copied: it
+// can put itself together again. So building a text in n steps costs n steps, not n copies of it, even if
+// somebody looks at it after each.
 #pragma once
 
 #include <QString>
@@ -15,11 +17,17 @@ public:
     int index() const { return m_index; }
     // UTF-16 units.
     int length() const { return m_length; }
-    const QString& text() const
+    QString text() const
     {
         if (m_pending)
             join();
         return m_text;
+    }
+    char16_t unit(int at) const
+    {
+        if (m_pending)
+            join();
+        return m_text.constData()[at].unicode();
     }
     // The number of which this text is the shortest decimal form, from 0 to 2147483646; otherwise -1.
     int arrayIndex() const { return m_arrayIndex; }

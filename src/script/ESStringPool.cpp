@@ -6,6 +6,7 @@
 #include <charconv>
 #include <cstring>
 #include <deque>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -115,6 +116,14 @@ ESString* ESStringPool::g_numbers[ESLimits::NumberStrings];
 
 void ESString::join() const
 {
+    if (!m_left->m_pending && m_left->m_left && m_left->m_length >= m_right->m_length) {
+        QString text = std::exchange(m_left->m_text, QString());
+        m_left->m_pending = true;
+        text += m_right->text();
+        m_text = text;
+        m_pending = false;
+        return;
+    }
     QString text(m_length, Qt::Uninitialized);
     QChar* end = text.data() + m_length;
     // From the right end, so that the long left-hand chains of "s = s + x" keep the list short.
@@ -153,9 +162,8 @@ template <typename Fill> ESString* add(uint64_t hash, Fill fill)
 ESString* ESStringPool::intern(QStringView text)
 {
     uint64_t hash = extend(0, text);
-    ESString* found = find(hash, int(text.size()), [&](ESString* s) {
-        return s->m_hash == hash && QStringView(s->text()) == text;
-    });
+    ESString* found = find(hash, int(text.size()),
+                           [&](ESString* s) { return s->m_hash == hash && QStringView(s->text()) == text; });
     if (found)
         return found;
     return add(hash, [&](ESString* s, int index) {
@@ -219,9 +227,8 @@ ESString* ESStringPool::findNumber(unsigned n)
     char16_t buffer[12];
     QStringView text = formatNumber(n, buffer);
     uint64_t hash = extend(0, text);
-    return find(hash, int(text.size()), [&](ESString* s) {
-        return s->m_hash == hash && QStringView(s->text()) == text;
-    });
+    return find(hash, int(text.size()),
+                [&](ESString* s) { return s->m_hash == hash && QStringView(s->text()) == text; });
 }
 
 ESString* ESStringPool::concat(ESString* left, ESString* right)
@@ -235,8 +242,9 @@ ESString* ESStringPool::concat(ESString* left, ESString* right)
         throw ESFatalError("string too long");
     if (length <= ShortText) {
         char16_t buffer[ShortText];
-        std::memcpy(buffer, left->text().constData(), size_t(left->m_length) * 2);
-        std::memcpy(buffer + left->m_length, right->text().constData(), size_t(right->m_length) * 2);
+        // Texts as short as these are never pending.
+        std::memcpy(buffer, left->m_text.constData(), size_t(left->m_length) * 2);
+        std::memcpy(buffer + left->m_length, right->m_text.constData(), size_t(right->m_length) * 2);
         return intern(QStringView(buffer, length));
     }
 
@@ -247,8 +255,8 @@ ESString* ESStringPool::concat(ESString* left, ESString* right)
             return false;
         if (s->m_left == left && s->m_right == right)
             return true;
-        QStringView text = s->text();
-        return text.startsWith(left->text()) && text.mid(left->m_length) == QStringView(right->text());
+        QString text = s->text();
+        return text.startsWith(left->text()) && QStringView(text).mid(left->m_length) == right->text();
     });
     if (found)
         return found;

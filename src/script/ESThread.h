@@ -56,7 +56,7 @@ private:
     std::vector<bool> m_isTarget;
     std::vector<int> m_depthAt;
     std::vector<Literal> m_literals;
-    std::size_t m_barrier = 0;         // steps before this may not be changed any more
+    std::size_t m_barrier = 0; // steps before this may not be changed any more
     int m_stackNeed = 0;
     uint64_t m_names = 0;
 };

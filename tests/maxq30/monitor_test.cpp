@@ -1,120 +1,153 @@
-// The run loop of a simulated target, on a processor that steps through a table of actions.
-#include "maxq30/MAXQ30Registers.h"
+// The simulated monitor on a processor of three lines: breakpoints, chains, data matches, errors, trace
+// and execution counts.
 #include "maxq30/SimulatedHMonitor.h"
-#include "project/PropertyValue.h"
 #include "support/HException.h"
+#include "support/TempDir.h"
+#include "target/TargetRegisterInterface.h"
 
 #include <QCoreApplication>
 #include <QTimer>
 
 #include <functional>
-#include <gtest/gtest.h>
 #include <map>
 #include <random>
 
 namespace {
 
-// Two bytes an instruction, round and round in 0 to `end`; `at` says what an instruction does besides.
-class FakeMonitor : public SimulatedHMonitor {
-public:
-    explicit FakeMonitor(bool alignment = false) : SimulatedHMonitor("Fake", alignment, true, nullptr)
+QCoreApplication& application()
+{
+    static int argc = 1;
+    static char name[] = "test";
+    static char* argv[] = {name, nullptr};
+    static QCoreApplication app(argc, argv);
+    return app;
+}
+
+struct Registers : TargetRegisterInterface {
+    unsigned numRegisters() override { return 4; }
+    std::string numberToName(unsigned) override { return "R"; }
+    unsigned nameToNumber(const char*) override { return 0; }
+    unsigned sizeInBytes(unsigned) override { return 4; }
+    uint32_t getValue(unsigned number) override { return values[number]; }
+    void setValue(unsigned number, uint32_t value) override { values[number] = value; }
+    unsigned pcIndex() override { return 3; }
+    uint32_t getPC() override { return values[3]; }
+    uint32_t getSP() override { return 0; }
+    void setPC(uint32_t value) override { values[3] = value; }
+    void setSP(uint32_t) override {}
+    uint32_t values[4] = {};
+};
+
+// Each instruction is two bytes; what one does besides is looked up by its address. Execution turns
+// back at 0x100.
+struct Processor : SimulatedHMonitor {
+    Processor() : SimulatedHMonitor("Three Lines", false, true, nullptr)
     {
+        application();
         SimulatedHMonitor::connect();
     }
-    void connect(bool) override {}
+    void connect(bool) override { SimulatedHMonitor::connect(); }
     TargetMemoryInterface* codeMemory() override { return nullptr; }
     TargetMemoryInterface* dataMemory() override { return nullptr; }
     TargetRegisterInterface* registers() override { return &file; }
-    void checkReset() override { file.setPC(0); }
+    void checkReset() override { file.values[3] = 0; }
     void checkIRQ() override {}
     unsigned singleStep() override
     {
-        unsigned pc = file.getPC();
-        file.setPC(pc + 2 < end ? pc + 2 : 0);
-        ++steps;
-        if (auto found = at.find(pc); found != at.end())
+        uint32_t pc = file.values[3];
+        file.values[3] = pc + 2 == 0x100 ? 0 : pc + 2;
+        if (++steps > 100000)
+            stop();
+        auto found = actions.find(pc);
+        if (found != actions.end())
             found->second();
         return 3;
     }
-    void access(unsigned address, unsigned length, unsigned value, bool read)
+    void access(uint32_t pc, uint32_t address, unsigned length, unsigned value, bool read)
     {
-        if (watchesData())
-            matchDataBreakPoint(address, length, value, read);
+        actions[pc] = [=, this] { matchDataBreakPoint(address, length, value, read); };
     }
-    using SimulatedHMonitor::setPendingError;
-
-    MAXQ30Registers file;
-    unsigned end = 0x1000;
+    void fail(uint32_t pc, Error error, uint32_t address, const char* text = nullptr)
+    {
+        actions[pc] = [=, this] { setPendingError(error, address, text); };
+    }
+    uint32_t runTo()
+    {
+        go();
+        return file.values[3];
+    }
+    Registers file;
+    std::map<uint32_t, std::function<void()>> actions;
     unsigned steps = 0;
-    std::map<unsigned, std::function<void()>> at;
 };
 
-HBreakpoint code(uint32_t address, uint32_t length = 1)
+HBreakpoint at(uint32_t address, int trigger = 0, uint32_t length = 1)
 {
     HBreakpoint b;
     b.address = address;
-    b.length = length;
-    return b;
-}
-
-HBreakpoint data(uint32_t address, uint32_t length, int trigger)
-{
-    HBreakpoint b = code(address, length);
     b.trigger = trigger;
-    return b;
-}
-
-HBreakpoint valued(uint32_t address, uint32_t length, uint32_t value, int comparison = HBreakpoint::Equal)
-{
-    HBreakpoint b = data(address, length, SimulatedBreakpoints::Write);
-    b.hasValue = true;
-    b.value = value;
-    b.mask = 0xFFFFFFFF;
-    b.comparison = comparison;
+    b.length = length;
     return b;
 }
 
 } // namespace
 
-TEST(SimulatedHMonitor, StopsAtBreakpointsAndResumesPastThem)
+TEST(SimulatedMonitor, StopsAtCodeAndGoesOnFromThere)
 {
-    FakeMonitor monitor;
-    HBreakpoint first = code(0x10), range = code(0x20, 4), disabled = code(0x18), far = code(0x10 + 0x2000);
-    disabled.enabled = false;
-    for (HBreakpoint* b : {&first, &range, &disabled, &far})
-        EXPECT_TRUE(monitor.setBreakpoint(b));
-    for (auto [pc, matched] : {std::pair{0x10u, &first}, {0x20u, &range}, {0x22u, &range}, {0x10u, &first}}) {
-        monitor.go();
-        EXPECT_TRUE(monitor.isStopped());
-        EXPECT_EQ(monitor.file.getPC(), pc);
-        EXPECT_EQ(monitor.matched(), matched);
-        EXPECT_EQ(monitor.matchedAddress(), pc);
-    }
-    // The records may be edited while the target is stopped.
-    disabled.enabled = true;
-    range.address = 0x30;
-    for (unsigned pc : {0x18u, 0x30u}) {
-        monitor.go();
-        EXPECT_EQ(monitor.file.getPC(), pc);
-    }
-    HBreakpoint inverted = code(0x20, 0x10);
-    inverted.inverted = true;
-    monitor.removeBreakpoint(&range);
-    EXPECT_EQ(monitor.matched(), nullptr);
-    monitor.setBreakpoint(&inverted);
-    monitor.go();
-    EXPECT_EQ(monitor.file.getPC(), 0x30u);
-    monitor.go();
-    EXPECT_EQ(monitor.file.getPC(), 0x32u);
-    EXPECT_TRUE(monitor.removeBreakpoint(&range)); // is not there any more
-    EXPECT_EQ(monitor.numBreakpoints(), 4);
-    monitor.step();
-    EXPECT_EQ(monitor.file.getPC(), 0x34u);
-    EXPECT_TRUE(monitor.isStopped());
+    Processor p;
+    HBreakpoint b = at(0x10);
+    p.setBreakpoint(&b);
+    EXPECT_EQ(p.runTo(), 0x10u);
+    EXPECT_EQ(p.matched(), &b);
+    EXPECT_EQ(p.matchedAddress(), 0x10u);
+    unsigned steps = p.steps;
+    EXPECT_EQ(p.runTo(), 0x10u); // once around: the match at the start was passed over
+    EXPECT_EQ(p.steps, steps + 0x80);
+    EXPECT_TRUE(p.removeBreakpoint(&b));
+    EXPECT_EQ(p.matched(), nullptr);
+    EXPECT_TRUE(p.removeBreakpoint(&b)); // unknown by now
+    EXPECT_EQ(p.cycleCount(), p.steps * 3);
 }
 
-// The short way around the list must find exactly what the walk finds.
-TEST(SimulatedHMonitor, ShortWayAgreesWithTheWalk)
+TEST(SimulatedMonitor, RangesInvertedDisabledAndLaterOnesWin)
+{
+    Processor p;
+    HBreakpoint range = at(0x20, 0, 0x10), same = at(0x22), off = at(0x04);
+    off.enabled = false;
+    for (HBreakpoint* b : {&off, &range, &same})
+        p.setBreakpoint(b);
+    p.file.setPC(0x24);
+    EXPECT_EQ(p.runTo(), 0x24u);
+    p.file.setPC(0x22);
+    p.resetMatched();
+    EXPECT_EQ(p.runTo(), 0x22u);
+    EXPECT_EQ(p.matched(), &same);
+    // The debugger changes its records behind the monitor's back.
+    range.inverted = true;
+    same.enabled = false;
+    EXPECT_EQ(p.runTo(), 0x30u);
+    EXPECT_EQ(p.matched(), &range);
+    range.enabled = false;
+    off.enabled = true;
+    EXPECT_EQ(p.runTo(), 0x04u);
+}
+
+TEST(SimulatedMonitor, LongRangesAndManyBreakpointsBehaveAlike)
+{
+    Processor p;
+    HBreakpoint wide = at(0x80, 0, 0x1000);
+    p.setBreakpoint(&wide);
+    std::vector<HBreakpoint> far(100);
+    for (unsigned i = 0; i < far.size(); ++i) {
+        far[i] = at(0x10000 + i * 2);
+        p.setBreakpoint(&far[i]);
+    }
+    EXPECT_EQ(p.numBreakpoints(), 101);
+    EXPECT_EQ(p.runTo(), 0x80u);
+}
+
+// The short way around the list must find whatever the walk finds.
+TEST(SimulatedMonitor, ShortWayAgreesWithTheWalk)
 {
     std::mt19937 random(7);
     for (int round = 0; round < 50; ++round) {
@@ -122,10 +155,10 @@ TEST(SimulatedHMonitor, ShortWayAgreesWithTheWalk)
         std::vector<HBreakpoint> records(1 + random() % 6);
         for (HBreakpoint& b : records) {
             const uint32_t lengths[] = {0, 1, 2, 3, 16, 64, 65, 0x9000};
-            b = code(random() % 8 ? random() % 0x6000 : 0xFFFFFFF0 + random() % 16, lengths[random() % 8]);
+            uint32_t address = random() % 8 ? random() % 0x6000 : 0xFFFFFFF0 + random() % 16;
+            b = at(address, random() % 4 ? 0 : 1, lengths[random() % 8]);
             b.inverted = random() % 12 == 0;
             b.enabled = random() % 4;
-            b.trigger = random() % 4 ? 0 : 1;
             breakpoints.add(&b);
         }
         for (uint32_t pc = 0; pc < 0x8000; pc += 2) {
@@ -137,244 +170,271 @@ TEST(SimulatedHMonitor, ShortWayAgreesWithTheWalk)
     }
 }
 
-TEST(SimulatedHMonitor, TraceActionsAndTraceBuffer)
+TEST(SimulatedMonitor, TraceActionRecordsAndGoesOn)
 {
-    FakeMonitor monitor;
-    HBreakpoint note = data(0x100, 4, SimulatedBreakpoints::Write), end = code(0x40), odd = code(0x30);
-    note.action = 1;
-    odd.action = 7; // neither stops nor traces
-    for (HBreakpoint* b : {&note, &end, &odd})
-        monitor.setBreakpoint(b);
-    monitor.at[8] = [&] { monitor.access(0x102, 2, 0xBEEF, false); };
-    monitor.go();
-    EXPECT_EQ(monitor.file.getPC(), 0x40u);
-    unsigned address, value, cycles;
-    monitor.iterateTrace();
-    ASSERT_TRUE(monitor.getNextTrace(address, value, cycles));
-    EXPECT_EQ(address, 0x102u);
-    EXPECT_EQ(value, 0xBEEFu);
-    EXPECT_EQ(cycles, 15u);
-    EXPECT_FALSE(monitor.getNextTrace(address, value, cycles));
+    Processor p;
+    HBreakpoint traced = at(0x10), stop = at(0x20);
+    traced.action = 1;
+    p.setBreakpoint(&traced);
+    p.setBreakpoint(&stop);
+    EXPECT_EQ(p.runTo(), 0x20u);
+    unsigned address = 0, data = 0, cycles = 0;
+    p.iterateTrace();
+    ASSERT_TRUE(p.getNextTrace(address, data, cycles));
+    EXPECT_EQ(address, 0x10u);
+    EXPECT_EQ(cycles, 8 * 3u);
+    EXPECT_FALSE(p.getNextTrace(address, data, cycles));
 
-    monitor.setTraceEnabled(true);
-    for (auto [size, kept] : {std::pair{3, 3u}, {0, 1u}}) {
-        monitor.setTraceBufferSize(size);
-        for (int i = 0; i < 8; ++i)
-            monitor.step();
-        monitor.iterateTrace();
-        unsigned count = 0;
-        while (monitor.getNextTrace(address, value, cycles))
+    // The instruction trace is bounded; a size of 0 still keeps one entry.
+    p.setTraceEnabled(true);
+    for (auto [size, kept] : {std::pair(4, 4), std::pair(0, 1)}) {
+        p.setTraceBufferSize(size);
+        p.resetTrace();
+        for (int i = 0; i < 20; ++i)
+            p.step();
+        p.iterateTrace();
+        int count = 0;
+        while (p.getNextTrace(address, data, cycles))
             ++count;
         EXPECT_EQ(count, kept);
-        EXPECT_EQ(address, monitor.file.getPC() - 2);
-    }
-    monitor.resetTrace();
-    monitor.iterateTrace();
-    EXPECT_FALSE(monitor.getNextTrace(address, value, cycles));
-}
-
-TEST(SimulatedHMonitor, DataBreakpointTests)
-{
-    struct Case {
-        HBreakpoint b;
-        unsigned address, length, value;
-        bool read, matches;
-    };
-    HBreakpoint inverted = data(0x100, 4, 2), disabled = data(0x100, 4, 2), masked = valued(0x100, 2, 0xF3),
-                ofRegister = data(0x100, 4, 2);
-    inverted.inverted = true;
-    disabled.enabled = false;
-    masked.mask = 0x0F;
-    ofRegister.isRegister = true;
-    const Case cases[] = {
-        {data(0x100, 4, 1), 0x103, 1, 0, true, true},
-        {data(0x100, 4, 1), 0x104, 1, 0, true, false},
-        {data(0x100, 4, 1), 0x0FF, 2, 0, true, false},
-        {data(0x100, 4, 1), 0x100, 1, 0, false, false},
-        {data(0x100, 4, 2), 0x100, 1, 0, false, true},
-        {data(0x100, 4, 2), 0x100, 1, 0, true, false},
-        {data(0x100, 4, 3), 0x100, 1, 0, true, true},
-        {data(0x100, 4, 3), 0x100, 1, 0, false, true},
-        {code(0x100), 0x100, 1, 0, true, false},
-        {inverted, 0x104, 1, 0, false, true},
-        {inverted, 0x100, 1, 0, false, false},
-        {disabled, 0x100, 1, 0, false, false},
-        {ofRegister, 0x100, 1, 0, false, false},
-        {valued(0x100, 2, 5), 0x100, 2, 5, false, true},
-        {valued(0x100, 2, 5), 0x100, 1, 5, false, false},
-        {valued(0x100, 4, 5), 0x102, 4, 5, false, false},
-        {valued(0x100, 1, 0x1205), 0x100, 1, 0x3405, false, true}, // the low 8 bits alone
-        {valued(0x100, 2, 0x1205), 0x100, 2, 0x3405, false, false},
-        {valued(0x100, 4, 0x80000000), 0x100, 4, 0x80000000, false, true},
-        {masked, 0x100, 2, 0x43, false, true},
-        {masked, 0x100, 2, 0x44, false, false},
-        {valued(0, 4, 9, HBreakpoint::GreaterOrEqual), 0, 4, 0xFFFFFFFF, false, true}, // unsigned
-        {valued(0, 2, 9, HBreakpoint::LessOrEqual), 0, 2, 10, false, false},
-        {valued(0, 2, 9, HBreakpoint::NotEqual), 0, 2, 9, false, false},
-        {valued(0, 2, 9, HBreakpoint::Less), 0, 2, 8, false, true},
-        {valued(0, 2, 9, HBreakpoint::Greater), 0, 2, 9, false, false},
-    };
-    FakeMonitor monitor;
-    for (size_t i = 0; i < std::size(cases); ++i) {
-        Case c = cases[i];
-        EXPECT_EQ(monitor.matchDataBreakPoint(&c.b, c.address, c.length, c.value, c.read), c.matches) << i;
-        monitor.setBreakpoint(&c.b);
-        monitor.matchDataBreakPoint(c.address, c.length, c.value, c.read);
-        EXPECT_EQ(monitor.matched() == &c.b, c.matches) << i;
-        monitor.removeBreakpoint(&c.b);
-    }
-    // All records of a `next` chain must match the same access.
-    HBreakpoint tail = valued(0x100, 2, 10, HBreakpoint::LessOrEqual);
-    HBreakpoint head = valued(0x100, 2, 5, HBreakpoint::GreaterOrEqual);
-    head.next = &tail;
-    monitor.setBreakpoint(&head);
-    for (auto [value, matches] : {std::pair{4u, false}, {7u, true}, {11u, false}}) {
-        monitor.resetMatched();
-        monitor.matchDataBreakPoint(0x100, 2, value, false);
-        EXPECT_EQ(monitor.matched() == &head, matches) << value;
     }
 }
 
-TEST(SimulatedHMonitor, ChainedBreakpointsAreArmedByTheEarlierOne)
+TEST(SimulatedMonitor, ChainedBreakpointIsArmedByAnother)
 {
-    FakeMonitor monitor;
-    HBreakpoint first = code(0x30), second = code(0x10);
+    Processor p;
+    EXPECT_TRUE(p.canChain());
+    HBreakpoint first = at(0x20), second = at(0x10);
     second.enabled = false;
     second.chainFrom = &first;
-    monitor.setBreakpoint(&first);
-    monitor.setBreakpoint(&second);
-    monitor.go();
-    EXPECT_EQ(monitor.matched(), &second);
-    EXPECT_EQ(monitor.file.getPC(), 0x10u);
-    EXPECT_GT(monitor.steps, 0x30u / 2); // past the first, and around
+    p.setBreakpoint(&first);
+    p.setBreakpoint(&second);
+    EXPECT_EQ(p.runTo(), 0x10u); // past 0x10, over 0x20 without a stop, around to 0x10
+    EXPECT_TRUE(second.enabled);
+    EXPECT_EQ(p.matched(), &second);
 }
 
-TEST(SimulatedHMonitor, RegisterBreakpointsSeeChangedValues)
+TEST(SimulatedMonitor, DataBreakpoints)
 {
-    FakeMonitor monitor;
-    HBreakpoint b = valued(MAXQ30Registers::LC0, 2, 3, HBreakpoint::Equal);
+    struct Case {
+        const char* name;
+        HBreakpoint b;
+        unsigned address, length, value;
+        bool read;
+        bool stops;
+    };
+    HBreakpoint range = at(0x500, 2, 0x10), inverted = range, read = at(0x500, 1, 4), both = at(0x500, 3, 4);
+    inverted.inverted = true;
+    HBreakpoint value = at(0x500, 2, 2);
+    value.hasValue = true;
+    value.mask = 0xFFFF;
+    value.value = 0x1234;
+    HBreakpoint lowByte = value, greater = value, less = value, different = value, masked = value;
+    lowByte.length = 1;
+    lowByte.value = 0xFF34;
+    lowByte.mask = 0xFFFFFFFF;
+    greater.comparison = 1;
+    less.comparison = 2;
+    different.comparison = 3;
+    masked.mask = 0xF000;
+    const Case cases[] = {
+        {"inside", range, 0x50F, 1, 0, false, true},
+        {"behind", range, 0x510, 1, 0, false, false},
+        {"a read is no write", range, 0x500, 1, 0, true, false},
+        {"outside of an inverted range", inverted, 0x510, 1, 0, false, true},
+        {"inside of an inverted range", inverted, 0x500, 1, 0, false, false},
+        {"read", read, 0x503, 1, 0, true, true},
+        {"read/write reads", both, 0x500, 2, 0, true, true},
+        {"read/write writes", both, 0x500, 2, 0, false, true},
+        {"value", value, 0x500, 2, 0x1234, false, true},
+        {"another value", value, 0x500, 2, 0x1235, false, false},
+        {"value of another length", value, 0x500, 1, 0x1234, false, false},
+        {"value next to it", value, 0x501, 2, 0x1234, false, false},
+        {"only the low byte", lowByte, 0x500, 1, 0x34, false, true},
+        {"greater or equal", greater, 0x500, 2, 0x8000, false, true},
+        {"greater or equal, below", greater, 0x500, 2, 0x1233, false, false},
+        {"less or equal", less, 0x500, 2, 0x1234, false, true},
+        {"not equal", different, 0x500, 2, 0x1235, false, true},
+        {"mask", masked, 0x500, 2, 0x1FFF, false, true},
+    };
+    for (const Case& c : cases) {
+        Processor p;
+        HBreakpoint b = c.b, end = at(0x80);
+        p.setBreakpoint(&b);
+        p.setBreakpoint(&end);
+        p.access(0x10, c.address, c.length, c.value, c.read);
+        EXPECT_EQ(p.runTo(), c.stops ? 0x12u : 0x80u) << c.name;
+        if (c.stops) {
+            EXPECT_EQ(p.matchedData(), c.value) << c.name;
+        }
+    }
+}
+
+TEST(SimulatedMonitor, AllRecordsOfALinkMustMatch)
+{
+    for (bool matches : {true, false}) {
+        Processor p;
+        HBreakpoint b = at(0x500, 2, 4), also = at(0x500, 2, 2), end = at(0x80);
+        also.hasValue = true;
+        also.mask = 0xFFFF;
+        also.value = matches ? 7 : 8;
+        b.next = &also;
+        p.setBreakpoint(&b);
+        p.setBreakpoint(&end);
+        p.access(0x10, 0x500, 2, 7, false);
+        EXPECT_EQ(p.runTo(), matches ? 0x12u : 0x80u);
+    }
+}
+
+TEST(SimulatedMonitor, RegisterBreakpointSeesChanges)
+{
+    Processor p;
+    HBreakpoint b = at(1, 2, 4), end = at(0x80);
     b.isRegister = true;
-    monitor.setBreakpoint(&b);
-    unsigned counter = 10;
-    monitor.at[4] = [&] { monitor.file.setValue(MAXQ30Registers::LC0, --counter); };
-    monitor.go();
-    EXPECT_EQ(monitor.matched(), &b);
-    EXPECT_EQ(monitor.matchedData(), 3u);
-    EXPECT_EQ(counter, 3u);
+    b.hasValue = true;
+    b.mask = 0xFFFFFFFF;
+    b.value = 5;
+    p.setBreakpoint(&b);
+    p.setBreakpoint(&end);
+    p.actions[0x10] = [&] { p.file.values[1] = 4; };
+    p.actions[0x20] = [&] { p.file.values[1] = 5; };
+    EXPECT_EQ(p.runTo(), 0x22u);
 }
 
-TEST(SimulatedHMonitor, OnlyEnabledErrorsStop)
+TEST(SimulatedMonitor, OnlyEnabledErrorsStop)
 {
-    FakeMonitor monitor(true);
-    HBreakpoint end = code(0x40);
-    monitor.setBreakpoint(&end);
+    Processor p;
     unsigned address = 0;
-    monitor.at[8] = [&] { monitor.setPendingError(SimulatedHMonitor::OutsideOnRead, 0x9999); };
-    monitor.at[0x10] = [&] { monitor.setPendingError(SimulatedHMonitor::MiscError, 0x8888, "custom"); };
-    EXPECT_EQ(monitor.lastError(address), nullptr);
-    monitor.go(); // neither is enabled
-    EXPECT_EQ(monitor.matched(), &end);
-    EXPECT_STREQ(monitor.lastError(address), "custom");
-    EXPECT_EQ(address, 0x8888u);
-
-    monitor.setErrorEnabled("Address outside memory range on read", true);
-    monitor.setErrorEnabled("no such text", true);
-    EXPECT_TRUE(monitor.errorEnabled("Misc error"));
-    EXPECT_FALSE(monitor.errorEnabled("Unsupported opcode"));
-    monitor.go();
-    EXPECT_TRUE(monitor.isStopped());
-    EXPECT_EQ(monitor.matched(), nullptr);
-    EXPECT_STREQ(monitor.lastError(address), "Address outside memory range on read");
+    EXPECT_EQ(p.numErrors(), 6);
+    EXPECT_STREQ(p.getError(3), "Address outsize memory range on instruction fetch");
+    EXPECT_STREQ(p.getError(8), "Invalid Error");
+    EXPECT_EQ(p.lastError(address), nullptr);
+    HBreakpoint end = at(0x80);
+    p.setBreakpoint(&end);
+    p.fail(0x10, SimulatedHMonitor::OutsideOnWrite, 0x9999);
+    EXPECT_EQ(p.runTo(), 0x80u);
+    EXPECT_STREQ(p.lastError(address), "Address outside memory range on write");
     EXPECT_EQ(address, 0x9999u);
-    monitor.go();
-    EXPECT_STREQ(monitor.lastError(address), "custom");
-    monitor.go();
-    EXPECT_EQ(monitor.matched(), &end);
-    EXPECT_EQ(monitor.lastError(address), nullptr);
 
-    EXPECT_EQ(monitor.numErrors(), 8);
-    EXPECT_EQ(FakeMonitor().numErrors(), 6);
-    EXPECT_STREQ(monitor.getError(7), "Unaligned access on word write");
-    EXPECT_STREQ(monitor.getError(8), "Invalid Error");
-    EXPECT_STREQ(monitor.getError(-1), "Invalid Error");
-    EXPECT_STREQ(monitor.getTrigger(3), "Read/Write");
-    EXPECT_STREQ(monitor.getTrigger(4), "Execute");
-    EXPECT_STREQ(monitor.getAction(2), "Stop");
+    p.setErrorEnabled("Address outside memory range on write", true);
+    EXPECT_TRUE(p.errorEnabled("Address outside memory range on write"));
+    EXPECT_EQ(p.runTo(), 0x12u);
+    EXPECT_EQ(p.matched(), nullptr);
+    EXPECT_STREQ(p.lastError(address), "Address outside memory range on write");
+    // An unknown text enables the error that has a text of its own.
+    p.setErrorEnabled("whatever", true);
+    p.fail(0x30, SimulatedHMonitor::MiscError, 0x30, "own words");
+    EXPECT_EQ(p.runTo(), 0x32u);
+    EXPECT_STREQ(p.lastError(address), "own words");
+    p.actions.clear();
+    p.removeBreakpoint(&end);
+    HBreakpoint early = at(0x40);
+    p.setBreakpoint(&early);
+    EXPECT_EQ(p.runTo(), 0x40u);
+    EXPECT_EQ(p.lastError(address), nullptr);
 }
 
-TEST(SimulatedHMonitor, CountsExecutionsInARange)
+TEST(SimulatedMonitor, ExecutionCountsSkipWhatNeverRan)
 {
-    FakeMonitor monitor;
-    monitor.end = 8;
-    monitor.setExecutionCountRange(2, 4);
-    for (int i = 0; i < 6; ++i)
-        monitor.step();
-    unsigned address, count, other;
-    std::vector<std::pair<unsigned, unsigned>> counts;
-    for (monitor.iterateExecutionCount(); monitor.getNextExecutionCount(address, count, other);)
-        counts.push_back({address, count});
-    EXPECT_EQ(counts, (std::vector<std::pair<unsigned, unsigned>>{{2, 2}, {4, 1}}));
-    monitor.resetExecutionCount();
-    EXPECT_FALSE(monitor.getNextExecutionCount(address, count, other));
-    EXPECT_THROW(monitor.setExecutionCountRange(0, 0xFFFFFFFF), HException);
-    monitor.step();
+    Processor p;
+    p.setExecutionCountRange(0, 0x20);
+    HBreakpoint b = at(0x06);
+    p.setBreakpoint(&b);
+    p.runTo();
+    p.runTo();
+    std::string counts;
+    unsigned address = 0, count = 0, other = 9;
+    p.iterateExecutionCount();
+    while (p.getNextExecutionCount(address, count, other))
+        counts += std::to_string(address) + ":" + std::to_string(count) + " ";
+    EXPECT_EQ(counts, "0:2 2:2 4:2 6:1 8:1 10:1 12:1 14:1 16:1 18:1 20:1 22:1 24:1 26:1 28:1 30:1 ");
+    EXPECT_EQ(other, 0u);
+    EXPECT_THROW(p.setExecutionCountRange(0, 0xFFFFFFFF), HException);
 }
 
-TEST(SimulatedHMonitor, EventsReachARunningTarget)
+TEST(SimulatedMonitor, EventsComeOnceIn300Rounds)
 {
-    int argc = 0;
-    QCoreApplication app(argc, nullptr);
-    FakeMonitor monitor;
+    Processor p;
     QTimer timer;
     int ticks = 0;
-    HBreakpoint later = code(0x20);
+    HBreakpoint later = at(0x20);
     later.enabled = false;
-    monitor.setBreakpoint(&later);
+    p.setBreakpoint(&later);
     QObject::connect(&timer, &QTimer::timeout, [&] {
         if (++ticks == 2)
-            monitor.stop();
+            p.stop();
         else if (ticks > 2)
-            later.enabled = true;
+            later.enabled = true; // noticed in a run that goes on
     });
     timer.start(0);
-    monitor.go();
-    EXPECT_TRUE(monitor.isStopped());
-    EXPECT_EQ(ticks, 2);
-    EXPECT_EQ(monitor.steps, 2 * 300u - 1); // the events come before the instruction of their round
-    monitor.go();
-    EXPECT_EQ(monitor.matched(), &later);
+    p.go();
+    EXPECT_TRUE(p.isStopped());
+    EXPECT_EQ(p.steps, 2 * 300u - 1); // the events come before the instruction of their round
+    p.go();
+    EXPECT_EQ(p.matched(), &later);
 
-    // A failure inside the processor ends the run as stopped.
+    // A failure inside the processor, as of a peripheral's script, leaves the target stopped.
     later.enabled = false;
     timer.stop();
-    monitor.at[0x30] = [] { throw HException("peripheral"); };
-    EXPECT_THROW(monitor.go(), HException);
-    EXPECT_TRUE(monitor.isStopped());
+    p.actions[0x30] = [] { throw HException("peripheral"); };
+    EXPECT_THROW(p.go(), HException);
+    EXPECT_TRUE(p.isStopped());
 }
 
-TEST(SimulatedHMonitor, StartResetClearAndDisconnect)
+TEST(SimulatedMonitor, ClearAndDisconnectForgetEverything)
 {
-    FakeMonitor monitor;
-    HBreakpoint b = code(0x100);
-    monitor.setBreakpoint(&b);
-    monitor.startDebugging(true, 0x80, true);
-    EXPECT_TRUE(monitor.isStopped());
-    EXPECT_EQ(monitor.file.getPC(), 0x80u);
-    monitor.start(true, 0xF0);
-    EXPECT_EQ(monitor.steps, 8u);
-    EXPECT_EQ(monitor.cycleCount(), 24u);
-    static_cast<SimulatedHMonitor&>(monitor).reset();
-    EXPECT_EQ(monitor.cycleCount(), 0u);
-    EXPECT_EQ(monitor.file.getPC(), 0u);
+    Processor p;
+    HBreakpoint b = at(0x10);
+    p.setBreakpoint(&b);
+    p.setErrorEnabled("Misc error", true);
+    p.runTo();
+    p.clear();
+    EXPECT_EQ(p.numBreakpoints(), 0);
+    EXPECT_EQ(p.matched(), nullptr);
+    EXPECT_FALSE(p.errorEnabled("Misc error"));
+    EXPECT_TRUE(p.isStopped());
+    EXPECT_GT(p.cycleCount(), 0u);
+    p.disconnect();
+    EXPECT_EQ(p.cycleCount(), 0u);
+    EXPECT_FALSE(p.isConnected());
+}
+
+TEST(PeripheralFile, EventsReachTheScript)
+{
+    TempDir dir;
+    std::string file =
+        dir.write("p.js", "var log = '';\n"
+                          "function reset() { log = 'reset '; return 1; }\n"
+                          "function connect(name) { log += name + ' '; return log.length; }\n"
+                          "function loadPeripheral(a, s, f) { return a * 1000 + s * 10 + (f ? 1 : 0); }\n"
+                          "function storePeripheral(a, s, v) { return v - 1; }\n"
+                          "function pollForInterrupts(r) { if (r == 3) throwIt(); return r | 0x80000000; }\n"
+                          "function throwIt() { var o = {}; o.x.y = 1; }\n");
+    Processor p;
+    PeripheralSimulator peripherals(QString::fromStdString(file), &p);
+    EXPECT_EQ(peripherals.reset(), 1);
+    EXPECT_EQ(peripherals.connect("u1"), 9);
+    EXPECT_EQ(peripherals.loadPeripheral(0x10, 2, true), 16021);
+    EXPECT_EQ(peripherals.loadPeripheral(0x10, 2, false), 16020);
+    EXPECT_EQ(peripherals.storePeripheral(0, 4, 0xFFFFFFFF), -2);
+    EXPECT_EQ(unsigned(peripherals.pollForInterrupts(2)), 0x80000002u);
+    EXPECT_THROW(peripherals.pollForInterrupts(3), HException);
+    EXPECT_EQ(peripherals.reset(), 1); // usable after a failure
+
+    // No file, an empty script; a file without the function fails at the event.
+    PeripheralSimulator none("/none.js", &p);
+    EXPECT_THROW(none.reset(), HException);
+    // The properties are found, but not shown, unless the target says so.
     PropertyValueList list(false);
-    monitor.getProperties(list);
-    ASSERT_GE(list.size(), 3);
-    EXPECT_EQ(list[0]->propertyClass()->saveName(), "peripheralFile");
-    EXPECT_EQ(list[2]->propertyClass()->saveName(), "traceBufferSize");
-    EXPECT_EQ(monitor.traceBufferSize(), 256);
-    monitor.setErrorEnabled("Misc error", true);
-    monitor.disconnect();
-    EXPECT_FALSE(monitor.isConnected());
-    EXPECT_EQ(monitor.numBreakpoints(), 0);
-    EXPECT_FALSE(monitor.errorEnabled("Misc error"));
+    p.getProperties(list);
+    ASSERT_EQ(list.size(), 4); // with the device type, since it is connected
+    EXPECT_EQ(list[0]->propertyClass()->shortDescription(), QString("Peripheral File"));
+    EXPECT_EQ(list[1]->toString(), QString("false"));
+    p.setPeripheralFile(QString::fromStdString(file));
+    p.connect(true); // not enabled: nothing runs
+    p.SimulatedHMonitor::reset();
+    p.setPeripheralFile("/none.js");
+    p.setEnablePeripheralFile(true);
+    p.connect(true);
+    EXPECT_THROW(p.SimulatedHMonitor::reset(), HException);
 }

@@ -67,8 +67,8 @@ bool readSource(const Arguments& arguments, QString& source)
     }
     QFile file;
     bool open = std::strcmp(arguments.file, "-") == 0
-        ? file.open(stdin, QIODevice::ReadOnly)
-        : (file.setFileName(QFile::decodeName(arguments.file)), file.open(QIODevice::ReadOnly));
+                    ? file.open(stdin, QIODevice::ReadOnly)
+                    : (file.setFileName(QFile::decodeName(arguments.file)), file.open(QIODevice::ReadOnly));
     if (!open)
         return false;
     source = QString::fromUtf8(file.read(ESLimits::StringLength + 1));
@@ -121,7 +121,8 @@ int run(const Arguments& arguments)
         // Of the conversion for -p.
         ESValue value = exception.value();
         bool error = context.iserrorobj(value);
-        status = fail(error ? context.toString(context.get(value.object(), g_messageString)) : QStringLiteral("?"));
+        status = fail(error ? context.toString(context.get(value.object(), g_messageString))
+                            : QStringLiteral("?"));
     } catch (const ESFatalError& failure) {
         printWarnings(context);
         status = fail(failure.text());
@@ -144,7 +145,7 @@ int main(int argc, char** argv)
         return 1;
     }
     int status = run(arguments);
-    if (std::fflush(stdout) != 0 && status == 0)
-        status = 1;
+    if ((std::fflush(stdout) != 0 || std::ferror(stdout)) && status == 0)
+        status = fail(QStringLiteral("cannot write to standard output"));
     return status;
 }
