@@ -356,6 +356,12 @@ int wordsFor(uint32_t value)
     return value > 0xFFFFFF ? 4 : value > 0xFFFF ? 3 : value > 0xFF ? 2 : 1;
 }
 
+// A code target that is out of reach: its number in words. Without a prefix it would read as a distance.
+int wordsForTarget(uint32_t value)
+{
+    return std::max(2, wordsFor(value));
+}
+
 uint16_t wordOf(uint64_t opcode, int group)
 {
     return uint16_t(opcode >> (16 * group));
@@ -388,9 +394,9 @@ int ZOFFMAXQ30Insn::estimatedLength() const
         return 2 * words;
     if (isNearFamily() && uint64_t((value.value - pc()) / 2 + 127) < 255)
         return 2;
-    if (isJumpFamily(m_opcode))
-        value.value /= 2;
-    return 2 * std::max(words, wordsFor(uint32_t(value.value)));
+    int needed =
+        isJumpFamily(m_opcode) ? wordsForTarget(uint32_t(value.value / 2)) : wordsFor(uint32_t(value.value));
+    return 2 * std::max(words, needed);
 }
 
 void ZOFFMAXQ30Insn::encode()
@@ -404,10 +410,9 @@ void ZOFFMAXQ30Insn::encode()
         if (isNearFamily() && distance >= -128 && distance <= 127) {
             m_opcode = (m_opcode & 0xFF00) | (uint64_t(distance) & 0xFF);
         } else {
-            if (isJumpFamily(m_opcode))
-                value /= 2;
-            auto bits = uint32_t(value);
-            int words = std::max(templateWords(), wordsFor(bits));
+            bool isTarget = isJumpFamily(m_opcode);
+            auto bits = uint32_t(isTarget ? value / 2 : value);
+            int words = std::max(templateWords(), isTarget ? wordsForTarget(bits) : wordsFor(bits));
             uint64_t opcode = 0;
             for (int group = words - 1; group >= 0; --group) {
                 uint16_t word = wordOf(m_opcode, group) & 0xFF00;

@@ -1,0 +1,92 @@
+// Object files: the input is the file. What walks a module in the product is walked here as well:
+// sections and metrics, load sections, expressions, names of types, the scope tree, disassembly.
+#include "maxq30/ZOFFMAXQ30Insn.cpp"
+#include "maxq30/ZOFFMAXQ30Reader.cpp"
+
+#include "loadfile/LoadFileSections.h"
+#include "zoff/ZOFFItems.h"
+#include "zoff/ZOFFMarker.h"
+#include "zoff/ZOFFModule.h"
+#include "zoff/ZOFFSection.h"
+#include "zoff/ZOFFSymbol.h"
+#include "zoff/ZOFFType.h"
+
+#include <cstdlib>
+#include <memory>
+
+namespace {
+
+size_t g_seen = 0;
+
+void walkScope(const ZOFFScope* scope)
+{
+    for (auto& [name, object] : scope->symbols())
+        g_seen += size_t(name->length()) + size_t(object->kind());
+    if (scope->start())
+        g_seen += scope->start()->evaluate().unresolved;
+    for (const ZOFFScope* child : scope->children())
+        walkScope(child);
+}
+
+void walkSection(ZOFFSection* section)
+{
+    section->computeSectionMetrics();
+    g_seen += size_t(section->getSize() + section->accumulatedSize());
+    g_seen += section->findInsnAt(0x100) != nullptr;
+    g_seen += section->findInsnInRange(0x101) != nullptr;
+    if (section->getSize() < 0x10000) {
+        std::vector<uint8_t> bytes(size_t(section->getSize()));
+        section->dump(bytes.size(), bytes.data());
+    }
+    std::string text;
+    section->find([&text](ZOFFInsn* insn) {
+        text.clear();
+        insn->print(text);
+        g_seen += text.size() + insn->printOpCode().size();
+        if (insn->kind() == ZOFFKind::Processor) {
+            uint32_t target = 0;
+            g_seen += static_cast<ZOFFMAXQ30Insn*>(insn)->isJump(target);
+            g_seen += size_t(insn->estimatedLength());
+        }
+        return false;
+    });
+}
+
+void walk(ZOFFModule* module)
+{
+    for (ZOFFSection* section : module->sections())
+        walkSection(section);
+    for (ZOFFSymbol* symbol : module->allSymbols()) {
+        g_seen += symbol->evaluate().message.size();
+        if (symbol->type())
+            g_seen += size_t(symbol->type()->getName() ? symbol->type()->getName()->length() : 0);
+        for (const ZOFFType* type = symbol->type(); type && type->isPtr();)
+            type = static_cast<const ZOFFPtrType*>(type)->target();
+    }
+    g_seen += module->hasHiddenInsns();
+    walkScope(module);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+{
+    for (bool keepLoci : {true, false}) {
+        ZOFFMAXQ30Reader reader(std::span<const unsigned char>(data, size), keepLoci);
+        ZOFFModule* module = nullptr;
+        try {
+            module = keepLoci ? reader.readFile(false) : reader.readFileQuickly(false);
+        } catch (const HException& failure) {
+            if (failure.message().empty())
+                abort();
+        }
+        if (!module)
+            continue;
+        try {
+            walk(module);
+        } catch (const HException&) {
+        }
+        ZOFFReader::release(module);
+    }
+    return 0;
+}
