@@ -80,6 +80,9 @@ System::System()
             onOptionGetArgAndCall(row.text, false, row.handler);
         else
             onOptionCall(row.text, row.handler);
+    scriptSystem = &m_scriptSystem;
+    m_console.installScriptObject(m_scriptSystem.context());
+    m_wscript.installScriptObject(m_scriptSystem.context());
 }
 
 void System::onArgument(const char* word)

@@ -11,6 +11,7 @@
 #include "support/PlatformConstants.h"
 #include "support/QTx.h"
 
+#include <QFile>
 #include <QFileInfo>
 
 #include <strings.h>
@@ -52,6 +53,7 @@ int System::exec(int argc, char** argv)
     }
     if (!m_fileType.isEmpty())
         selectFileType();
+    m_loader.targetInterface()->installScriptObject(m_scriptSystem.context());
     if (!m_solutionFile.isEmpty())
         selectProject();
     collectLoadFiles();
@@ -60,6 +62,20 @@ int System::exec(int argc, char** argv)
     if (m_loader.loadFiles().isEmpty())
         return m_exitStatus;
     return runSession();
+}
+
+void System::execScript(const QString& text)
+{
+    m_scriptSystem.execute(text, true);
+}
+
+void System::execScriptFile(const Path& file)
+{
+    QFile script(file.osPathQString());
+    if (!script.open(QIODevice::ReadOnly))
+        throw HException(QStringLiteral("cannot open script file \"%1\"").arg(file.osPathQString()));
+    m_scriptSystem.setSourceName(file.fileName());
+    execScript(QString::fromUtf8(script.readAll()) + QLatin1Char('\n'));
 }
 
 void System::applyPropertySetting(const QString& setting)

@@ -3,7 +3,10 @@
 #pragma once
 
 #include "driver/ArgParse.h"
+#include "driver/ConsoleScriptSystem.h"
 #include "driver/Loader.h"
+
+#include "support/Path.h"
 
 #include <QObject>
 #include <QString>
@@ -22,6 +25,9 @@ public:
     int exec(int argc, char** argv);
 
     Loader& loader() { return m_loader; }
+    void execScript(const QString& text);
+    // Throws HException `cannot open script file "FILE"`, or what the script failed with.
+    void execScriptFile(const Path& file);
     // The selected project and configuration; null and empty without a solution.
     ProjectElement* activeProject() const { return m_activeProject; }
     const QString& buildConfiguration() const { return m_configuration; }
@@ -68,7 +74,10 @@ private:
     int runSession();
     void startProgram();
 
+    Console m_console;
+    WScript m_wscript;
     Loader m_loader;
+    ConsoleScriptSystem m_scriptSystem;
     QString m_scriptFile;
     bool m_listProperties = false;
     QStringList m_propertySettings;

@@ -106,9 +106,9 @@ void MAXQ30Simulator::openLibrary()
         throw HException("another simulator is connected");
     m_handle = QTx::loadDLL(file);
     if (!m_handle) {
-        if (helpers())
-            helpers()->message(QTx::dllError());
-        throw HException("Cannot load " + file);
+        HException failure("Cannot load " + file);
+        failure.setHint(QTx::dllError().toStdString());
+        throw failure;
     }
     m_ownsLibrary = true;
     auto make = reinterpret_cast<NewMAXQSIMInterface>(QTx::getDLLAddress(m_handle, "newMAXQSIMInterface"));
@@ -130,9 +130,9 @@ void MAXQ30Simulator::initialiseLibrary()
     if (m_simif->initialise(this, parameter.toLatin1().constData(), romFile.toLatin1().constData()))
         return;
     // What the library says of it helps more than the fixed text.
-    if (helpers() && !m_initialiseError.isEmpty())
-        helpers()->message(QString::fromLatin1(m_initialiseError));
-    throw HException("Cannot open utility ROM hex file " + romFile);
+    HException failure("Cannot open utility ROM hex file " + romFile);
+    failure.setHint(m_initialiseError.toStdString());
+    throw failure;
 }
 
 // Callbacks behind the first six, of a library that has them.

@@ -31,8 +31,6 @@ constexpr const char* triggerTexts[] = {"Execute", "Read", "Write", "Read/Write"
 
 } // namespace
 
-SimulatedPeripherals::Maker SimulatedHMonitor::s_makePeripherals;
-
 SimulatedHMonitor::SimulatedHMonitor(const char* name, bool listAlignmentErrors, bool showPeripherals,
                                      TargetInterfaceHelperFunctions* helpers)
     : HMonitor(SimulatorCapabilities, name, helpers),
@@ -44,28 +42,22 @@ SimulatedHMonitor::SimulatedHMonitor(const char* name, bool listAlignmentErrors,
       m_traceBufferSizeClass("traceBufferSize", PropertyClass::IntegerRange, "256", QString(), "Diagnostic",
                              "Trace Buffer Size", "Set the number of trace entries that are recorded."),
       m_peripheralFile(&m_peripheralFileClass), m_enablePeripheralFile(&m_enablePeripheralFileClass),
-      m_traceBufferSize(&m_traceBufferSizeClass), m_listAlignmentErrors(listAlignmentErrors),
-      m_showPeripherals(showPeripherals)
+      m_traceBufferSize(&m_traceBufferSizeClass), m_listAlignmentErrors(listAlignmentErrors)
 {
+    // Found by name all the same, but not shown.
+    m_peripheralFile.setVisible(showPeripherals);
+    m_enablePeripheralFile.setVisible(showPeripherals);
     m_traceBufferSizeClass.setRange(0, 655536);
 }
 
 SimulatedHMonitor::~SimulatedHMonitor() = default;
 
-void SimulatedHMonitor::setPeripheralMaker(SimulatedPeripherals::Maker maker)
-{
-    s_makePeripherals = std::move(maker);
-}
-
 void SimulatedHMonitor::connect()
 {
     QString file = peripheralFile();
-    if (enablePeripheralFile() && !file.isEmpty()) {
-        if (!s_makePeripherals)
-            throw HException("peripheral files cannot be used here");
-        m_peripherals =
-            s_makePeripherals(MacroSystem::replaceMacros(macroSystem.globalMacros(true), file), this);
-    }
+    if (enablePeripheralFile() && !file.isEmpty())
+        m_peripherals = std::make_unique<PeripheralSimulator>(
+            MacroSystem::replaceMacros(macroSystem.globalMacros(true), file), this);
     m_connected = true;
 }
 
@@ -89,10 +81,8 @@ void SimulatedHMonitor::clear()
 
 void SimulatedHMonitor::getProperties(PropertyValueList& list)
 {
-    if (m_showPeripherals) {
-        list.appendUnique(&m_peripheralFile);
-        list.appendUnique(&m_enablePeripheralFile);
-    }
+    list.appendUnique(&m_peripheralFile);
+    list.appendUnique(&m_enablePeripheralFile);
     list.appendUnique(&m_traceBufferSize);
     HMonitor::getProperties(list);
 }

@@ -7,8 +7,8 @@
 #pragma once
 
 #include "debug/HMonitor.h"
+#include "maxq30/PeripheralSimulator.h"
 #include "maxq30/SimulatedBreakpoints.h"
-#include "maxq30/SimulatedPeripherals.h"
 #include "maxq30/SimulatedTrace.h"
 
 #include <QByteArray>
@@ -100,8 +100,6 @@ public:
     void setEnablePeripheralFile(bool on) { m_enablePeripheralFile.setValue(on); }
     int traceBufferSize() const { return m_traceBufferSize.toInt(); }
     void setTraceBufferSize(int entries) { m_traceBufferSize.setValue(entries); }
-    // Who makes the peripherals of a file; whoever owns the scripts sets it, once for the process.
-    static void setPeripheralMaker(SimulatedPeripherals::Maker maker);
 
     static const char* ErrorToStr(Error error);
     // An unknown text is a MiscError.
@@ -139,7 +137,7 @@ protected:
     void setPendingError(Error error, unsigned address, const char* text = nullptr);
     // False when a data access cannot match, so that it need not be looked at.
     bool watchesData() const { return m_breakpoints.mayMatchData(); }
-    SimulatedPeripherals* peripherals() { return m_peripherals.get(); }
+    PeripheralSimulator* peripherals() { return m_peripherals.get(); }
 
 private:
     enum Action { StopAction, TraceAction };
@@ -158,7 +156,6 @@ private:
     TargetInterfacePropertyValue m_traceBufferSize;
 
     bool m_listAlignmentErrors;
-    bool m_showPeripherals;
     bool m_connected = false;
     bool m_stopped = true;
     bool m_traceEnabled = false;
@@ -176,6 +173,5 @@ private:
     unsigned m_lastPC = 0;
     unsigned m_loopCount = 0;
     unsigned m_cycleCount = 0;
-    std::unique_ptr<SimulatedPeripherals> m_peripherals;
-    static SimulatedPeripherals::Maker s_makePeripherals;
+    std::unique_ptr<PeripheralSimulator> m_peripherals;
 };

@@ -31,5 +31,6 @@ void BuiltinScript::call(ESContext* context, ESObject* function, ESObject*, int,
         context->throwError(QStringLiteral("bad signature in BuiltinScript::call"));
     QByteArray text = context->toString(argv[0], 10).toUtf8();
     std::fwrite(text.constData(), 1, size_t(text.size()), stdout);
+    std::fflush(stdout);
     argv[0] = g_undefined;
 }

@@ -234,7 +234,8 @@ void markFrames(ESNode* function)
 
 } // namespace
 
-ESCompiler::ESLocation ESCompiler::resolve(ESNode* function, ESCode* code, ESString* name, int withDepth, int pass)
+ESCompiler::ESLocation ESCompiler::resolve(ESNode* function, ESCode* code, ESString* name, int withDepth,
+                                           int pass, bool make)
 {
     if (pass == 1 && function) {
         if (name == g_argumentsString) {
@@ -274,6 +275,8 @@ ESCompiler::ESLocation ESCompiler::resolve(ESNode* function, ESCode* code, ESStr
             return {ESLocation::Dynamic};
         }
     }
+    if (!make)
+        return {ESLocation::Dynamic};
     int slot = globalSlot(name, 0);
     if (slot > 0xFFFF)
         return {ESLocation::Dynamic};

@@ -98,7 +98,8 @@ private:
     // Names.
     void codevar(ESString* name, unsigned attributes, bool redeclare);
     void codevar(ESNode* function, ESCode* code, ESString* name, unsigned attributes, bool redeclare);
-    ESLocation resolve(ESNode* function, ESCode* code, ESString* name, int withDepth, int pass);
+    // An unknown name gets a global slot, unless `make` is false; then it is looked for when it is used.
+    ESLocation resolve(ESNode* function, ESCode* code, ESString* name, int withDepth, int pass, bool make = true);
     int globalSlot(ESString* name, unsigned attributes);
     static ESString* mktempnam();
 

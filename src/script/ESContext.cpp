@@ -171,13 +171,9 @@ bool ESContext::askToGoOn()
 
 bool ESContext::keepGoing()
 {
-    if (--m_budget >= 0)
-        return true;
-    if (strict()) {
-        m_budget = ESLimits::HookStride;
+    if (strict())
         return carryOnExecuting();
-    }
-    return askToGoOn();
+    return --m_budget >= 0 || askToGoOn();
 }
 
 ESCompletion ESContext::eval(const QString& source, const QString& file)
@@ -244,6 +240,11 @@ int ESContext::registerFunctionCode(std::unique_ptr<ESCode> code)
 ESCode* ESContext::functionCode(int index)
 {
     return codeVector()[size_t(index)].get();
+}
+
+void ESContext::forgetFunctionCode()
+{
+    codeVector().clear();
 }
 
 // Failures.

@@ -228,6 +228,8 @@ public:
     // All functions ever compiled, for the whole process; CLOSURE carries the index.
     static int registerFunctionCode(std::unique_ptr<ESCode> code);
     static ESCode* functionCode(int index);
+    // Frees it, for a process that goes through many contexts. No context may be alive.
+    static void forgetFunctionCode();
 
 private:
     friend class ESNativeClasses;

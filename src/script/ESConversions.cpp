@@ -1,8 +1,8 @@
 // Conversions between the types of values, and the operators on values of any type.
 #include "script/ESCode.h"
 #include "script/ESContext.h"
+#include "script/ESNumberText.h"
 
-#include <array>
 #include <charconv>
 #include <cmath>
 
@@ -64,13 +64,12 @@ double parseNumber(QStringView text)
             value = digits.toULong(&ok, 16);
         return ok ? double(value) : NaN;
     }
-    QStringView magnitude = stripped.startsWith(u'-') || stripped.startsWith(u'+') ? stripped.mid(1) : stripped;
-    if (magnitude == u"Infinity")
-        return stripped[0] == u'-' ? -Infinity : Infinity;
-    if (magnitude.isEmpty() || !(magnitude[0].isDigit() || magnitude[0] == u'.'))
+    bool negative = stripped[0] == u'-';
+    QStringView magnitude = negative || stripped[0] == u'+' ? stripped.mid(1) : stripped;
+    double value = Infinity;
+    if (magnitude != u"Infinity" && !decimalToNumber(magnitude, value))
         return NaN;
-    double value = stripped.toDouble(&ok);
-    return ok || std::isinf(value) ? value : NaN;
+    return negative ? -value : value;
 }
 
 } // namespace

@@ -353,7 +353,7 @@ void ESGenerator::deleteExpression(ESNode* node)
 {
     ESNode* target = node->kids[0];
     if (target->kind == ESToken::Identifier) {
-        Location where = locate(target->name);
+        Location where = m_compiler.resolve(m_function, m_code, target->name, m_withDepth, m_pass, false);
         if (where.kind == Location::Parameter || where.kind == Location::Local)
             gen0(VM_FALSE);
         else

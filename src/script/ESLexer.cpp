@@ -1,10 +1,10 @@
 #include "script/ESLexer.h"
 
 #include "script/ESContext.h"
+#include "script/ESNumberText.h"
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstring>
 
 namespace {
@@ -230,12 +230,9 @@ int ESLexer::scanNumber()
         while (is(at(m_position), Decimal))
             ++m_position;
     }
-    QByteArray text = m_source.mid(start, m_position - start).toLatin1();
-    auto [end, status] = std::from_chars(text.constBegin(), text.constEnd(), m_number);
-    if (status == std::errc::result_out_of_range)
-        m_number = text.toDouble(); // 0 or infinity
-    else if (status != std::errc() || end != text.constEnd())
-        fail(QStringLiteral("bad parse of numerical constant '%1'").arg(QString::fromLatin1(text)));
+    QStringView text(m_source.constData() + start, m_position - start);
+    if (!decimalToNumber(text, m_number))
+        fail(QStringLiteral("bad parse of numerical constant '%1'").arg(text));
     return ESToken::NumberLiteral;
 }
 

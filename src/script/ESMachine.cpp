@@ -1,5 +1,6 @@
 // The instruction loop. It runs the steps of ESThread; A, the stack pointer and the step pointer live in
-// local variables, and are written back before anything that can call, throw or read the line.
+// local variables, and are written back before anything that can call, throw or read the line. What is
+// passed on by reference is a copy, ESValue(A), so that A itself can stay in registers.
 #include "script/ESCode.h"
 #include "script/ESContext.h"
 #include "script/ESFrame.h"
@@ -28,7 +29,7 @@ inline bool truth(const ESValue& value)
 {
     if (value.isBoolean())
         return value.bits();
-    return value.isObject() || ESContext::toBoolean(value);
+    return value.isObject() || ESContext::toBoolean(ESValue(value));
 }
 
 // The number as a key below the table of number strings, or -1.
@@ -138,7 +139,7 @@ template <bool Strict> ESValue ESContext::run()
             var = object_.object();                                                                          \
         } else {                                                                                             \
             SAVE();                                                                                          \
-            var = ToObject(object_);                                                                         \
+            var = ToObject(ESValue(object_));                                                                         \
         }                                                                                                    \
     } while (0)
 
@@ -174,7 +175,7 @@ do_CLOSURE: PUSH(ESValue(mkfunction(ip->u.code, m_scope))); NEXT();
 
 do_INITF: {
     ESObject* object = (--sp)->object();
-    object->define(ip->u.name, 0, A);
+    object->define(ip->u.name, 0, ESValue(A));
     A = ESValue(object);
     NEXT();
 }
@@ -247,7 +248,9 @@ do_GETW: {
         }
     }
     SAVE();
-    dynamicGet(ip->u.name, A);
+    ESValue value;
+    dynamicGet(ip->u.name, value);
+    A = value;
     NEXT();
 }
 
@@ -264,7 +267,7 @@ do_PUTW: {
         }
     }
     SAVE();
-    dynamicPut(ip->u.name, A);
+    dynamicPut(ip->u.name, ESValue(A));
     POP();
     NEXT();
 }
@@ -283,7 +286,7 @@ do_PUTW: {
             A = found_ ? found_->value() : g_undefined;                                                      \
         } else {                                                                                             \
             SAVE();                                                                                          \
-            A = memberOf(holder_, ip->u.name);                                                               \
+            A = memberOf(ESValue(holder_), ip->u.name);                                                               \
         }                                                                                                    \
     } while (0)
 
@@ -300,11 +303,11 @@ do_GETF_T: *sp++ = A; GET_NAMED(ESValue(m_self)); NEXT();
                 if (!(found_->attributes & ESProperty::ReadOnly))                                            \
                     found_->setValue(v_);                                                                    \
             } else {                                                                                         \
-                ip->cache = o_->append(ip->u.name, 0, v_);                                                   \
+                ip->cache = o_->append(ip->u.name, 0, ESValue(v_));                                                   \
             }                                                                                                \
         } else {                                                                                             \
             SAVE();                                                                                          \
-            o_->cls->put(this, o_, ip->u.name, v_);                                                          \
+            o_->cls->put(this, o_, ip->u.name, ESValue(v_));                                                          \
         }                                                                                                    \
     } while (0)
 
@@ -338,7 +341,7 @@ do_PUTF_T:
             A = found_ ? found_->value() : o_->prototype ? plainGet(o_->prototype, name_) : g_undefined;     \
         } else {                                                                                             \
             SAVE();                                                                                          \
-            A = getByKey(h_, k_);                                                                            \
+            A = getByKey(ESValue(h_), ESValue(k_));                                                                            \
         }                                                                                                    \
     } while (0)
 
@@ -369,10 +372,10 @@ do_GETX_RR: *sp++ = A; GET_ELEMENT(REGISTER(ip->a), REGISTER(ip->c)); NEXT();
                 && data_[0].name == g_lengthString && !(data_[guess_].attributes & ESProperty::ReadOnly))    \
                 data_[guess_].setValue(v_);                                                                  \
             else                                                                                             \
-                putElement(o_, name_, v_);                                                                   \
+                putElement(o_, name_, ESValue(v_));                                                                   \
         } else {                                                                                             \
             SAVE();                                                                                          \
-            putByKey(h_, k_, v_);                                                                            \
+            putByKey(ESValue(h_), ESValue(k_), ESValue(v_));                                                                            \
         }                                                                                                    \
     } while (0)
 
@@ -388,16 +391,16 @@ do_MEMBEROP: {
     ESValue right = *--sp;
     OBJECT(object, holder);
     SAVE();
-    ESString* name = toEString(A);
-    A = binary(ip->a, get(object, name), right);
-    put(object, name, A);
+    ESString* name = toEString(ESValue(A));
+    A = binary(ip->a, get(object, name), ESValue(right));
+    put(object, name, ESValue(A));
     NEXT();
 }
 
 do_STEPX:
     SAVE();
     --sp;
-    A = incrementMember(*sp, A, ip->c, ip->b);
+    A = incrementMember(*sp, ESValue(A), ip->c, ip->b);
     NEXT();
 do_STEPW:
     SAVE();
@@ -409,14 +412,14 @@ do_STEPW:
         ESValue old_ = (slot).value();                                                                       \
         if (!old_.isNumber()) [[unlikely]] {                                                                 \
             SAVE();                                                                                          \
-            hardToNumber(old_);                                                                              \
+            old_ = ESValue(ToNumber(ESValue(old_)));                                                                           \
         }                                                                                                    \
         (slot).setValue(ESValue(old_.number() + ip->c));                                                     \
     } while (0)
 
 do_STEP:
     SAVE();
-    A = ESValue(ToNumber(A) + ip->c);
+    A = ESValue(ToNumber(ESValue(A)) + ip->c);
     NEXT();
 do_STEPR:
     if (!REGISTER(ip->a).isNumber()) [[unlikely]] {
@@ -434,7 +437,7 @@ do_DELETEX: {
     ESValue holder = *--sp;
     OBJECT(object, holder);
     SAVE();
-    A = ESValue::boolean(deleteProperty(object, toEString(A)));
+    A = ESValue::boolean(deleteProperty(object, toEString(ESValue(A))));
     NEXT();
 }
 
@@ -462,13 +465,13 @@ do_CALLF: {
     if (holder.isObject()) [[likely]]
         CALL(A, holder.object(), ip->b);
     SAVE();
-    CALL(A, receiver(holder, A.isObject() ? A.object() : nullptr), ip->b);
+    CALL(A, receiver(ESValue(holder), A.isObject() ? A.object() : nullptr), ip->b);
 }
 do_CALLX: {
     ESValue holder = *--sp;
     GET_ELEMENT(holder, A);
     SAVE();
-    CALL(A, receiver(holder, A.isObject() ? A.object() : nullptr), ip->a);
+    CALL(A, receiver(ESValue(holder), A.isObject() ? A.object() : nullptr), ip->a);
 }
 
 do_NEW: {

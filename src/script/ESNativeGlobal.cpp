@@ -1,7 +1,8 @@
 #include "script/ESNativeGlobal.h"
 
+#include "script/ESNumberText.h"
+
 #include <QFile>
-#include <charconv>
 #include <cmath>
 
 namespace {
@@ -51,9 +52,11 @@ double parseInt(const QString& source, int radix)
         ++at;
     if (at == start)
         return NaN;
-    if (radix == 10)
-        return sign * text.mid(start, at - start).toDouble();
     double value = 0;
+    if (radix == 10) {
+        decimalToNumber(QStringView(text).mid(start, at - start), value);
+        return sign * value;
+    }
     for (int i = start; i < at; ++i)
         value = value * radix + digitOf(text[i]);
     return sign * value;
@@ -63,29 +66,28 @@ double parseFloat(const QString& source)
 {
     QString text = source.trimmed();
     auto isDigit = [&](int at) { return at < text.size() && digitOf(text[at]) < 10; };
-    int at = !text.isEmpty() && (text[0] == '-' || text[0] == '+') ? 1 : 0;
-    if (QStringView(text).mid(at).startsWith(u"Infinity"))
-        return text[0] == '-' ? -Infinity : Infinity;
-    int digits = 0;
-    for (; isDigit(at); ++at)
-        ++digits;
-    if (at < text.size() && text[at] == '.') {
+    bool negative = text.startsWith('-');
+    const int start = negative || text.startsWith('+') ? 1 : 0;
+    if (QStringView(text).mid(start).startsWith(u"Infinity"))
+        return negative ? -Infinity : Infinity;
+    int at = start;
+    while (isDigit(at))
         ++at;
-        for (; isDigit(at); ++at)
-            ++digits;
-    }
-    if (!digits)
-        return NaN;
+    if (at < text.size() && text[at] == '.')
+        for (++at; isDigit(at);)
+            ++at;
     if (at < text.size() && (text[at] == 'e' || text[at] == 'E')) {
         int exponent = at + 1;
         if (exponent < text.size() && (text[exponent] == '-' || text[exponent] == '+'))
             ++exponent;
-        if (isDigit(exponent)) {
+        if (isDigit(exponent))
             for (at = exponent; isDigit(at);)
                 ++at;
-        }
     }
-    return text.left(at).toDouble();
+    double value;
+    if (!decimalToNumber(QStringView(text).mid(start, at - start), value))
+        return NaN;
+    return negative ? -value : value;
 }
 
 } // namespace

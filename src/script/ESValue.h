@@ -28,6 +28,15 @@ public:
     };
 
     constexpr ESValue() = default;
+    // Copied member by member: two moves that follow the two of the last writing forward quicker than one
+    // wide move, and leave the machine's locals in registers.
+    constexpr ESValue(const ESValue& other) : m_type(other.m_type), m_bits(other.m_bits) {}
+    constexpr ESValue& operator=(const ESValue& other)
+    {
+        m_type = other.m_type;
+        m_bits = other.m_bits;
+        return *this;
+    }
     constexpr ESValue(double number) : m_type(Number), m_bits(std::bit_cast<uint64_t>(number)) {}
     ESValue(ESObject* object) : ESValue(Object, reinterpret_cast<uintptr_t>(object)) {}
     ESValue(ESString* string) : ESValue(String, reinterpret_cast<uintptr_t>(string)) {}

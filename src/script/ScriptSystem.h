@@ -15,6 +15,8 @@ public:
     virtual bool executing() const = 0;
     virtual bool stopRequested() const = 0;
     virtual void requestStop() = 0;
+    // The file that the next texts come from, for messages.
+    virtual void setSourceName(const QString&) {}
 };
 
 // The one of the process; null until the tool has made it.

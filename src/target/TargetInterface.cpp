@@ -6,7 +6,8 @@
 #include "support/PlatformConstants.h"
 
 TargetInterface::TargetInterface(int capabilities, const char* name, TargetInterfaceHelperFunctions* helpers)
-    : m_name(QString::fromLatin1(name)), m_capabilities(capabilities), m_helpers(helpers),
+    : ESClass("TargetInterface"), m_name(QString::fromLatin1(name)), m_capabilities(capabilities),
+      m_helpers(helpers),
       m_deviceIdClass("device_id", PropertyClass::String, QString(), QString(), "Target", "Device Type",
                       "The detected type of the currently connected target device."),
       m_eraseAllClass("loaderEraseAll", PropertyClass::Boolean, QString(), QString(), "Loader", "Erase All",

@@ -2,10 +2,12 @@
 // connection, run control, memory and load files, for the session, the download engine and the
 // debugger. Operations report failure by throwing HException.
 //
-// Erase, program, verify and upload are in DownloadEngine.cpp, the script hooks in TargetScripts.cpp.
+// Erase, program, verify and upload are in DownloadEngine.cpp, the script hooks in TargetScripts.cpp, and
+// the object that scripts see in TargetScriptObject.cpp.
 #pragma once
 
 #include "project/PropertyClass.h"
+#include "script/ESClass.h"
 #include "support/AddressRanges.h"
 #include "target/TargetInterfaceHelperFunctions.h"
 #include "target/TargetInterfacePropertyValue.h"
@@ -21,7 +23,7 @@ class ProjectElement;
 class TargetMemoryInterface;
 class TargetRegisterInterface;
 
-class TargetInterface {
+class TargetInterface : public ESClass {
 public:
     enum Capability {
         CanAccessMemory = 0x3,
@@ -36,9 +38,10 @@ public:
 
     // The helpers are not owned and outlive the target.
     TargetInterface(int capabilities, const char* name, TargetInterfaceHelperFunctions* helpers);
-    virtual ~TargetInterface();
-    TargetInterface(const TargetInterface&) = delete;
-    TargetInterface& operator=(const TargetInterface&) = delete;
+    ~TargetInterface() override;
+
+    // A call of one of the script object's functions; the function object's builtin id says which.
+    void call(ESContext* context, ESObject* function, ESObject* self, int argc, ESValue* argv) override;
 
     const QString& name() const { return m_name; }
 
@@ -94,6 +97,10 @@ public:
     // compared only where this load erased it.
     virtual bool verifyLoadFile(LoadFileInterface* file, const char* name, bool patched, bool erasedOnly);
     virtual void patchLoadFile(LoadFileInterface*) {}
+
+    // Adds the object "TargetInterface" to a context's global scope; answers it, so that a target can add
+    // functions of its own, with ids from FirstFreeScriptId. The target must outlive the context.
+    virtual ESObject* installScriptObject(ESContext* context);
 
     virtual bool loaderEraseAll() const;
 
@@ -151,6 +158,8 @@ public:
     QString targetScript();
 
 protected:
+    static constexpr int FirstFreeScriptId = 20;
+
     TargetInterfaceHelperFunctions* helpers() const { return m_helpers; }
     ProjectElement* project() const { return m_project; }
     const QString& configuration() const { return m_configuration; }
@@ -186,6 +195,7 @@ private:
     QString m_configuration;
     int m_loadDepth = 0;
     QString m_verifyMismatch;
+    QString m_targetScriptName;
     AddressRanges m_touched[2]; // erased during the running load: code memory, EEPROM
     void (*m_progressing)() = noop;
 };

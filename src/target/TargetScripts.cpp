@@ -4,8 +4,13 @@
 #include "project/BuildSystem.h"
 #include "project/CachedTextFile.h"
 #include "project/ProjectElement.h"
+#include "script/ScriptSystem.h"
 #include "support/HException.h"
 #include "target/TargetInterface.h"
+
+namespace {
+constexpr int GroupCount = 0x4000; // of beginGroup: a group of the hooks
+}
 
 bool TargetInterface::executeResetScript(bool loader)
 {
@@ -59,10 +64,18 @@ bool TargetInterface::executeScript(const char* property, const char* messagePre
     if (script.isEmpty())
         return false;
     if (group)
-        m_helpers->beginGroup(QLatin1String(group), 0x4000);
+        m_helpers->beginGroup(QLatin1String(group), GroupCount);
     if (messagePrefix)
         m_helpers->message(QLatin1String(messagePrefix) + script);
-    throw HException(QLatin1String("this version cannot run target scripts: ") + script);
+    if (!scriptSystem)
+        throw HException(QLatin1String("no script system for target script ") + script);
+    // The helper functions are defined again before every hook, and the property's line calls them.
+    QString helperFunctions = targetScript();
+    scriptSystem->setSourceName(m_targetScriptName.isEmpty() ? QLatin1String(property) : m_targetScriptName);
+    scriptSystem->execute(helperFunctions + QLatin1Char('\n') + script, false);
+    if (group)
+        m_helpers->endGroup(QString());
+    return true;
 }
 
 QString TargetInterface::targetScript()
@@ -80,6 +93,7 @@ QString TargetInterface::targetScript()
         m_helpers->message(QLatin1String("Loading target script file ") + file->path().fileName());
         cachedText = CachedTextFile::read(file->path().osPathQString(), nullptr);
         cachedPath = file->path().osPathQString();
+        m_targetScriptName = file->path().fileName();
     }
     return cachedText;
 }

@@ -1,0 +1,13 @@
+#include "zoff/ZOFFSymbol.h"
+
+ZOFFEvaluation ZOFFSymbol::evaluate() const
+{
+    if (!m_value)
+        return ZOFFEvaluation::failure("undefined symbol " +
+                                       (m_name ? std::string(m_name->view()) : std::string()));
+    ZOFFEvaluation result = m_value->evaluate();
+    result.codeletIndex = m_codeletIndex;
+    result.patchable = m_patchable;
+    result.patched = m_patched;
+    return result;
+}

@@ -1,0 +1,24 @@
+// What a module may ask of this machine. A file beyond these is refused as a bad object file.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace ZOFFLimits {
+
+constexpr int StackEntries = 100; // of the reader's operand stack
+constexpr uint64_t StringPoolBytes = 0xFFFFFF;
+constexpr int MaxNesting = 10'000;           // of expressions, types and scopes
+constexpr uint32_t ExpressionNodes = 30'000; // of one expression, counted as a tree
+constexpr int EvaluationSteps = 100'000;     // of one evaluation, through all symbols
+constexpr int SymbolNesting = 1'000;         // symbols whose values mention one another
+constexpr int InitNesting = 100;             // sections that are filled from one another
+constexpr int64_t CodeBytes = 64 << 20;      // of all items of a module, and of one load file
+constexpr int TypeNameParts = 10'000;        // types mentioned in one printed name
+constexpr int TypeNameNesting = 1'000;       // of types in one printed name
+constexpr size_t TypeNameLength = 65'536;    // of a printed name; what is longer ends in "..."
+constexpr int64_t NameLength = 65'536;       // of one name in a file
+constexpr int64_t NameBytesFree = 1 << 20;   // of all names of a file: this and so much a file byte
+constexpr int64_t NameBytesPerByte = 16;
+
+} // namespace ZOFFLimits
