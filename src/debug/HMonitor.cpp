@@ -1,6 +1,6 @@
 #include "debug/HMonitor.h"
 
 HMonitor::HMonitor(int capabilities, const char* name, TargetInterfaceHelperFunctions* helpers)
-    : TargetInterface(capabilities, name, helpers)
+    : ZOFFTargetInterface(capabilities, name, helpers)
 {
 }

@@ -3,11 +3,11 @@
 // can do; the defaults say that it cannot.
 #pragma once
 
-#include "target/TargetInterface.h"
+#include "zoff/ZOFFTargetInterface.h"
 
 struct HBreakpoint;
 
-class HMonitor : public TargetInterface {
+class HMonitor : public ZOFFTargetInterface {
 public:
     HMonitor(int capabilities, const char* name, TargetInterfaceHelperFunctions* helpers);
 

@@ -1,6 +1,6 @@
 #include "zoff/ZOFFLoadFileFactory.h"
 
-#include "support/HException.h"
+#include "zoff/ZOFFLoadFile.h"
 
 #include <cstring>
 
@@ -22,7 +22,7 @@ ZOFFLoadFileFactory::ZOFFLoadFileFactory()
 LoadFileInterface* ZOFFLoadFileFactory::create(const char* file, const char* type)
 {
     if (strcmp(type, ExecutableType) == 0)
-        throw HException(std::string("this version cannot read linked executables: ") + file);
+        return new ZOFFLoadFile(Path(file));
     return LoadFileFactory::create(file, type);
 }
 

@@ -1,0 +1,14 @@
+#include "maxq30/ZOFFMAXQ30Reader.h"
+
+#include "maxq30/ZOFFMAXQ30Insn.h"
+
+ZOFFProcessorInsn* ZOFFMAXQ30Reader::makeInsn()
+{
+    auto opcode = uint64_t(popConst());
+    return new ZOFFMAXQ30Insn(opcode, popExpr(true));
+}
+
+ZOFFReader* newZOFFReader(const HByteStream* input, bool keepLoci)
+{
+    return new ZOFFMAXQ30Reader(input, keepLoci);
+}

@@ -1,0 +1,144 @@
+// Reads an object file, a library or an executable. A file is a program for a small stack machine, run
+// in one pass from its first byte to its last; the objects of a module are what it builds on the way.
+//
+// Every fault of a file throws one HException and leaves nothing behind. Work and memory are bounded by
+// the size of the file: what a file asks for beyond that (limits.h) makes it a bad one.
+#pragma once
+
+#include "zoff/ZOFFObject.h"
+
+#include <memory>
+#include <span>
+#include <string_view>
+#include <vector>
+
+class HByteStream;
+class ZOFFExpr;
+class ZOFFFilename;
+class ZOFFFunctionType;
+class ZOFFInitInsn;
+class ZOFFInsn;
+class ZOFFLocus;
+class ZOFFMarker;
+class ZOFFModule;
+class ZOFFProcessorInsn;
+class ZOFFPtrType;
+class ZOFFSection;
+class ZOFFStrucType;
+class ZOFFSymbol;
+
+class ZOFFReader {
+public:
+    // The bytes are the whole file and outlive the reader. With keepLoci every item refers to the source
+    // position in force; without, only the first one behind it does.
+    ZOFFReader(const HByteStream* input, bool keepLoci);
+    ZOFFReader(std::span<const unsigned char> input, bool keepLoci) : m_input(input), m_keepLoci(keepLoci) {}
+    virtual ~ZOFFReader();
+    ZOFFReader(const ZOFFReader&) = delete;
+    ZOFFReader& operator=(const ZOFFReader&) = delete;
+
+    // The module, which the caller gives back through release(); null for a file without one. `verbose`
+    // traces each record on standard output.
+    ZOFFModule* readFile(bool verbose);
+    // Up to the end of what a scan for dependencies needs: libraries and attributes.
+    ZOFFModule* readFileQuickly(bool verbose);
+    // Ends the module with all that is in it; null is allowed.
+    static void release(ZOFFModule* module);
+
+protected:
+    // One instruction, made from its operands on the stack.
+    virtual ZOFFProcessorInsn* makeInsn() = 0;
+
+public:
+    virtual const char* processorName() const = 0;
+
+protected:
+    // The operand stack. Each operation throws when the operand is not what it asks for.
+    void push(ZOFFObject* object); // also null
+    ZOFFObject* popObject();       // also null
+    int64_t popConst();
+    int64_t popConst(uint64_t min, uint64_t max); // compared unsigned, both bounds included
+    ZOFFExpr* popExpr(bool allowNull);
+    ZOFFScope* popScope(bool allowNull);
+    std::string_view popString();
+    ZOFFSection* popSection();
+    ZOFFType* popType();
+    ZOFFSymbol* popSymbol();
+
+private:
+    // An entry of the stack or of the alias table. Literals and strings become objects only where one
+    // is asked for: an executable has several of each for every instruction.
+    struct Entry {
+        enum Kind : uint32_t { Object, Const, String };
+        Kind kind = Object;
+        uint32_t length = 0; // of a string
+        union {
+            ZOFFObject* object = nullptr;
+            int64_t value;
+            const char* text;
+        };
+        bool isNull() const { return kind == Object && !object; }
+    };
+
+    ZOFFModule* read(bool verbose);
+    void perform(unsigned tag);
+    void performType(ZOFFTag tag);
+    void performItem(ZOFFTag tag);
+    void performScope(ZOFFTag tag);
+    void trace(size_t offset, unsigned tag) const;
+    std::string describe(const Entry& entry) const;
+
+    unsigned char getByte();
+    void readWideLiteral();
+    void readStringPool();
+    void pushConst(int64_t value);
+    void pushEntry(const Entry& entry);
+    Entry popEntry();
+    ZOFFObject* objectOf(const Entry& entry);
+
+    // Numbers that are kept in 32 bits, signed or not; sizes and counts, which are never negative.
+    int32_t popInt32();
+    int32_t popSize();
+    const HString* popName();       // of a string, which is not missing
+    const HString* popNameOrNull(); // null for NULL
+    ZOFFObject* popAnyObject();     // not null
+    ZOFFFilename* popFile();
+    ZOFFStrucType* popStruc();
+    ZOFFFunctionType* popFunction();
+    const HString* nameOf(std::string_view bytes);
+    void chargeNameBytes(size_t count);
+
+    ZOFFModule& module() const;
+    void needSection() const;
+    ZOFFInsn& currentInsn() const;
+    ZOFFMarker* marker(uint64_t number);
+    void place(ZOFFInsn* insn);
+    void placeAsCurrent(ZOFFInsn* insn);
+
+    std::span<const unsigned char> m_input;
+    size_t m_position = 0;
+    bool m_keepLoci;
+    bool m_quick = false;
+
+    Entry m_stack[100];
+    int m_depth = 0;
+    std::vector<Entry> m_aliases; // a null entry is a hole
+    std::vector<ZOFFMarker*> m_markers;
+    std::string_view m_strings;
+    int64_t m_nameBytes = 0; // of all names so far
+    int64_t m_codeBytes = 0; // of all items so far
+
+    std::unique_ptr<Pool> m_pool; // until the module is handed out
+    ZOFFModule* m_module = nullptr;
+    ZOFFSection* m_section = nullptr;
+    ZOFFInsn* m_insn = nullptr;
+    ZOFFLocus* m_locus = nullptr;
+    int32_t m_pc = -1;
+    int32_t m_stackAdjust = 0;
+    bool m_breakPending = false;
+    ZOFFPtrType* m_lastPointer = nullptr;
+    std::vector<ZOFFInitInsn*> m_inits;
+};
+
+// The reader of this build's processor; defined where the processor is. The caller deletes it.
+ZOFFReader* newZOFFReader(const HByteStream* input, bool keepLoci);

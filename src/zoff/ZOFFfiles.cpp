@@ -1,0 +1,50 @@
+#include "zoff/ZOFFfiles.h"
+
+#include "support/HByteStream.h"
+#include "support/HException.h"
+#include "zoff/ZOFFReader.h"
+
+#include <algorithm>
+#include <memory>
+
+ZOFFfiles g_ZOFFfiles;
+
+openFilesInfo* ZOFFfiles::findOpenFilesInfo(const Path& path)
+{
+    Path now(path.osPath()); // asks the file system anew
+    auto found = std::find_if(m_files.begin(), m_files.end(), [&now](const openFilesInfo& info) {
+        return info.path == now && info.lastModified == now.lastModified() && info.size == now.size();
+    });
+    return found == m_files.end() ? nullptr : &*found;
+}
+
+ZOFFModule* ZOFFfiles::getModule(const Path& path)
+{
+    Path now(path.osPath());
+    if (!now.exists())
+        throw HException("Can't access " + path.osPath());
+    if (openFilesInfo* info = findOpenFilesInfo(now)) {
+        ++info->moduleCount;
+        return info->module;
+    }
+    // Time and size are those from before the read: a file that is written meanwhile is read again.
+    openFilesInfo info{now, now.lastModified(), now.size()};
+    HFileInputByteStream input(now.osPath());
+    std::unique_ptr<ZOFFReader> reader(newZOFFReader(&input, true));
+    info.module = reader->readFile(false);
+    if (!info.module)
+        return nullptr;
+    info.moduleCount = 1;
+    m_files.push_front(info);
+    return info.module;
+}
+
+void ZOFFfiles::release(ZOFFModule* module)
+{
+    auto found = std::find_if(m_files.begin(), m_files.end(),
+                              [module](const openFilesInfo& info) { return info.module == module; });
+    if (found == m_files.end() || --found->moduleCount > 0)
+        return;
+    m_files.erase(found);
+    ZOFFReader::release(module);
+}
