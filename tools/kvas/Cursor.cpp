@@ -1,4 +1,5 @@
 #include "tools/kvas/Cursor.h"
+#include "tools/kvas/limits.h"
 
 #include <charconv>
 
@@ -97,6 +98,8 @@ std::string_view Cursor::identifier()
             continue;
         break;
     }
+    if (size_t(at - start) > limits::NameLength)
+        fail("the name is too long");
     m_at = at;
     return {start, size_t(at - start)};
 }
@@ -221,8 +224,12 @@ std::string Cursor::quoted()
 
 std::string Cursor::name(const char* what)
 {
-    if (peek() == '"')
-        return quoted();
+    if (peek() == '"') {
+        std::string text = quoted();
+        if (text.size() > limits::NameLength)
+            fail("the name is too long");
+        return text;
+    }
     std::string_view word = identifier();
     if (word.empty())
         fail(std::string("expected ") + what);

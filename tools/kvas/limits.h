@@ -16,6 +16,7 @@ constexpr unsigned Errors = 100;                  // reported before giving up
 // 100 operands on its stack, so an expression may not be deeper than that.
 constexpr unsigned Nesting = 48;
 constexpr unsigned ScopeDepth = 64;
+constexpr size_t NameLength = 1000;
 // Symbols defined through symbols.
 constexpr unsigned SymbolChain = 200;
 

@@ -1,4 +1,6 @@
 // The command: kvas [options] SOURCE...
+#include "support/HException.h"
+#include "tools/kvas/Dump.h"
 #include "tools/kvas/Link.h"
 #include "tools/kvas/OutputFile.h"
 
@@ -8,10 +10,6 @@
 #include <filesystem>
 #include <optional>
 #include <string_view>
-
-#ifdef KVAS_WITH_DUMP
-#include "tools/kvas/Dump.h"
-#endif
 
 namespace {
 
@@ -139,13 +137,15 @@ int main(int argc, char** argv)
             fputs(usage, stdout);
             return 0;
         }
-#ifdef KVAS_WITH_DUMP
-        if (!options.dump.empty())
-            return kvas::dump(options.dump, stdout) ? 0 : 1;
-#endif
+        if (!options.dump.empty()) {
+            kvas::dump(options.dump, stdout);
+            return 0;
+        }
         return assemble(options);
     } catch (const UsageError& error) {
         return fail(error.text);
+    } catch (const HException& error) {
+        return fail(error.message());
     } catch (const std::exception& error) {
         return fail(error.what());
     }

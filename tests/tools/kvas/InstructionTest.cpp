@@ -1,7 +1,7 @@
 // Instructions both ways: what disassembly prints is what the assembler reads.
+#include "tools/kvas/Instruction.h"
 #include "maxq30/ZOFFMAXQ30Insn.h"
 #include "tools/kvas/Expression.h"
-#include "tools/kvas/Instruction.h"
 
 #include <gtest/gtest.h>
 #include <iterator>
@@ -59,7 +59,8 @@ public:
         uint64_t back = 0;
         std::string fault = assemble(text, at < 0 ? 0x2000 : uint32_t(at), back);
         EXPECT_EQ(fault, "") << text;
-        EXPECT_EQ(back, opcode) << std::hex << opcode << " prints as" << text << " which assembles to " << back;
+        EXPECT_EQ(back, opcode) << std::hex << opcode << " prints as" << text << " which assembles to "
+                                << back;
     }
 
     Program program;
@@ -109,24 +110,34 @@ TEST_F(Assembly, PrefixedWordsComeBackFromTheirText)
             continue;
         for (unsigned destination : {9u, 0x19u, 0x8Fu, 0xFFu, 0x13Fu}) {
             uint64_t prefix = (source & 0x100) << 4 | (destination & 0x180) << 6;
-            uint64_t opcode = (prefix ? (0x0B00 | prefix) << 16 : 0) | 0x8000 | (destination & 0x7F) << 8 | (source & 0xFF);
+            uint64_t opcode =
+                (prefix ? (0x0B00 | prefix) << 16 : 0) | 0x8000 | (destination & 0x7F) << 8 | (source & 0xFF);
             if (source < 0x100 || (source & 0xFF) != 13) // printed as POP, which has no prefix
                 expectRoundTrip(opcode, 0);
         }
     }
-    for (uint64_t opcode : {0x2B00'0A05ull, 0x2B00'1A00ull, 0x2B12'7A34ull, 0x0B01'2B12'7A34ull, 0x2B00'8A0Aull,
-                            0x1B00'9A3Full, 0x3B00'8A3Full, 0x1B00'8C3Full, 0x1B00'8D3Full, 0x1B00'C70Full})
+    for (uint64_t opcode :
+         {0x2B00'0A05ull, 0x2B00'1A00ull, 0x2B12'7A34ull, 0x0B01'2B12'7A34ull, 0x2B00'8A0Aull, 0x1B00'9A3Full,
+          0x3B00'8A3Full, 0x1B00'8C3Full, 0x1B00'8D3Full, 0x1B00'C70Full})
         expectRoundTrip(opcode, 0x400);
 }
 
 TEST_F(Assembly, RefusesWhatHasNoEncoding)
 {
     uint64_t opcode = 0;
-    for (const char* text :
-         {"ADD ACC", "AND A[AP]", "MOVE ACC, A[AP]", "MOVE A[0], M7[3]", "JUMP M7[0]", "MOVE ACC.8, #1",
-          "MOVE ACC.16, C", "MOVE A[0].3, C", "MOVE A[0].1, #2", "MOVE C, #2", "MOVE A[0].8, #1", "MOVE @SP++, #1",
-          "MOVE A[16], #1", "MOVE A[0]", "MOVE A[0], 5", "ADD 5", "DJNZ A[0], 5", "RET X", "NOP 1", "POP #1",
-          "JUMP #5", "MOVE A[0], #SP", "MOVE C, ACC", "PUSH @DP[2].B", "MOVE M16[0], #1", "MOVE @DP[0].B+, #1"})
+    for (const char* text : {"ADD ACC",         "AND A[AP]",
+                             "MOVE ACC, A[AP]", "MOVE A[0], M7[3]",
+                             "JUMP M7[0]",      "MOVE ACC.8, #1",
+                             "MOVE ACC.16, C",  "MOVE A[0].3, C",
+                             "MOVE A[0].1, #2", "MOVE C, #2",
+                             "MOVE A[0].8, #1", "MOVE @SP++, #1",
+                             "MOVE A[16], #1",  "MOVE A[0]",
+                             "MOVE A[0], 5",    "ADD 5",
+                             "DJNZ A[0], 5",    "RET X",
+                             "NOP 1",           "POP #1",
+                             "JUMP #5",         "MOVE A[0], #SP",
+                             "MOVE C, ACC",     "PUSH @DP[2].B",
+                             "MOVE M16[0], #1", "MOVE @DP[0].B+, #1"})
         EXPECT_NE(assemble(text, 0, opcode), "") << text << std::hex << " gives " << opcode;
 }
 
