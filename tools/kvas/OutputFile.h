@@ -1,0 +1,13 @@
+// A file that is there as a whole or not at all.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace kvas {
+
+// Writes beside `name` and renames. Throws std::runtime_error with a text for the user; then `name` is as
+// it was.
+void writeOutput(const std::string& name, std::string_view bytes);
+
+} // namespace kvas
