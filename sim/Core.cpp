@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <vector>
 
 namespace maxq30 {
 
@@ -119,6 +120,11 @@ unsigned Core::stepWithAttention()
 template <bool WithStops> uint64_t Core::runPlain(uint64_t maximum, std::span<const uint32_t> stops)
 {
     Machine& m = m_machine;
+    std::vector<const Op*> places;
+    for (uint32_t word : stops)
+        if (word < m.codeWords)
+            places.push_back(&m.ops[word]);
+    const Op* const* placesEnd = places.data() + places.size();
     uint64_t left = maximum;
     uint64_t cycles = 0;
     const Op* op = m.next;
@@ -133,8 +139,10 @@ template <bool WithStops> uint64_t Core::runPlain(uint64_t maximum, std::span<co
         op = following;
         --left;
         if constexpr (WithStops) {
-            m.next = op;
-            if (isAmong(m.ip(), stops))
+            const Op* const* place = places.data();
+            while (place != placesEnd && *place != op)
+                ++place;
+            if (place != placesEnd)
                 break;
         }
     } while (left && !m.attention);

@@ -1,24 +1,41 @@
 #include "sim/TraceFile.h"
 
-#include <algorithm>
+#include <vector>
 
 namespace maxq30 {
 
 namespace {
 
-struct Named {
-    unsigned number;
-    const char* name;
-};
-
-constexpr Named plainRegisters[] = {
-#define X(symbol, name, module, index, bits) {reg::symbol, name},
-    MAXQ30_REGISTERS(X)
-#undef X
-};
-
 constexpr size_t BufferBytes = 1 << 16;
-constexpr int WordColumns = 21;
+constexpr size_t RegisterColumn = 29; // behind address and four words
+constexpr unsigned WordDigits = 4;
+
+struct Traced {
+    unsigned number;
+    std::string name;
+    unsigned digits;
+};
+
+// In the order in which changes are written.
+const std::vector<Traced>& tracedRegisters()
+{
+    static const std::vector<Traced> list = [] {
+        std::vector<Traced> made;
+        for (unsigned n = 0; n < 16; ++n)
+            made.push_back({reg::A(n), "A[" + std::to_string(n) + "]", 8});
+#define X(symbol, name, module, index, bits)                                                                 \
+    if (reg::symbol != reg::PSF)                                                                             \
+        made.push_back({reg::symbol, name, bits > 16 ? 8u : 4u});
+        MAXQ30_REGISTERS(X)
+#undef X
+        for (unsigned number = 0; number < RegisterNumbers; ++number)
+            if (isPeripheral(number))
+                made.push_back(
+                    {number, "M" + std::to_string(number & 15) + "[" + std::to_string(number >> 4) + "]", 8});
+        return made;
+    }();
+    return list;
+}
 
 } // namespace
 
@@ -31,41 +48,59 @@ std::unique_ptr<TraceFile> TraceFile::open(const std::string& fileName)
     return std::unique_ptr<TraceFile>(new TraceFile(file));
 }
 
+void TraceFile::beginLine(uint32_t address)
+{
+    m_line.clear();
+    addHex(address, address < limits::MaximumMemory ? 6 : 8);
+    m_line += ':';
+}
+
+void TraceFile::addHex(uint32_t value, unsigned digits)
+{
+    for (unsigned i = digits; i > 0; --i)
+        m_line += "0123456789abcdef"[value >> (4 * (i - 1)) & 15];
+}
+
+void TraceFile::addChange(std::string_view name, uint32_t value, unsigned digits)
+{
+    if (m_line.size() < RegisterColumn - 1)
+        m_line.append(RegisterColumn - 1 - m_line.size(), ' ');
+    m_line += ' ';
+    m_line += name;
+    m_line += '=';
+    addHex(value, digits);
+}
+
 void TraceFile::before(Machine& m, const Op& op)
 {
-    m_before = m.regs;
+    for (const Traced& r : tracedRegisters())
+        m_before[r.number] = m.regs[r.number];
     m_psf = m.readRegister(reg::PSF);
-    std::fprintf(m_file.get(), "%06x:", m.ip() * 2);
-    int columns = 0;
-    bool inMemory = m.ip() < m.codeWords;
-    for (unsigned i = 0; inMemory && i < op.words && m.ip() + i < m.codeWords; ++i)
-        columns += std::fprintf(m_file.get(), " %04x", m.codeWord(m.ip() + i));
-    std::fprintf(m_file.get(), "%*s", std::max(0, WordColumns - columns), "");
+    beginLine(m.ip() * 2);
+    for (unsigned i = 0; i < op.words && m.ip() + i < m.codeWords; ++i) {
+        m_line += ' ';
+        addHex(m.codeWord(m.ip() + i), WordDigits);
+    }
 }
 
 bool TraceFile::after(Machine& m)
 {
-    std::FILE* file = m_file.get();
-    for (unsigned n = 0; n < 16; ++n)
-        if (m.regs[reg::A(n)] != m_before[reg::A(n)])
-            std::fprintf(file, " A[%u]=%08x", n, m.regs[reg::A(n)]);
-    for (const Named& r : plainRegisters)
-        if (r.number != reg::PSF && m.regs[r.number] != m_before[r.number])
-            std::fprintf(file, " %s=%0*x", r.name, registerMasks[r.number] > 0xFFFF ? 8 : 4,
-                         m.regs[r.number]);
-    for (unsigned number = 0; number < RegisterNumbers; ++number)
-        if (isPeripheral(number) && m.regs[number] != m_before[number])
-            std::fprintf(file, " M%u[%u]=%08x", number & 15, number >> 4, m.regs[number]);
+    for (const Traced& r : tracedRegisters())
+        if (m.regs[r.number] != m_before[r.number])
+            addChange(r.name, m.regs[r.number], r.digits);
     if (uint32_t psf = m.readRegister(reg::PSF); psf != m_psf)
-        std::fprintf(file, " PSF=%04x", psf);
-    std::fputc('\n', file);
-    return !std::ferror(file);
+        addChange("PSF", psf, WordDigits);
+    m_line += '\n';
+    return std::fwrite(m_line.data(), 1, m_line.size(), m_file.get()) == m_line.size();
 }
 
 void TraceFile::interrupt(Machine& m)
 {
-    std::fprintf(m_file.get(), "%06x: interrupt, requests %04x\n", m.ip() * 2,
-                 m.regs[reg::IIR] & m.regs[reg::IMR]);
+    beginLine(m.ip() * 2);
+    m_line += " interrupt, requests ";
+    addHex(m.regs[reg::IIR] & m.regs[reg::IMR], WordDigits);
+    m_line += '\n';
+    std::fwrite(m_line.data(), 1, m_line.size(), m_file.get());
 }
 
 } // namespace maxq30

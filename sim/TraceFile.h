@@ -1,7 +1,7 @@
 // A text file with one line for each executed instruction: byte address, words, and the registers that
 // it changed, such as
 //
-//     000012: 2b00 0a05            A[3]=00000011 PSF=0001
+//     000012: 2b00 0a05            A[3]=00000010
 //
 // Lines are buffered; the file is complete when the object is gone.
 #pragma once
@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace maxq30 {
 
@@ -31,7 +32,12 @@ private:
         void operator()(std::FILE* file) const { std::fclose(file); }
     };
     explicit TraceFile(std::FILE* file) : m_file(file) {}
+    void beginLine(uint32_t address);
+    void addHex(uint32_t value, unsigned digits);
+    void addChange(std::string_view name, uint32_t value, unsigned digits);
+
     std::unique_ptr<std::FILE, Close> m_file;
+    std::string m_line;
     std::array<uint32_t, RegisterNumbers> m_before{};
     uint32_t m_psf = 0;
 };

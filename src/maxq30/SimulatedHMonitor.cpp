@@ -87,8 +87,16 @@ void SimulatedHMonitor::getProperties(PropertyValueList& list)
     HMonitor::getProperties(list);
 }
 
+TargetRegisterInterface& SimulatedHMonitor::processor()
+{
+    if (TargetRegisterInterface* file = registers())
+        return *file;
+    throw HException("the simulator is not connected");
+}
+
 void SimulatedHMonitor::reset()
 {
+    processor();
     m_cycleCount = 0;
     m_loopCount = 0;
     checkReset();
@@ -106,14 +114,14 @@ void SimulatedHMonitor::reset(bool stop, bool loader)
 void SimulatedHMonitor::start(bool setPC, unsigned pc)
 {
     if (setPC)
-        registers()->setPC(pc);
+        processor().setPC(pc);
     go();
 }
 
 void SimulatedHMonitor::startDebugging(bool setPC, unsigned pc, bool stop)
 {
     if (setPC)
-        registers()->setPC(pc);
+        processor().setPC(pc);
     if (stop)
         m_stopped = true;
     else
@@ -123,7 +131,7 @@ void SimulatedHMonitor::startDebugging(bool setPC, unsigned pc, bool stop)
 void SimulatedHMonitor::step()
 {
     m_breakpoints.refresh();
-    stepAt(registers()->getPC());
+    stepAt(processor().getPC());
 }
 
 void SimulatedHMonitor::stepAt(unsigned pc)
@@ -155,6 +163,7 @@ void SimulatedHMonitor::stepWatchingRegisters()
 
 void SimulatedHMonitor::go()
 {
+    processor();
     m_stopped = false;
     m_pendingError = NoError;
     try {

@@ -148,6 +148,8 @@ protected:
 private:
     enum Action { StopAction, TraceAction };
 
+    // Throws HException while there is no processor.
+    TargetRegisterInterface& processor();
     void run();
     void stepAt(unsigned pc);
     unsigned stepAhead(unsigned maximum);

@@ -166,6 +166,9 @@ TEST_F(Simulator, FailuresOfConnectNameTheirReason)
     MAXQ30Simulator other(nullptr);
     other.syncSettingsWithProject(projectSystem->findProject(nullptr, "p"), "Common");
     EXPECT_THROW(other.connect(true), HException);
+    EXPECT_THROW(other.reset(true, false), HException);
+    EXPECT_THROW(other.start(true, 0), HException);
+    EXPECT_THROW(other.step(), HException);
     EXPECT_TRUE(target->isConnected());
     EXPECT_EQ(target->codeMemory()->peekUint16(0), 0xFFFFu);
     mapName = "none.xml";
