@@ -3,10 +3,11 @@
 #include <array>
 #include <charconv>
 #include <cstring>
+#include <vector>
 
 namespace {
 
-constexpr unsigned BucketCount = 1024;
+constexpr size_t FirstBuckets = 1024;
 constexpr unsigned TextBlockSize = 4096;
 
 // 256 well-mixed values from the SplitMix64 generator; no one outside the process sees a hash.
@@ -25,7 +26,6 @@ constexpr std::array<uint32_t, 256> makeHashTable()
 }
 constexpr std::array<uint32_t, 256> g_hashTable = makeHashTable();
 
-HString* g_buckets[BucketCount];
 unsigned g_count = 0;
 char* g_textBlock = nullptr;
 size_t g_textLeft = 0;
@@ -75,8 +75,9 @@ const HString* HString::intern(const char* text, int length, Modifier modifier)
     unsigned hash = 0;
     for (int i = 0; i < length; ++i)
         hash = g_hashTable[uint8_t(text[i])] + 2 * hash;
-    HString*& bucket = g_buckets[hash & (BucketCount - 1)];
-    for (HString* entry = bucket; entry; entry = entry->m_next)
+    // A power of two, doubled when the chains get longer than one entry on average.
+    static std::vector<HString*> buckets(FirstBuckets);
+    for (HString* entry = buckets[hash & (buckets.size() - 1)]; entry; entry = entry->m_next)
         if (entry->m_hash == hash && entry->m_length == length &&
             (length == 0 || memcmp(entry->m_text, text, size_t(length)) == 0))
             return entry;
@@ -85,6 +86,19 @@ const HString* HString::intern(const char* text, int length, Modifier modifier)
     entry->m_text = storeText(text, size_t(length));
     entry->m_length = length;
     entry->m_serial = g_count++;
+    if (g_count > buckets.size()) {
+        std::vector<HString*> grown(2 * buckets.size());
+        for (HString* moved : buckets)
+            while (moved) {
+                HString* next = moved->m_next;
+                HString*& place = grown[moved->m_hash & (grown.size() - 1)];
+                moved->m_next = place;
+                place = moved;
+                moved = next;
+            }
+        buckets.swap(grown);
+    }
+    HString*& bucket = buckets[hash & (buckets.size() - 1)];
     entry->m_next = bucket;
     bucket = entry;
     return entry;

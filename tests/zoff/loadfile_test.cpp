@@ -191,7 +191,7 @@ TEST(ZOFFTargetInterface, AModuleIsProgrammedInPieces)
     FakeHelpers helpers;
     ModuleTarget target(&helpers);
     target.loadZOFFModule(module);
-    EXPECT_EQ(target.code.log, "load(10,5) load(16,1) "); // .ee spans a single address, which counts as none
+    EXPECT_EQ(target.code.log, "poke(10,5) poke(16,1) "); // .ee spans a single address, which counts as none
     EXPECT_EQ(target.code.bytes[0x14], 0x55);
     EXPECT_EQ(helpers.log, "Programming 0.0 kB of .text of 6: 0 5 6 ");
 

@@ -1,0 +1,87 @@
+// Reads an executable, makes its load sections, and prints its disassembly into a buffer: the work of a
+// session as a process of its own. With "read" it does nothing but read. The rest of the process is the
+// same in both, so a run by itself can be compared with other programs.
+#include "maxq30/ZOFFMAXQ30Insn.cpp"
+#include "maxq30/ZOFFMAXQ30Reader.cpp"
+
+#include "zoff/ZOFFLoadFile.h"
+#include "zoff/ZOFFModule.h"
+#include "zoff/ZOFFSection.h"
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <malloc.h>
+#include <new>
+
+namespace {
+
+size_t g_allocations = 0;
+
+double seconds()
+{
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+} // namespace
+
+void* operator new(size_t size)
+{
+    ++g_allocations;
+    if (void* memory = malloc(size))
+        return memory;
+    throw std::bad_alloc();
+}
+
+void operator delete(void* memory) noexcept
+{
+    free(memory);
+}
+
+void operator delete(void* memory, size_t) noexcept
+{
+    free(memory);
+}
+
+int main(int argc, char** argv)
+{
+    if (argc < 2)
+        return 2;
+    try {
+        auto inUse = [] { return mallinfo2().uordblks + mallinfo2().hblkhd; };
+        size_t before = inUse();
+        double start = seconds();
+        ZOFFLoadFile file{Path(argv[1])};
+        double read = seconds() - start;
+        size_t memory = inUse() - before;
+        if (argc > 2 && strcmp(argv[2], "read") == 0)
+            return 0;
+
+        start = seconds();
+        uint64_t bytes = file.loadFileSections().length();
+        double sections = seconds() - start;
+
+        size_t count = 0, length = 0;
+        std::string text;
+        text.reserve(256);
+        size_t allocations = g_allocations;
+        start = seconds();
+        for (ZOFFSection* section : file.module()->sections())
+            section->find([&](ZOFFInsn* insn) {
+                if (insn->kind() == ZOFFKind::Processor) {
+                    text.clear();
+                    insn->print(text);
+                    length += text.size();
+                    ++count;
+                }
+                return false;
+            });
+        double disassembly = seconds() - start;
+        printf("%zu %zu %.6f %.6f %.6f %zu %zu %zu\n", count, memory, read, sections, disassembly,
+               g_allocations - allocations, size_t(bytes), length);
+    } catch (const HException& failure) {
+        fprintf(stderr, "%s\n", failure.message().c_str());
+        return 1;
+    }
+}
