@@ -292,6 +292,12 @@ Symbol* Assembler::reference(std::string_view name, uint32_t column)
     Symbol* s = symbol(name);
     if (!s->referenced.line)
         s->referenced = placeAt(column);
+    // Known already: counts and origins may use it.
+    if (!s->value && !s->target && !s->isLocal) {
+        auto found = m_program.publics.find(s->name);
+        if (found != m_program.publics.end())
+            s->target = found->second;
+    }
     return s;
 }
 
@@ -304,6 +310,7 @@ Symbol* Assembler::defineSymbol(std::string_view name, uint32_t column)
         Cursor::failAt(column, std::string(s->name) + " is already defined in line " +
                                    std::to_string(s->defined.line));
     s->defined = placeAt(column);
+    s->target = nullptr; // the file's own meaning counts
     return s;
 }
 

@@ -9,6 +9,14 @@ bool ModuleWriter::isWritten(const Symbol* symbol)
     return symbol->isPublic || symbol->type || (symbol->isLabel && !symbol->isLocal);
 }
 
+// Comes to a literal in the executable.
+bool ModuleWriter::isPlainNumber(const Expr* expr)
+{
+    if (expr->kind != Expr::Kind::Symbol)
+        return expr->kind != Expr::Kind::Binary && expr->kind != Expr::Kind::Marker;
+    return !isWritten(expr->symbol->meant()) && !expr->symbol->meant()->isLabel;
+}
+
 std::string ModuleWriter::write()
 {
     information();
@@ -388,7 +396,7 @@ void ModuleWriter::instruction(const Item& item)
 {
     uint64_t opcode = encodeInstruction(item, item.value);
     // A plain number reads better in its disassembled form, which needs no operand.
-    if (item.operand && !item.operand->isConstant())
+    if (item.operand && !isPlainNumber(item.operand))
         expression(item.operand);
     else
         m_out.tag(Tag::Null);

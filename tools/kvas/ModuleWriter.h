@@ -36,6 +36,7 @@ private:
     void expression(const Expr* expr);
     void location(Marker* marker);
     static bool isWritten(const Symbol* symbol);
+    static bool isPlainNumber(const Expr* expr);
 
     Program& m_program;
     ZOFFWriter m_out;

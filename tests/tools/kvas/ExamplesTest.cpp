@@ -117,7 +117,7 @@ TEST_F(Examples, FilesWorksOnTheHost)
 
 TEST_F(Examples, CalcReadsAndPrintsThroughFormats)
 {
-    input = {QStringLiteral("12 * -34"), QStringLiteral("7 ? 2"), QStringLiteral("0x10"),
+    input = {QStringLiteral("12 * -34"), QStringLiteral("7 ? 2"), QStringLiteral("stop"),
              QStringLiteral("1 + 1")};
     EXPECT_EQ(run("calc"), 1);
     EXPECT_EQ(output, "calc > version 1.25\n= -408 0xfffffe68 037777777150\n?\nbye.\n");

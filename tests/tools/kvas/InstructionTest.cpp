@@ -89,7 +89,7 @@ TEST_F(Assembly, EveryWordComesBackFromItsText)
 TEST_F(Assembly, PrefixedWordsComeBackFromTheirText)
 {
     // Immediate values of two to four words, to every destination and through every operation.
-    const uint64_t prefixes[] = {0x0B01, 0x0B80, 0x0BFF'0B00, 0x0B12'0B34, 0x0BFF'0B00'0B01};
+    const uint64_t prefixes[] = {0x0B01, 0x0B80, 0x0BFF'0B00, 0x0B12'0B34, 0x0B7F'0B00'0B01};
     for (uint64_t prefix : prefixes) {
         for (unsigned destination = 0; destination < 0x80; ++destination) {
             for (uint64_t bits : {0u, 0x2000u, 0x4000u, 0x6000u}) {

@@ -152,6 +152,11 @@ TEST_F(Sources, SectionsFollowOneAnotherInTheirMemory)
     EXPECT_FALSE(section("data")->goesIntoLoadFile());
     EXPECT_EQ(section("ee")->sectionKind(), unsigned(ZOFFSection::Eeprom));
 
+    job.definitions = {{"COUNT", 3}};
+    load({".DATA\n.FILL COUNT, 7\n"});
+    EXPECT_EQ(image("data"), "070707");
+    job.definitions.clear();
+
     job.placement.data = 0x9000;
     load({".DATA\nv: DB 1\n"});
     EXPECT_EQ(valueOf("v"), 0x9000);
