@@ -20,16 +20,19 @@ public:
     void pokeBytes(uint32_t address, unsigned count, const unsigned char* from) override
     {
         note("poke", address, count);
-        memcpy(at(address, count), from, count);
+        if (count)
+            memcpy(at(address, count), from, count);
     }
     void peekBytes(uint32_t address, unsigned count, unsigned char* to) override
     {
-        memcpy(to, at(address, count), count);
+        if (count)
+            memcpy(to, at(address, count), count);
     }
     void downloadBytes(uint32_t address, unsigned count, const unsigned char* from, bool last) override
     {
         note(last ? "last" : "load", address, count);
-        memcpy(at(address, count), from, count);
+        if (count)
+            memcpy(at(address, count), from, count);
     }
     void eraseBytesBegin() override { log += "["; }
     void eraseBytesEnd() override { log += "]"; }

@@ -62,7 +62,12 @@ struct IOServer : ::testing::Test {
             nextText += uint32_t(value.size()) + 1;
         return at;
     }
-    std::string at(uint32_t address) { return reinterpret_cast<const char*>(data.bytes.data() + address); }
+    // Up to a zero byte or the end of memory.
+    std::string at(uint32_t address)
+    {
+        const char* text = reinterpret_cast<const char*>(data.bytes.data() + address);
+        return std::string(text, strnlen(text, data.bytes.size() - address));
+    }
     int word(uint32_t address) { return int(data.peekUint32(address)); }
     // The communication word is the argument.
     int direct(unsigned operation, uint32_t argument)
