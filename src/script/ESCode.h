@@ -24,6 +24,9 @@ public:
     std::vector<double> numbers;
     // Pool and function indices too large for an operand; see farOperand.
     std::vector<int> far;
+    // Temporaries that hold what an expression came to until it is called. They are no members of what
+    // holds them, so `this` of such a call is the global object even where names are looked up.
+    std::vector<ESString*> calleeTemporaries;
     // Names in slot order: parameters first, marked as such, then locals and temporaries.
     ESPropertyArray variables;
     int formalCount = 0;

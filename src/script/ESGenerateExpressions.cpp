@@ -416,7 +416,11 @@ void ESGenerator::callExpression(ESNode* node)
     case Location::Global: gen2(VM_CALLG, where.slot, node->count); break;
     case Location::Parameter: gen2(frame ? VM_CALLAM : VM_CALLA, where.slot, node->count); break;
     case Location::Local: gen2(frame ? VM_CALLLM : VM_CALLL, where.slot, node->count); break;
-    case Location::Dynamic: gen2(VM_CALLW, stringOperand(name), node->count); break;
+    case Location::Dynamic:
+        if (name == node->name)
+            m_code->calleeTemporaries.push_back(name);
+        gen2(VM_CALLW, stringOperand(name), node->count);
+        break;
     }
 }
 

@@ -331,7 +331,10 @@ void ESThread::translateOne(const std::vector<uint8_t>& bytes, int offset)
         if (!m_literals.empty())
             ++m_steps[m_literals.back().step].a;
         break;
-    case VM_CALLW: named(STEP_CALLW); break;
+    case VM_CALLW:
+        named(STEP_CALLW);
+        step.a = std::ranges::find(m_code.calleeTemporaries, step.u.name) != m_code.calleeTemporaries.end();
+        break;
     case VM_CALLF: named(STEP_CALLF); break;
     case VM_CALLG: withSlot(STEP_CALLG, first); break;
     case VM_CALLA: withSlot(STEP_CALLR, first); break;

@@ -9,7 +9,7 @@ constexpr int StackSlots = 1024;
 constexpr int StackMargin = 16;
 // Script functions called by natives that were called by script functions, and so on. Each level
 // takes host stack, so this is bounded by itself.
-constexpr int NativeNesting = 200;
+constexpr int NativeNesting = 100;
 // Depth of nested expressions, statements and functions in a source text.
 constexpr int SourceNesting = 1000;
 // Bytes of one function's code; jump targets and chain links are 16 bits wide.

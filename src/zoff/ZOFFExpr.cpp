@@ -350,14 +350,16 @@ ZOFFEvaluation ZOFFBinaryExpr::evaluate() const
     };
     while (!pending.empty()) {
         auto [expr, operandsDone] = pending.back();
-        auto* node = static_cast<const ZOFFBinaryExpr*>(expr); // once it is known to be one
+        if (!operandsDone && (expr->kind() != ZOFFKind::BinaryExpr || expr->depth() <= ShallowDepth)) {
+            values.push_back(expr->evaluate());
+            pending.pop_back();
+            continue;
+        }
+        auto* node = static_cast<const ZOFFBinaryExpr*>(expr);
         if (operandsDone) {
             ZOFFEvaluation right = std::move(values.back());
             values.pop_back();
             values.back() = combine(node->m_op, std::move(values.back()), right);
-            pending.pop_back();
-        } else if (expr->kind() != ZOFFKind::BinaryExpr || expr->depth() <= ShallowDepth) {
-            values.push_back(expr->evaluate());
             pending.pop_back();
         } else {
             if (g_symbolNesting && ++g_steps > ZOFFLimits::EvaluationSteps)
