@@ -12,12 +12,24 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <malloc.h>
 #include <new>
+#include <unistd.h>
 
 namespace {
 
 size_t g_allocations = 0;
+
+// Bytes of this process that lie in memory.
+size_t resident()
+{
+    size_t total = 0, pages = 0;
+    if (FILE* file = fopen("/proc/self/statm", "r")) {
+        if (fscanf(file, "%zu %zu", &total, &pages) != 2)
+            pages = 0;
+        fclose(file);
+    }
+    return pages * size_t(sysconf(_SC_PAGESIZE));
+}
 
 double seconds()
 {
@@ -49,12 +61,11 @@ int main(int argc, char** argv)
     if (argc < 2)
         return 2;
     try {
-        auto inUse = [] { return mallinfo2().uordblks + mallinfo2().hblkhd; };
-        size_t before = inUse();
+        size_t before = resident();
         double start = seconds();
         ZOFFLoadFile file{Path(argv[1])};
         double read = seconds() - start;
-        size_t memory = inUse() - before;
+        size_t memory = resident() - before;
         if (argc > 2 && strcmp(argv[2], "read") == 0)
             return 0;
 

@@ -3,10 +3,50 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <sys/mman.h>
 
 namespace {
+
 constexpr size_t ChunkSize = 8192;
+// Chunks of ordinary size are cut from slabs. The first ones are small, since most pools are; later ones
+// are filled with pages at once, which costs a large module far less than a fault for each page.
+constexpr size_t SmallSlab = 256 * 1024;
+constexpr size_t LargeSlab = 1024 * 1024;
+constexpr size_t LargeSlabsFrom = 1024 * 1024; // bytes taken so far
+
+void* newSlab(size_t size)
+{
+    if (size < LargeSlab)
+        return malloc(size);
+    void* slab = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (slab == MAP_FAILED)
+        return nullptr;
+    madvise(slab, size, MADV_POPULATE_WRITE); // mere advice: without it all works the same
+    return slab;
 }
+
+// Chunks are never given back to the system, so a slab needs no record of its own.
+void* cutFromSlab(size_t size)
+{
+    static char* slab = nullptr;
+    static size_t left = 0;
+    static size_t taken = 0;
+    if (left < size) {
+        left = taken < LargeSlabsFrom ? SmallSlab : LargeSlab;
+        slab = static_cast<char*>(newSlab(left));
+        if (!slab) {
+            left = 0;
+            return nullptr;
+        }
+        taken += left;
+    }
+    void* at = slab;
+    slab += size;
+    left -= size;
+    return at;
+}
+
+} // namespace
 
 Pool* Pool::s_currentPool = nullptr;
 Pool::Chunk* Pool::s_releasedChunks = nullptr;
@@ -28,7 +68,8 @@ void* Pool::allocateFromNewChunk(size_t rounded)
     } else {
         if (wanted > size_t(-1) - sizeof(Chunk))
             refuse();
-        chunk = static_cast<Chunk*>(malloc(sizeof(Chunk) + wanted));
+        size_t size = sizeof(Chunk) + wanted;
+        chunk = static_cast<Chunk*>(wanted == ChunkSize ? cutFromSlab(size) : malloc(size));
         if (!chunk)
             refuse();
         chunk->size = wanted;

@@ -1,5 +1,6 @@
 #include "zoff/ZOFFInsn.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstdio>
 #include <cstring>
@@ -50,4 +51,12 @@ void ZOFFInsn::appendBytes(std::string_view more)
     }
     memcpy(to + count, more.data(), more.size());
     m_byteCount = total & 0x7FFFFFFF;
+}
+
+void ZOFFProcessorInsn::copyBytes(uint8_t* to) const
+{
+    auto wanted = size_t(length());
+    size_t there = std::min(wanted, bytes().size());
+    memcpy(to, bytes().data(), there);
+    memset(to + there, 0, wanted - there);
 }

@@ -92,6 +92,7 @@ private:
 class ZOFFProcessorInsn : public ZOFFInsn {
 public:
     uint64_t opcode() const { return m_opcode; }
+    void copyBytes(uint8_t* to) const override;
 
 protected:
     ZOFFProcessorInsn(uint64_t opcode, ZOFFExpr* operand)

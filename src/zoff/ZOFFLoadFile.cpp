@@ -19,36 +19,22 @@ ZOFFLoadFile::~ZOFFLoadFile()
 
 bool ZOFFLoadFile::createLoadFileSections()
 {
+    m_sections = LoadFileSections();
     int64_t total = 0;
-    for (auto& [name, section] : m_module->sectionsByName()) {
-        if (!section->goesIntoLoadFile())
-            continue;
-        total += section->accumulatedSize();
-        if (total > ZOFFLimits::CodeBytes)
-            throw HException("bad object file: section " + std::string(name->view()) + " is too large");
-    }
-    m_sections = LoadFileSections(); // an earlier set points into the buffer that goes now
-    m_data = std::make_unique_for_overwrite<unsigned char[]>(size_t(total));
-    unsigned char* data = m_data.get();
     for (auto& [name, section] : m_module->sectionsByName())
         if (section->goesIntoLoadFile())
-            addSection(section, data);
+            addSection(section, total);
     return true;
 }
 
-void ZOFFLoadFile::addSection(ZOFFSection* section, unsigned char*& data)
+// `total` counts the bytes of all sections, so that fillings of gigabytes are refused before they are made.
+void ZOFFLoadFile::addSection(ZOFFSection* section, int64_t& total)
 {
-    section->computeSectionMetrics();
     std::string name(section->name()->view());
-    uint32_t start = section->lowestAddress();
-    if (start == ZOFFSection::UnknownAddress)
-        start = 0;
-    uint32_t length = 0;
-    unsigned char* bytes = data;
+    std::unique_ptr<ExpandingLoadFileSection> run;
     auto finishRun = [&] {
-        if (length == 0)
+        if (!run)
             return;
-        auto run = std::make_unique<StandardLoadFileSection>(name, start, length, bytes);
         if (section->sectionKind() == ZOFFSection::Eeprom)
             m_sections.addee(std::move(run));
         else
@@ -58,18 +44,17 @@ void ZOFFLoadFile::addSection(ZOFFSection* section, unsigned char*& data)
         int count = insn->length();
         if (count <= 0)
             return false;
+        total += count;
+        if (total > ZOFFLimits::CodeBytes)
+            throw HException("bad object file: section " + name + " is too large");
         if (insn->pc() < 0)
             throw HException("bad object file: section " + name + " has bytes without an address");
         auto pc = uint32_t(insn->pc());
-        if (pc != start + length) {
+        if (!run || run->end() != pc) {
             finishRun();
-            start = pc;
-            length = 0;
-            bytes = data;
+            run = std::make_unique<ExpandingLoadFileSection>(name, pc);
         }
-        insn->copyBytes(data);
-        data += count;
-        length += uint32_t(count);
+        insn->copyBytes(run->expand(uint32_t(count)));
         return false;
     });
     finishRun();

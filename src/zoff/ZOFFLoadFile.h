@@ -31,8 +31,7 @@ protected:
     bool createLoadFileSections() override;
 
 private:
-    void addSection(ZOFFSection* section, unsigned char*& data);
+    void addSection(ZOFFSection* section, int64_t& total);
 
     ZOFFModule* m_module;
-    std::unique_ptr<unsigned char[]> m_data; // of all load sections
 };

@@ -8,10 +8,10 @@ void ZOFFMarker::print(std::string& out) const
         out += m_name->view();
         return;
     }
-    if (m_printIndex == -1)
-        m_printIndex = m_markCount++;
+    if (m_printNumber == -1)
+        m_printNumber = m_markCount++;
     out += '@';
-    out += std::to_string(m_printIndex);
+    out += std::to_string(m_printNumber);
 }
 
 void ZOFFFilename::print(std::string& out) const
@@ -28,5 +28,5 @@ void ZOFFLocus::print(std::string& out) const
     if (m_file && m_file->fileName())
         out += m_file->fileName()->view();
     out += "\", ";
-    out += std::to_string(m_line);
+    out += std::to_string(line());
 }

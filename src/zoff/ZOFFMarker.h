@@ -3,6 +3,8 @@
 
 #include "zoff/ZOFFInsn.h"
 
+class ZOFFFilename;
+
 class ZOFFMarker : public ZOFFInsn {
 public:
     ZOFFMarker() : ZOFFMarker(ZOFFKind::Marker) {}
@@ -10,11 +12,11 @@ public:
     // The name, or "@" and a number that is handed out at the first printing.
     void print(std::string& out) const override;
 
-    // For a writer; -1 before it has a number.
-    int32_t writerIndex() const { return m_writerIndex; }
-    void setWriterIndex(int32_t index) { m_writerIndex = index; }
+    // For a writer; -1 before it has a number, and for anything but a label.
+    int32_t writerIndex() const { return kind() == ZOFFKind::Marker ? m_number : -1; }
+    void setWriterIndex(int32_t index) { m_number = index; }
     // The symbol whose value is this place; null when there is none.
-    ZOFFSymbol* label() const { return m_label; }
+    ZOFFSymbol* label() const { return kind() == ZOFFKind::Marker ? m_label : nullptr; }
     void setLabel(ZOFFSymbol* symbol) { m_label = symbol; }
 
     static int32_t m_markCount;
@@ -22,38 +24,36 @@ public:
 protected:
     explicit ZOFFMarker(ZOFFKind kind) : ZOFFInsn(kind) {}
 
-private:
-    ZOFFSymbol* m_label = nullptr;
-    int32_t m_writerIndex = -1;
-    mutable int32_t m_printIndex = -1;
+    // A program has as many source positions as lines, so the kinds of markers share their room.
+    union {
+        ZOFFSymbol* m_label = nullptr; // of a label
+        const HString* m_fileName;     // of a file name
+        ZOFFFilename* m_file;          // of a source position
+    };
+    int32_t m_number = -1;              // a label's writer index, or a source position's line
+    mutable int32_t m_printNumber = -1; // or a source position's record tag
 };
 
 // The name of a source file. It stands in no fragment.
 class ZOFFFilename : public ZOFFMarker {
 public:
-    explicit ZOFFFilename(const HString* name) : ZOFFMarker(ZOFFKind::Filename), m_fileName(name) {}
+    explicit ZOFFFilename(const HString* name) : ZOFFMarker(ZOFFKind::Filename) { m_fileName = name; }
     const HString* fileName() const { return m_fileName; } // may be null
     void print(std::string& out) const override;
-
-private:
-    const HString* m_fileName;
 };
 
 // A source position: of the items that refer to it, or of a symbol's declaration.
 class ZOFFLocus : public ZOFFMarker {
 public:
     // The tag is LOCUS or SYMBOL_LOCUS.
-    ZOFFLocus(ZOFFFilename* file, int line, ZOFFTag tag)
-        : ZOFFMarker(ZOFFKind::Locus), m_line(line), m_recordTag(tag), m_file(file)
+    ZOFFLocus(ZOFFFilename* file, int line, ZOFFTag tag) : ZOFFMarker(ZOFFKind::Locus)
     {
+        m_file = file;
+        m_number = line;
+        m_printNumber = int32_t(tag);
     }
     ZOFFFilename* file() const { return m_file; }
-    int line() const { return m_line; }
-    ZOFFTag recordTag() const { return m_recordTag; }
+    int line() const { return m_number; }
+    ZOFFTag recordTag() const { return ZOFFTag(m_printNumber); }
     void print(std::string& out) const override;
-
-private:
-    int32_t m_line;
-    ZOFFTag m_recordTag;
-    ZOFFFilename* m_file;
 };

@@ -1,4 +1,4 @@
-#include "zoff/ZOFFReader.h"
+#include "zoff/ZOFFReaderInline.h"
 
 #include "support/HByteStream.h"
 #include "support/HException.h"
@@ -8,29 +8,9 @@
 #include "zoff/ZOFFSection.h"
 #include "zoff/ZOFFSymbol.h"
 #include "zoff/ZOFFType.h"
-#include "zoff/limits.h"
 
 #include <algorithm>
 #include <cstdio>
-
-namespace {
-
-[[noreturn]] void bad(const char* what)
-{
-    throw HException(std::string("bad object file: ") + what);
-}
-
-[[noreturn]] void badOperand(const char* expected)
-{
-    throw HException(std::string("bad object file: operand type error (") + expected + " expected)");
-}
-
-[[noreturn]] void outOfRange()
-{
-    bad("operand value error (constant out of range)");
-}
-
-} // namespace
 
 ZOFFReader::ZOFFReader(const HByteStream* input, bool keepLoci) : ZOFFReader(input->bytes(), keepLoci) {}
 
@@ -53,6 +33,45 @@ ZOFFModule* ZOFFReader::readFileQuickly(bool verbose)
     return read(verbose);
 }
 
+// ---- input ----
+
+inline void ZOFFReader::readWideLiteral()
+{
+    uint64_t value = 0;
+    size_t count = getByte();
+    if (count > m_input.size() - m_position) [[unlikely]]
+        endOfInput();
+    const unsigned char* from = m_input.data() + m_position;
+    for (size_t i = 0; i < count; ++i)
+        value = value << 8 | from[i];
+    m_position += count;
+    pushConst(int64_t(value));
+}
+
+inline void ZOFFReader::makeString()
+{
+    auto length = size_t(popConst(0, m_strings.size()));
+    auto offset = size_t(popConst(0, m_strings.size()));
+    if (length > m_strings.size() - offset)
+        outOfRange();
+    Entry entry;
+    entry.kind = Entry::String;
+    entry.text = m_strings.data() + offset;
+    entry.length = uint32_t(length);
+    pushEntry(entry);
+}
+
+void ZOFFReader::readStringPool()
+{
+    auto size = size_t(popConst(0, ZOFFLimits::StringPoolBytes));
+    if (size > m_input.size() - m_position)
+        endOfInput();
+    m_strings = {reinterpret_cast<const char*>(m_input.data()) + m_position, size};
+    m_position += size;
+}
+
+// ---- the machine ----
+
 // All objects, the module among them, go into one pool, which is the module's own once it is there; a
 // read that fails drops it.
 ZOFFModule* ZOFFReader::read(bool verbose)
@@ -64,7 +83,23 @@ ZOFFModule* ZOFFReader::read(bool verbose)
         unsigned tag = getByte();
         if (verbose)
             trace(offset, tag);
-        perform(tag);
+        // The records that every instruction needs are done here; see perform() for all others.
+        switch (ZOFFTag(tag)) {
+        case ZOFFTag::LitX: readWideLiteral(); break;
+        case ZOFFTag::Null: pushEntry(Entry()); break;
+        case ZOFFTag::MkString: makeString(); break;
+        case ZOFFTag::SetPC: setPC(); break;
+        case ZOFFTag::SetBytes: setBytes(); break;
+        case ZOFFTag::Insn:
+            needSection();
+            addProcessorInsn(false);
+            break;
+        default:
+            if (tag <= unsigned(ZOFFTag::Lit7))
+                pushConst(tag);
+            else
+                perform(tag);
+        }
     }
     m_strings = {};
     if (m_depth != 0)
@@ -103,212 +138,6 @@ std::string ZOFFReader::describe(const Entry& entry) const
            ">";
 }
 
-// ---- input ----
-
-unsigned char ZOFFReader::getByte()
-{
-    if (m_position >= m_input.size())
-        throw HException("premature end of ZOFF file");
-    return m_input[m_position++];
-}
-
-void ZOFFReader::readWideLiteral()
-{
-    uint64_t value = 0;
-    for (unsigned count = getByte(); count > 0; --count)
-        value = value << 8 | getByte();
-    pushConst(int64_t(value));
-}
-
-void ZOFFReader::readStringPool()
-{
-    auto size = size_t(popConst(0, ZOFFLimits::StringPoolBytes));
-    if (size > m_input.size() - m_position)
-        throw HException("premature end of ZOFF file");
-    m_strings = {reinterpret_cast<const char*>(m_input.data()) + m_position, size};
-    m_position += size;
-}
-
-// ---- the operand stack ----
-
-void ZOFFReader::pushEntry(const Entry& entry)
-{
-    static_assert(sizeof m_stack / sizeof m_stack[0] == ZOFFLimits::StackEntries);
-    if (m_depth >= ZOFFLimits::StackEntries)
-        bad("reader stack overflow");
-    m_stack[m_depth++] = entry;
-}
-
-ZOFFReader::Entry ZOFFReader::popEntry()
-{
-    if (m_depth == 0)
-        bad("reader empty stack");
-    return m_stack[--m_depth];
-}
-
-void ZOFFReader::pushConst(int64_t value)
-{
-    Entry entry;
-    entry.kind = Entry::Const;
-    entry.value = value;
-    pushEntry(entry);
-}
-
-void ZOFFReader::push(ZOFFObject* object)
-{
-    Entry entry;
-    entry.object = object;
-    pushEntry(entry);
-}
-
-ZOFFObject* ZOFFReader::objectOf(const Entry& entry)
-{
-    switch (entry.kind) {
-    case Entry::Const: return new ZOFFConstExpr(entry.value);
-    case Entry::String: return new ZOFFString({entry.text, entry.length});
-    default: return entry.object;
-    }
-}
-
-ZOFFObject* ZOFFReader::popObject()
-{
-    return objectOf(popEntry());
-}
-
-ZOFFObject* ZOFFReader::popAnyObject()
-{
-    ZOFFObject* object = popObject();
-    if (!object)
-        badOperand("object");
-    return object;
-}
-
-int64_t ZOFFReader::popConst()
-{
-    Entry entry = popEntry();
-    if (entry.kind == Entry::Const)
-        return entry.value;
-    if (entry.kind != Entry::Object || !entry.object || entry.object->kind() != ZOFFKind::ConstExpr)
-        badOperand("constant expression");
-    return static_cast<ZOFFConstExpr*>(entry.object)->value();
-}
-
-int64_t ZOFFReader::popConst(uint64_t min, uint64_t max)
-{
-    int64_t value = popConst();
-    if (uint64_t(value) < min || uint64_t(value) > max)
-        outOfRange();
-    return value;
-}
-
-int32_t ZOFFReader::popInt32()
-{
-    int64_t value = popConst();
-    if (value < INT32_MIN || value > int64_t(UINT32_MAX))
-        outOfRange();
-    return int32_t(uint32_t(value));
-}
-
-int32_t ZOFFReader::popSize()
-{
-    return int32_t(popConst(0, INT32_MAX));
-}
-
-ZOFFExpr* ZOFFReader::popExpr(bool allowNull)
-{
-    Entry entry = popEntry();
-    if (allowNull && entry.isNull())
-        return nullptr;
-    if (entry.kind == Entry::String || entry.isNull() ||
-        (entry.kind == Entry::Object && !entry.object->isExpr()))
-        badOperand("expression");
-    return static_cast<ZOFFExpr*>(objectOf(entry));
-}
-
-ZOFFScope* ZOFFReader::popScope(bool allowNull)
-{
-    Entry entry = popEntry();
-    if (allowNull && entry.isNull())
-        return nullptr;
-    if (entry.kind != Entry::Object || !entry.object || !entry.object->isScope())
-        badOperand("scope");
-    return static_cast<ZOFFScope*>(entry.object);
-}
-
-std::string_view ZOFFReader::popString()
-{
-    Entry entry = popEntry();
-    if (entry.kind == Entry::String)
-        return {entry.text, entry.length};
-    // A string that some record has looked at as an object.
-    if (entry.kind != Entry::Object || !entry.object || entry.object->kind() != ZOFFKind::String)
-        badOperand("string");
-    return static_cast<ZOFFString*>(entry.object)->bytes();
-}
-
-ZOFFSection* ZOFFReader::popSection()
-{
-    Entry entry = popEntry();
-    if (entry.kind != Entry::Object || !entry.object || entry.object->kind() != ZOFFKind::Section)
-        badOperand("section");
-    return static_cast<ZOFFSection*>(entry.object);
-}
-
-ZOFFType* ZOFFReader::popType()
-{
-    Entry entry = popEntry();
-    if (entry.kind != Entry::Object || !entry.object || entry.object->kind() != ZOFFKind::Type)
-        badOperand("type");
-    return static_cast<ZOFFType*>(entry.object);
-}
-
-ZOFFSymbol* ZOFFReader::popSymbol()
-{
-    Entry entry = popEntry();
-    if (entry.kind != Entry::Object || !entry.object || entry.object->kind() != ZOFFKind::Symbol)
-        throw HException("operand type error: symbol expected");
-    return static_cast<ZOFFSymbol*>(entry.object);
-}
-
-ZOFFFilename* ZOFFReader::popFile()
-{
-    Entry entry = popEntry();
-    if (entry.kind != Entry::Object || !entry.object || entry.object->kind() != ZOFFKind::Filename)
-        badOperand("file");
-    return static_cast<ZOFFFilename*>(entry.object);
-}
-
-// ---- names ----
-
-// Interned text stays for good, and one pool may be cut into any number of overlapping names.
-void ZOFFReader::chargeNameBytes(size_t count)
-{
-    m_nameBytes += int64_t(count);
-    if (int64_t(count) > ZOFFLimits::NameLength ||
-        m_nameBytes > ZOFFLimits::NameBytesFree + ZOFFLimits::NameBytesPerByte * int64_t(m_input.size()))
-        bad("names too long");
-}
-
-const HString* ZOFFReader::nameOf(std::string_view bytes)
-{
-    chargeNameBytes(bytes.size());
-    return HString::intern(bytes);
-}
-
-const HString* ZOFFReader::popName()
-{
-    return nameOf(popString());
-}
-
-const HString* ZOFFReader::popNameOrNull()
-{
-    if (m_depth > 0 && m_stack[m_depth - 1].isNull()) {
-        --m_depth;
-        return nullptr;
-    }
-    return popName();
-}
-
 // ---- registers of the machine ----
 
 ZOFFModule& ZOFFReader::module() const
@@ -341,34 +170,16 @@ ZOFFMarker* ZOFFReader::marker(uint64_t number)
     return entry;
 }
 
-void ZOFFReader::place(ZOFFInsn* insn)
-{
-    insn->setPC(m_pc);
-    insn->setLocus(m_locus);
-    if (!m_keepLoci)
-        m_locus = nullptr;
-    m_section->addInsn(insn);
-}
-
-void ZOFFReader::placeAsCurrent(ZOFFInsn* insn)
-{
-    place(insn);
-    m_insn = insn;
-}
-
 // ---- the records ----
 
 void ZOFFReader::perform(unsigned number)
 {
-    if (number <= unsigned(ZOFFTag::Lit7)) {
-        pushConst(number);
-        return;
-    }
     auto tag = ZOFFTag(number);
     switch (tag) {
-    case ZOFFTag::LitX: readWideLiteral(); break;
-    case ZOFFTag::NullNull: push(nullptr); [[fallthrough]];
-    case ZOFFTag::Null: push(nullptr); break;
+    case ZOFFTag::NullNull:
+        push(nullptr);
+        push(nullptr);
+        break;
     case ZOFFTag::Dup: {
         Entry top = popEntry();
         pushEntry(top);
@@ -439,19 +250,6 @@ void ZOFFReader::perform(unsigned number)
         pushEntry(entry);
         break;
     }
-    case ZOFFTag::MkString: {
-        Entry entry;
-        auto length = size_t(popConst(0, m_strings.size()));
-        auto offset = size_t(popConst(0, m_strings.size()));
-        if (length > m_strings.size() - offset)
-            outOfRange();
-        entry.kind = Entry::String;
-        entry.text = m_strings.data() + offset;
-        entry.length = uint32_t(length);
-        pushEntry(entry);
-        break;
-    }
-
     case ZOFFTag::MkSymbol: {
         auto* symbol = new ZOFFSymbol(popNameOrNull());
         module().addSymbol(symbol);
@@ -573,22 +371,6 @@ void ZOFFReader::perform(unsigned number)
 
     case ZOFFTag::ResetLocus: m_locus = nullptr; break;
     case ZOFFTag::AdjustStack: m_stackAdjust = popInt32(); break;
-    case ZOFFTag::SetPC:
-        m_pc = popInt32();
-        if (m_breakPending) {
-            m_breakPending = false;
-            place(new ZOFFBreakInsn);
-        }
-        break;
-    case ZOFFTag::SetBytes: {
-        std::string_view bytes = popString();
-        ZOFFInsn& insn = currentInsn();
-        m_codeBytes += int64_t(bytes.size());
-        if (m_codeBytes > ZOFFLimits::CodeBytes)
-            bad("too much code");
-        insn.appendBytes(bytes);
-        break;
-    }
     case ZOFFTag::InstrumentationData: {
         int32_t data = popInt32();
         currentInsn().setInstrumentationData(data);
@@ -624,100 +406,3 @@ void ZOFFReader::perform(unsigned number)
     }
 }
 
-void ZOFFReader::performItem(ZOFFTag tag)
-{
-    switch (tag) {
-    case ZOFFTag::Insn:
-    case ZOFFTag::HiddenInsn: {
-        ZOFFInsn* insn = makeInsn();
-        insn->setStackAdjust(m_stackAdjust);
-        insn->setHidden(tag == ZOFFTag::HiddenInsn);
-        placeAsCurrent(insn);
-        break;
-    }
-    case ZOFFTag::DefBytes: {
-        auto size = int(popConst(1, 4));
-        placeAsCurrent(new ZOFFDefBytesInsn(popExpr(false), size));
-        break;
-    }
-    case ZOFFTag::DefAddr: placeAsCurrent(new ZOFFDefAddrInsn(popExpr(false))); break;
-    case ZOFFTag::Fill: {
-        int32_t count = popSize();
-        placeAsCurrent(new ZOFFFillInsn(count, popInt32()));
-        break;
-    }
-    case ZOFFTag::Align: placeAsCurrent(new ZOFFAlignInsn(popInt32())); break;
-    case ZOFFTag::Origin: placeAsCurrent(new ZOFFOriginInsn(popInt32())); break;
-    case ZOFFTag::Space: placeAsCurrent(new ZOFFSpaceInsn(popExpr(false))); break;
-    case ZOFFTag::LocalInsn: placeAsCurrent(new ZOFFLocalInsn(popExpr(false))); break;
-    case ZOFFTag::LinkIf: placeAsCurrent(new ZOFFLinkIf(popExpr(false))); break;
-    case ZOFFTag::EndLinkIf: placeAsCurrent(new ZOFFEndLinkIf); break;
-    case ZOFFTag::Init: {
-        auto* init = new ZOFFInitInsn(popName(), m_module);
-        placeAsCurrent(init);
-        m_inits.push_back(init);
-        break;
-    }
-    case ZOFFTag::MarkerDef: {
-        ZOFFMarker* placed = marker(uint64_t(popConst(0, m_input.size())));
-        const HString* name = popNameOrNull();
-        if (placed->fragment())
-            bad("marker defined more than once");
-        if (name)
-            placed->setName(name);
-        place(placed);
-        break;
-    }
-    case ZOFFTag::Locus: {
-        int32_t line = popInt32();
-        auto* locus = new ZOFFLocus(popFile(), line, tag);
-        locus->setPC(m_pc);
-        m_section->addInsn(locus);
-        m_locus = locus;
-        if (m_keepLoci)
-            locus->setLocus(locus);
-        break;
-    }
-    case ZOFFTag::Break:
-        m_section->newFragment();
-        m_breakPending = true;
-        break;
-    case ZOFFTag::SetFlags: m_section->setFlags(uint32_t(popInt32())); break;
-    default: break;
-    }
-}
-
-void ZOFFReader::performScope(ZOFFTag tag)
-{
-    if (tag == ZOFFTag::SetScope) {
-        ZOFFSymbol* symbol = popSymbol();
-        ZOFFScope* scope = popScope(false);
-        symbol->setScope(scope);
-        push(scope);
-        return;
-    }
-    if (tag == ZOFFTag::SetFctSymbol) {
-        ZOFFSymbol* symbol = popSymbol();
-        popScope(false)->setFunctionSymbol(symbol);
-        return;
-    }
-    ZOFFExpr* end = popExpr(true);
-    ZOFFExpr* start = popExpr(true);
-    ZOFFScope* parent = popScope(true);
-    ZOFFScope* scope;
-    if (tag == ZOFFTag::ScopeModule) {
-        if (m_module) {
-            scope = new ZOFFModule;
-        } else {
-            scope = m_module = ZOFFModule::createIn(m_pool.get());
-        }
-    } else {
-        auto markerOf = [](ZOFFExpr* expr) {
-            return expr && expr->kind() == ZOFFKind::MarkerExpr ? static_cast<ZOFFMarkerExpr*>(expr)
-                                                                : nullptr;
-        };
-        scope = new ZOFFScope(tag, markerOf(start), markerOf(end));
-    }
-    scope->setScope(parent);
-    push(scope);
-}

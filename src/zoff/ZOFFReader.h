@@ -6,6 +6,7 @@
 #pragma once
 
 #include "zoff/ZOFFObject.h"
+#include "zoff/limits.h"
 
 #include <memory>
 #include <span>
@@ -78,6 +79,10 @@ private:
             const char* text;
         };
         bool isNull() const { return kind == Object && !object; }
+        ZOFFObject* objectOfKind(ZOFFKind wanted) const
+        {
+            return kind == Object && object && object->kind() == wanted ? object : nullptr;
+        }
     };
 
     ZOFFModule* read(bool verbose);
@@ -88,9 +93,18 @@ private:
     void trace(size_t offset, unsigned tag) const;
     std::string describe(const Entry& entry) const;
 
+    [[noreturn]] static void bad(const char* what);
+    [[noreturn]] static void badOperand(const char* expected);
+    [[noreturn]] static void outOfRange();
+    [[noreturn]] static void endOfInput();
+
     unsigned char getByte();
     void readWideLiteral();
     void readStringPool();
+    void makeString();
+    void setBytes();
+    void setPC();
+    void addProcessorInsn(bool hidden);
     void pushConst(int64_t value);
     void pushEntry(const Entry& entry);
     Entry popEntry();
@@ -120,7 +134,7 @@ private:
     bool m_keepLoci;
     bool m_quick = false;
 
-    Entry m_stack[100];
+    Entry m_stack[ZOFFLimits::StackEntries];
     int m_depth = 0;
     std::vector<Entry> m_aliases; // a null entry is a hole
     std::vector<ZOFFMarker*> m_markers;

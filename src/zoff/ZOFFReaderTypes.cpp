@@ -1,6 +1,6 @@
 // The records that build types.
 #include "support/HException.h"
-#include "zoff/ZOFFReader.h"
+#include "zoff/ZOFFReaderInline.h"
 #include "zoff/ZOFFSymbol.h"
 #include "zoff/ZOFFType.h"
 

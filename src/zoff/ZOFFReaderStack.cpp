@@ -1,0 +1,188 @@
+// The reader's operand stack: what the records take from it, and the faults of those that take what is
+// not there.
+#include "zoff/ZOFFReaderInline.h"
+
+#include "support/HException.h"
+#include "zoff/ZOFFExpr.h"
+#include "zoff/ZOFFMarker.h"
+#include "zoff/ZOFFScope.h"
+#include "zoff/ZOFFSection.h"
+#include "zoff/ZOFFSymbol.h"
+#include "zoff/ZOFFType.h"
+
+void ZOFFReader::bad(const char* what)
+{
+    throw HException(std::string("bad object file: ") + what);
+}
+
+void ZOFFReader::badOperand(const char* expected)
+{
+    throw HException(std::string("bad object file: operand type error (") + expected + " expected)");
+}
+
+void ZOFFReader::outOfRange()
+{
+    bad("operand value error (constant out of range)");
+}
+
+void ZOFFReader::endOfInput()
+{
+    throw HException("premature end of ZOFF file");
+}
+
+void ZOFFReader::push(ZOFFObject* object)
+{
+    Entry entry;
+    entry.object = object;
+    pushEntry(entry);
+}
+
+ZOFFObject* ZOFFReader::objectOf(const Entry& entry)
+{
+    switch (entry.kind) {
+    case Entry::Const: return new ZOFFConstExpr(entry.value);
+    case Entry::String: return new ZOFFString({entry.text, entry.length});
+    default: return entry.object;
+    }
+}
+
+ZOFFObject* ZOFFReader::popObject()
+{
+    return objectOf(popEntry());
+}
+
+ZOFFObject* ZOFFReader::popAnyObject()
+{
+    ZOFFObject* object = popObject();
+    if (!object)
+        badOperand("object");
+    return object;
+}
+
+int64_t ZOFFReader::popConst()
+{
+    Entry entry = popEntry();
+    if (entry.kind == Entry::Const) [[likely]]
+        return entry.value;
+    ZOFFObject* object = entry.objectOfKind(ZOFFKind::ConstExpr);
+    if (!object)
+        badOperand("constant expression");
+    return static_cast<ZOFFConstExpr*>(object)->value();
+}
+
+int64_t ZOFFReader::popConst(uint64_t min, uint64_t max)
+{
+    int64_t value = popConst();
+    if (uint64_t(value) < min || uint64_t(value) > max)
+        outOfRange();
+    return value;
+}
+
+int32_t ZOFFReader::popInt32()
+{
+    int64_t value = popConst();
+    if (value < INT32_MIN || value > int64_t(UINT32_MAX))
+        outOfRange();
+    return int32_t(uint32_t(value));
+}
+
+int32_t ZOFFReader::popSize()
+{
+    return int32_t(popConst(0, INT32_MAX));
+}
+
+ZOFFExpr* ZOFFReader::popExpr(bool allowNull)
+{
+    Entry entry = popEntry();
+    if (allowNull && entry.isNull())
+        return nullptr;
+    if (entry.kind == Entry::String || entry.isNull() ||
+        (entry.kind == Entry::Object && !entry.object->isExpr()))
+        badOperand("expression");
+    return static_cast<ZOFFExpr*>(objectOf(entry));
+}
+
+ZOFFScope* ZOFFReader::popScope(bool allowNull)
+{
+    Entry entry = popEntry();
+    if (allowNull && entry.isNull())
+        return nullptr;
+    if (entry.kind != Entry::Object || !entry.object || !entry.object->isScope())
+        badOperand("scope");
+    return static_cast<ZOFFScope*>(entry.object);
+}
+
+std::string_view ZOFFReader::popString()
+{
+    Entry entry = popEntry();
+    if (entry.kind == Entry::String)
+        return {entry.text, entry.length};
+    // A string that some record has looked at as an object.
+    ZOFFObject* object = entry.objectOfKind(ZOFFKind::String);
+    if (!object)
+        badOperand("string");
+    return static_cast<ZOFFString*>(object)->bytes();
+}
+
+ZOFFSection* ZOFFReader::popSection()
+{
+    ZOFFObject* object = popEntry().objectOfKind(ZOFFKind::Section);
+    if (!object)
+        badOperand("section");
+    return static_cast<ZOFFSection*>(object);
+}
+
+ZOFFType* ZOFFReader::popType()
+{
+    ZOFFObject* object = popEntry().objectOfKind(ZOFFKind::Type);
+    if (!object)
+        badOperand("type");
+    return static_cast<ZOFFType*>(object);
+}
+
+ZOFFSymbol* ZOFFReader::popSymbol()
+{
+    ZOFFObject* object = popEntry().objectOfKind(ZOFFKind::Symbol);
+    if (!object)
+        throw HException("operand type error: symbol expected");
+    return static_cast<ZOFFSymbol*>(object);
+}
+
+ZOFFFilename* ZOFFReader::popFile()
+{
+    ZOFFObject* object = popEntry().objectOfKind(ZOFFKind::Filename);
+    if (!object)
+        badOperand("file");
+    return static_cast<ZOFFFilename*>(object);
+}
+
+// ---- names ----
+
+// Interned text stays for good, and one pool may be cut into any number of overlapping names.
+void ZOFFReader::chargeNameBytes(size_t count)
+{
+    m_nameBytes += int64_t(count);
+    if (int64_t(count) > ZOFFLimits::NameLength ||
+        m_nameBytes > ZOFFLimits::NameBytesFree + ZOFFLimits::NameBytesPerByte * int64_t(m_input.size()))
+        bad("names too long");
+}
+
+const HString* ZOFFReader::nameOf(std::string_view bytes)
+{
+    chargeNameBytes(bytes.size());
+    return HString::intern(bytes);
+}
+
+const HString* ZOFFReader::popName()
+{
+    return nameOf(popString());
+}
+
+const HString* ZOFFReader::popNameOrNull()
+{
+    if (m_depth > 0 && m_stack[m_depth - 1].isNull()) {
+        --m_depth;
+        return nullptr;
+    }
+    return popName();
+}
