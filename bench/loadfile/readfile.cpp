@@ -5,12 +5,25 @@
 #include "support/HException.h"
 
 #include <cstdio>
-#include <sys/resource.h>
 
 LoadFileFactory* LoadFileFactory::instance()
 {
     static LoadFileFactory factory;
     return &factory;
+}
+
+// In KiB. The resource usage of a process would count what its parent held before.
+static long peakMemory()
+{
+    long peak = 0;
+    char line[256];
+    if (FILE* file = fopen("/proc/self/status", "r")) {
+        while (fgets(line, sizeof line, file))
+            if (sscanf(line, "VmHWM: %ld", &peak) == 1)
+                break;
+        fclose(file);
+    }
+    return peak;
 }
 
 int main(int argc, char** argv)
@@ -34,10 +47,8 @@ int main(int argc, char** argv)
             bytes += item.file->loadFileSections().length();
             sections += item.file->loadFileSections().sections().size();
         }
-        rusage usage;
-        getrusage(RUSAGE_SELF, &usage);
         printf("%zu sections, %llu bytes, peak memory %ld KiB\n", sections, static_cast<unsigned long long>(bytes),
-               usage.ru_maxrss);
+               peakMemory());
     } catch (const HException& failure) {
         fprintf(stderr, "%s\n", failure.message().c_str());
         return 1;
