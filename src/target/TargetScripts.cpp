@@ -10,7 +10,26 @@
 
 namespace {
 constexpr int GroupCount = 0x4000; // of beginGroup: a group of the hooks
-}
+
+// A message group, closed also when the script in it fails.
+struct MessageGroup {
+    MessageGroup(TargetInterfaceHelperFunctions* to, const char* title) : helpers(title ? to : nullptr)
+    {
+        if (helpers)
+            helpers->beginGroup(QLatin1String(title), GroupCount);
+    }
+    ~MessageGroup()
+    {
+        if (helpers)
+            helpers->endGroup(QString());
+    }
+    MessageGroup(const MessageGroup&) = delete;
+    MessageGroup& operator=(const MessageGroup&) = delete;
+
+    TargetInterfaceHelperFunctions* helpers;
+};
+
+} // namespace
 
 bool TargetInterface::executeResetScript(bool loader)
 {
@@ -63,8 +82,7 @@ bool TargetInterface::executeScript(const char* property, const char* messagePre
     QString script = propertyValue(buildSystem->findPropertyClass(QLatin1String(property)), false);
     if (script.isEmpty())
         return false;
-    if (group)
-        m_helpers->beginGroup(QLatin1String(group), GroupCount);
+    MessageGroup open(m_helpers, group);
     if (messagePrefix)
         m_helpers->message(QLatin1String(messagePrefix) + script);
     if (!scriptSystem)
@@ -73,8 +91,6 @@ bool TargetInterface::executeScript(const char* property, const char* messagePre
     QString helperFunctions = targetScript();
     scriptSystem->setSourceName(m_targetScriptName.isEmpty() ? QLatin1String(property) : m_targetScriptName);
     scriptSystem->execute(helperFunctions + QLatin1Char('\n') + script, false);
-    if (group)
-        m_helpers->endGroup(QString());
     return true;
 }
 
