@@ -106,7 +106,8 @@ struct HSerialLink::Port {
     ~Port()
     {
         // What a dead line has not taken would hold up the close.
-        tcflush(fd, TCIOFLUSH);
+        if (stuck)
+            tcflush(fd, TCOFLUSH);
         if (attributesKnown)
             tcsetattr(fd, TCSANOW, &earlier);
         if (exclusive)
@@ -130,6 +131,7 @@ struct HSerialLink::Port {
     termios earlier = {};
     bool attributesKnown = false;
     bool exclusive = false;
+    bool stuck = false; // bytes were not taken in time
 };
 
 HSerialLink::HSerialLink(const char* port, unsigned int baud, [[maybe_unused]] unsigned int dataBits, Parity,
@@ -186,8 +188,10 @@ int HSerialLink::write(const unsigned char* buffer, int count)
         }
         if (n < 0 && errno != EAGAIN && errno != EINTR)
             return put;
-        if (!waitFor(m_port->fd, POLLOUT, deadline))
+        if (!waitFor(m_port->fd, POLLOUT, deadline)) {
+            m_port->stuck = true;
             return put;
+        }
     }
     drain(m_port->fd);
     return put;
