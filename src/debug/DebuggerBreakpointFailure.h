@@ -1,4 +1,4 @@
-// A breakpoint that cannot be set, with the reason as its text.
+// A breakpoint that cannot be made or set; the text says why.
 #pragma once
 
 #include "support/HException.h"

@@ -4,6 +4,8 @@
 //
 // Faults of the link are thrown as HException by the driver. Every operation that needs the device throws
 // "Target is not connected" while the link is closed.
+//
+// Breakpoints and register frames are in MAXQ30JTAGDebugRegisters.cpp.
 #pragma once
 
 #include "debug/HMonitor.h"
