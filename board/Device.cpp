@@ -15,7 +15,7 @@ Device::Device(const Settings& settings, Journal& journal)
 
 void Device::pulseTCK()
 {
-    if (!m_settings.stuckTDO)
+    if (isPowered())
         m_tap.clock(m_tms, m_tdi);
 }
 
@@ -26,7 +26,7 @@ bool Device::tdo() const
 
 void Device::setReset(bool level)
 {
-    if (m_settings.stuckTDO || level == m_reset)
+    if (!isPowered() || level == m_reset)
         return;
     m_reset = level;
     if (!level) {
@@ -44,7 +44,7 @@ void Device::setReset(bool level)
 
 void Device::run(uint64_t steps)
 {
-    if (!m_settings.stuckTDO)
+    if (isPowered())
         m_processor.run(steps);
 }
 

@@ -34,7 +34,10 @@ public:
     // Lets the processor execute at most `steps` instructions, unless something stops it.
     void run(uint64_t steps);
     // Whether run() would do anything.
-    bool isExecuting() const { return m_processor.isRunning() && !m_processor.isIdle(); }
+    bool isExecuting() const
+    {
+        return isPowered() && m_processor.isRunning() && !m_processor.isIdle();
+    }
 
     // Milliseconds for which erasing kept the device busy since the last call.
     unsigned takeErasingTime() { return m_bootloader.takeErasingTime(); }
@@ -44,6 +47,7 @@ public:
     const Processor& processor() const { return m_processor; }
 
 private:
+    bool isPowered() const { return !m_settings.stuckTDO; }
     uint16_t captureChannel() override;
     void updateChannel(uint8_t byte) override;
     void restartChannel() override;
