@@ -102,6 +102,15 @@ bool fault(const std::string& value, Options& options)
     return linkFault.has_value();
 }
 
+// For a message of one line.
+std::string printable(std::string text)
+{
+    for (char& c : text)
+        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F)
+            c = '?';
+    return text;
+}
+
 // One row makes an option: how it is read and what the help says.
 struct Row {
     const char* name;
@@ -162,7 +171,7 @@ std::string Options::parse(const std::vector<std::string>& arguments)
     for (size_t i = 0; i < arguments.size(); ++i) {
         std::string_view argument = arguments[i];
         if (!argument.starts_with("--"))
-            return "unexpected argument '" + arguments[i] + "'";
+            return "unexpected argument '" + printable(arguments[i]) + "'";
         size_t equals = argument.find('=');
         std::string_view name = argument.substr(2, equals == std::string_view::npos ? equals : equals - 2);
         const Row* row = nullptr;
@@ -170,7 +179,7 @@ std::string Options::parse(const std::vector<std::string>& arguments)
             if (name == candidate.name)
                 row = &candidate;
         if (!row)
-            return "unknown option '--" + std::string(name) + "'";
+            return "unknown option '--" + printable(std::string(name)) + "'";
         std::string option = "option '--" + std::string(name) + "'";
         std::string value;
         if (!row->argument) {
@@ -184,7 +193,7 @@ std::string Options::parse(const std::vector<std::string>& arguments)
             return option + " needs a value";
         }
         if (!row->take(*this, value))
-            return option + ": bad value '" + value + "'";
+            return option + ": bad value '" + printable(value) + "'";
     }
     return {};
 }

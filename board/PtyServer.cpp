@@ -43,10 +43,10 @@ void PtyServer::serve(Link& link, Device& device, int stop, bool once)
                                    {m_watch, POLLIN, 0},
                                    {m_master, short(POLLIN | (something && m_full ? POLLOUT : 0)), 0}};
         waitOrRun(fds, link.nextTime(now), device);
-        if (fds[0].revents)
-            break;
         if (fds[2].revents & POLLIN)
             receive(link);
+        if (fds[0].revents)
+            break;
         if (fds[2].revents & POLLOUT)
             m_full = false;
         send(link);
