@@ -22,14 +22,16 @@ public:
 
 private:
     void takeEvents(Link& link);
-    void receive(Link& link);
+    void endSession(Link& link);
+    bool isHungUp() const;
+    // False when there was nothing.
+    bool receive(Link& link);
     void send(Link& link);
 
     FileDescriptor m_master;
-    FileDescriptor m_slave; // keeps the port's attributes between two hosts
     FileDescriptor m_watch; // tells who opens and closes the port
     std::string m_name;
-    int m_hosts = 0;
+    int m_hosts = 0; // that have the port open
     bool m_hostHasGone = false;
     bool m_full = false; // the host does not fetch what it is sent
 };
