@@ -9,7 +9,7 @@ import termios
 import time
 
 from harness import EXAMPLES, main
-from virtualboard import LIBRARY, BoardTest
+from virtualboard import LIBRARY, BoardTest, usb_environment
 
 
 class Port:
@@ -278,7 +278,7 @@ START = (0xF8, 0xF8, 0xF9, 0xF9, 0xF9, 0xFA, 0x80)
 class UsbTest(BoardTest):
     def host(self, boards, script):
         """The lines that a script on top of USB_HOST prints."""
-        environment = {**self.usb_environment(*boards)}
+        environment = usb_environment(self.environment, *boards)
         del environment["LD_PRELOAD"]  # the library is opened by name
         done = subprocess.run([sys.executable, "-c", USB_HOST + script, str(LIBRARY)], env=environment,
                               stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=60)

@@ -7,19 +7,25 @@ from harness import BIN, Result, SessionTest
 LIBRARY = BIN.parent / "lib" / "libvusb.so"
 
 
-class Board:
-    """A running vboard. `port` is the line that it printed: a pseudo-terminal or the USB socket."""
+def usb_environment(environment, *boards):
+    """What programs need to find the boards on their USB."""
+    options = environment.get("ASAN_OPTIONS", "")
+    return {**environment, "LD_PRELOAD": str(LIBRARY), "VBOARD_USB": ",".join(str(b.socket) for b in boards),
+            "ASAN_OPTIONS": options + (":" if options else "") + "verify_asan_link_order=0"}
 
-    def __init__(self, test, arguments, environment, socket):
-        self.test = test
-        self.code_file = test.folder / f"code{len(test.boards)}.bin"
-        self.socket = socket or test.folder / f"usb{len(test.boards)}"
-        command = [str(BIN / "vboard"), "--save-code", str(self.code_file), *map(str, arguments)]
-        if "--usb" in command:
-            command.insert(command.index("--usb") + 1, str(self.socket))
-        test.commands.append(command)
-        self.process = subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
-                                        cwd=test.folder, env=environment)
+
+class Board:
+    """A running vboard, whose files are in `folder`. --usb is given without its socket. `port` is the line
+    that the board printed: a pseudo-terminal or the USB socket."""
+
+    def __init__(self, folder, arguments, environment, socket=None):
+        self.code_file = folder / "code.bin"
+        self.socket = socket or folder / "usb"
+        self.command = [str(BIN / "vboard"), "--save-code", str(self.code_file), *map(str, arguments)]
+        if "--usb" in self.command:
+            self.command.insert(self.command.index("--usb") + 1, str(self.socket))
+        self.process = subprocess.Popen(self.command, stdout=subprocess.PIPE, stderr=subprocess.PIPE, cwd=folder,
+                                        env=environment)
         self.port = self.process.stdout.readline().decode().rstrip("\n")
 
     def wait(self, timeout=60):
@@ -32,6 +38,7 @@ class Board:
         return self.wait()
 
     def code(self, address=0, length=None):
+        """The code memory as it was at the end."""
         data = self.code_file.read_bytes()
         return data[address:] if length is None else data[address:address + length]
 
@@ -47,15 +54,10 @@ class BoardTest(SessionTest):
         self.boards = []
 
     def board(self, *arguments, socket=None):
-        """Starts a board; --usb is given without its socket."""
-        board = Board(self, arguments, self.environment, socket)
+        folder = self.folder / f"board{len(self.boards)}"
+        folder.mkdir()
+        board = Board(folder, arguments, self.environment, socket)
+        self.commands.append(board.command)
         self.boards.append(board)
         self.addCleanup(board.clean_up)
         return board
-
-    def usb_environment(self, *boards):
-        """What programs need to find the boards on their USB."""
-        options = self.environment.get("ASAN_OPTIONS", "")
-        return {**self.environment, "LD_PRELOAD": str(LIBRARY),
-                "ASAN_OPTIONS": options + (":" if options else "") + "verify_asan_link_order=0",
-                "VBOARD_USB": ",".join(str(board.socket) for board in boards)}
