@@ -3,6 +3,7 @@
 
 #include "driver/StandardOutput.h"
 #include "driver/System.h"
+#include "maxq30/MAXQ30Debugger.h"
 #include "maxq30/MAXQ30TargetInterfaceFactory.h"
 #include "project/EnvironmentSettings.h"
 #include "project/MAXQ30BuildSystem.h"
@@ -48,6 +49,7 @@ int main(int argc, char** argv)
         projectSystem = new MAXQ30ProjectSystem;
         buildSystem = new MAXQ30BuildSystem(QStringList());
         macroSystem.setSystemMacro(QStringLiteral("Platform"), QStringLiteral("maxq30"));
+        debugger = new MAXQ30Debugger(&System::instance()->loader());
         System::instance()->setProgramName(QStringLiteral("Loader"));
         int status = System::instance()->exec(argc, argv);
         delete environment;

@@ -1,0 +1,145 @@
+// The service of a program's requests: two words of its data memory, one that says what it wants and one
+// that holds the argument and the answer.
+
+#include "debug/DebuggerHelperFunctions.h"
+#include "debug/ZOFFDebugger.h"
+#include "support/HException.h"
+#include "target/TargetIOServer.h"
+#include "target/TargetMemoryInterface.h"
+
+namespace {
+
+constexpr char ControlWord[] = "_dbgCntrlWord";
+constexpr char CommWord[] = "_dbgCommWord";
+constexpr int ExitOperation = 0x2E;
+constexpr int Withdrawn = -1;
+constexpr uint64_t RefusedAnswer = ~uint64_t(0);
+
+struct Flag {
+    explicit Flag(bool& flag) : m_flag(flag) { m_flag = true; }
+    ~Flag() { m_flag = false; }
+    bool& m_flag;
+};
+
+} // namespace
+
+void ZOFFDebugger::enableDebugIO()
+{
+    if (m_ioEnabled)
+        return;
+    int64_t control = 0, comm = 0;
+    if (!getLinkerSymbolValue(ControlWord, control) || !getLinkerSymbolValue(CommWord, comm))
+        return;
+    TargetMemoryInterface* data = checkedTarget().dataMemory();
+    if (!data)
+        return;
+    m_controlWord = uint32_t(control);
+    m_commWord = uint32_t(comm);
+    m_failedOperation = 0;
+    m_ioEnabled = true;
+    data->pokeWord(m_controlWord, 0);
+    data->pokeWord(m_commWord, 0);
+    initialiseDebugOperation(m_controlWord);
+    if (m_monitor)
+        m_monitor->watchControlWord(m_controlWord, this);
+}
+
+void ZOFFDebugger::withdraw()
+{
+    m_ioEnabled = false;
+    if (m_monitor)
+        m_monitor->watchControlWord(0, nullptr);
+}
+
+void ZOFFDebugger::disableDebugIO()
+{
+    if (!m_ioEnabled)
+        return;
+    withdraw();
+    if (TargetMemoryInterface* data = checkedTarget().dataMemory())
+        data->pokeWord(m_controlWord, ~uint64_t(0));
+}
+
+// The control word counts with its low 16 bits, as a signed number.
+int ZOFFDebugger::controlWord()
+{
+    return int16_t(checkedTarget().dataMemory()->peekWord(m_controlWord));
+}
+
+bool ZOFFDebugger::handleDebugIO(int& operation)
+{
+    operation = controlWord();
+    if (operation == Withdrawn) {
+        withdraw();
+        return false;
+    }
+    if (operation == 0)
+        return false;
+    serve(operation);
+    return true;
+}
+
+// A request that fails is tried again at the next poll, for the link may have failed. One that fails a
+// second time, while the control word can be read, asks for what is not there: the program gets an error
+// for an answer.
+void ZOFFDebugger::serve(int operation)
+{
+    TargetMemoryInterface* data = checkedTarget().dataMemory();
+    try {
+        if (m_server)
+            m_server->handleOperation(data, m_target->codeMemory(), unsigned(operation), m_commWord);
+    } catch (const HException&) {
+        if (m_failedOperation != operation) {
+            m_failedOperation = operation;
+            throw;
+        }
+        data->pokeWord(m_commWord, RefusedAnswer);
+    }
+    m_failedOperation = 0;
+    if (operation != ExitOperation)
+        data->pokeWord(m_controlWord, 0);
+}
+
+// The same, but not from within a request: its file or console may take long, and a target may handle
+// events while it is being read.
+bool ZOFFDebugger::pollRequest(int& operation)
+{
+    if (!m_ioEnabled || m_serving)
+        return false;
+    Flag serving(m_serving);
+    return handleDebugIO(operation);
+}
+
+// From the monitor's run, between two instructions.
+void ZOFFDebugger::controlWordWritten()
+{
+    try {
+        int operation = 0;
+        pollRequest(operation);
+    } catch (const HException& failure) {
+        m_helper->displayError(failure.text());
+    }
+}
+
+bool ZOFFDebugger::isStopped()
+{
+    if (m_serving || !m_monitor)
+        return m_stopped;
+    try {
+        int operation = 0;
+        if (m_monitor->isStopped()) {
+            if (pollRequest(operation) && !m_stopped) {
+                if (operation == ExitOperation)
+                    return m_stopped;
+                go();
+            }
+            if (!m_stopped && m_monitor->isStopped())
+                handleBreakpoint();
+        } else if (!debugOperationUsesBreakpoint()) {
+            pollRequest(operation);
+        }
+    } catch (const HException& failure) {
+        m_helper->displayError(failure.text());
+    }
+    return m_stopped;
+}
