@@ -19,7 +19,6 @@ constexpr uint32_t HighestCodeAddress = 0xFFFF;
 constexpr uint32_t DefaultEndOfStack = 0x800;
 constexpr unsigned StackEntry = 4; // bytes
 constexpr unsigned StackScan = 2;
-constexpr unsigned CallWord = 2;
 constexpr int DefaultStackAdjust = 1;
 constexpr unsigned FirstSavedRegister = 2, LastSavedRegister = 15;
 constexpr uint32_t StackOfBareFrame = 15;
@@ -285,6 +284,19 @@ uint32_t MAXQ30Debugger::endOfStack() const
     return known ? uint32_t(start + size) : DefaultEndOfStack;
 }
 
+// The call that ends where the given address begins; a far one has prefix words in front.
+const ZOFFMAXQ30Insn* MAXQ30Debugger::callBefore(uint32_t address) const
+{
+    for (unsigned words = 1; words <= MaxPrefixes + 1; ++words) {
+        const ZOFFInsn* insn = getInsnAt(address - 2 * words);
+        if (!insn)
+            continue;
+        auto* call = dynamic_cast<const ZOFFMAXQ30Insn*>(insn);
+        return call && call->isCall() && unsigned(call->length()) == 2 * words ? call : nullptr;
+    }
+    return nullptr;
+}
+
 void MAXQ30Debugger::generateBackTrace(std::unique_ptr<Frame> innermost)
 {
     const PropertyValue* setting =
@@ -301,9 +313,8 @@ void MAXQ30Debugger::generateBackTrace(std::unique_ptr<Frame> innermost)
 
     for (int count = 0; sp <= end && count < maxCalls; ++count) {
         uint32_t returnAddress = dataNumber(sp, 2) * 2;
-        const ZOFFInsn* insn = getInsnAt(returnAddress - CallWord);
-        auto* call = dynamic_cast<const ZOFFMAXQ30Insn*>(insn);
-        bool found = call && call->isCall();
+        const ZOFFMAXQ30Insn* call = callBefore(returnAddress);
+        bool found = call != nullptr;
         if (found) {
             uint32_t entry = sp;
             auto caller = std::make_unique<MAXQ30Registers>(registers);

@@ -7,6 +7,8 @@
 
 #include "debug/ZOFFDebugger.h"
 
+class ZOFFMAXQ30Insn;
+
 class MAXQ30Debugger : public ZOFFDebugger {
 public:
     explicit MAXQ30Debugger(DebuggerHelperFunctions* helper) : ZOFFDebugger(helper) {}
@@ -54,4 +56,5 @@ private:
     uint32_t readPointed(TargetRegisterInterface* registers, unsigned index);
     uint32_t dataNumber(uint32_t address, unsigned size);
     uint32_t endOfStack() const;
+    const ZOFFMAXQ30Insn* callBefore(uint32_t address) const;
 };
