@@ -141,6 +141,112 @@ class Serve(SessionTest):
         self.expect(self.qburn(*example("files"), "-serve"), 0, err="", out=["all steps passed\n"])
         self.assertEqual([p.name for p in self.folder.iterdir()], ["home"])
 
+    def test_every_format(self):
+        lines = ("-255", "377", "beef", "4000000000", "0x8000", "-2", "5", "-1234567890123", "@", "word", "50%",
+                 "3.25", "-1e-3", "0.1", "-2.5e10", "line éa")
+        result = self.qburn(*example("calc"), "-serve", "formats", stdin="\n".join(lines).encode())
+        # What a C library prints for the same.
+        self.expect(result, 16, err="", out="""\
+-255 -255 4294967041 ffffff01 FFFFFF01 37777777401
+0377 0xff 000000ff 255   | +255
+beef  48879 48,879 0000BEEF      48879|
+4000000000 4000000000 -294967296 4000000000
+0x8000
+-2 65534 -2 254
+<    5> <5    >
+-1234567890123 18446742839141661493 fffffee08e04fb35
+<@> <  @> <@  >
+<word> <wo> <    word> <word    >
+50 50 50 32 32 62
+3.250000 3.250000e+00 3.25
+-0.001 -1.000000E-03 -0.001
+0.100000 1.000000e-01 0.1
+-24999999488.000 -2.500000E+10 -2.5E+10
+<éa> <é> <     éa> <éa     >
+éa%
+3 printed, 8 read
+""")
+
+    def test_single_keys(self):
+        result = self.qburn(*example("echo"), "-serve", "keys", stdin="aé\n q".encode())
+        self.expect(result, 5, err="", out="<97><195><169><10><32>")
+        terminal = Terminal(self, *example("echo"), "-serve", "keys")
+        terminal.wait_raw()
+        for key in "ab c":
+            terminal.type(key)
+            terminal.read_until(f"<{ord(key)}>")
+        terminal.type("q")
+        self.assertEqual(terminal.finish(), (4, ""))
+
+    def test_hostile_program(self):
+        """Each request gets an answer, and the program lives on to the end of its list."""
+        names = {"NOWHERE": 0x7FFFFFF0, "HUGE": 0xFFFFFFFF, "END": 0xFFFC}
+        requests = [(operation, handle, "text", "text", "text")
+                    for operation in (7, 8, 17, 36, 37, 38, 39, 40, 41, 74, 75) for handle in (-1, 200, "HUGE", 199)]
+        requests += [(operation, "NOWHERE", "HUGE", "HUGE", 3) for operation in range(1, 46) if operation != 42]
+        requests += [(operation, "NOWHERE", "HUGE", "HUGE", 3) for operation in range(47, 121) if operation != 83]
+        requests += [(operation, 0, 0, 0, 0) for operation in (121, 300, 0x7FFF, 0x8000)]
+        requests += [(33, "text", "HUGE", "HUGE", 0), (34, "text", "HUGE", "HUGE", 1), (18, "END", "HUGE", 0, 0),
+                     (6, "text", "text", 0, 0), (84, "END", "HUGE", 0, 0), (82, "text", "END", 4, 0),
+                     (48, 0, 0, 0, 0), (20, "unended", 1, 0, 0), (24, "unended", 0, 0, 0)]
+        requests += [(10, name, "NOWHERE", "NOWHERE", "HUGE") for name in ("wide", "exact", "ended", "count", "string")]
+        requests += [(14, name, "NOWHERE", "NOWHERE", "HUGE") for name in ("string", "count")]
+        rows = "\n".join("        DL " + ", ".join(str(field) for field in row) for row in requests)
+        arguments = self.assemble("hostile", "".join(f"{n} = {v}\n" for n, v in names.items()) + f"""
+        .LIBRARY console
+        .PUBLIC main
+        .CODE
+        .FUNC main
+        MOVE    A[4], #rows
+.next:  MOVE    DP[0], A[4]
+        MOVE    A[1], @DP[0].L++
+        MOVE    A[0], A[1]
+        JUMP    Z, .files
+        MOVE    A[5], DP[0]
+        MOVE    A[0], A[5]
+        ADD     #16
+        MOVE    A[4], A[0]
+        MOVE    A[6], A[1]
+        MOVE    A[0], A[5]              ; the row as a block, and its first field as an argument
+        CALL    hostCall
+        MOVE    DP[0], A[5]
+        MOVE    A[0], @DP[0].L
+        MOVE    A[1], A[6]
+        CALL    hostCall
+        JUMP    .next
+.files: MOVE    A[4], #250              ; more files than there are
+.open:  MOVE    A[1], #80
+        CALL    hostCall
+        MOVE    A[0], A[4]
+        SUB     #1
+        MOVE    A[4], A[0]
+        JUMP    NZ, .open
+        MOVE    A[0], #alive
+        CALL    puts
+        MOVE    A[0], #11
+        RET
+        .ENDFUNC
+        .DATA
+alive:  .ASCIZ  "alive"
+text:   .ASCIZ  "text"
+wide:   .ASCIZ  "%999999999d%-999999999s%0999999999x"
+exact:  .ASCIZ  "%.999999999f%.2147483647d%.99999999999s"
+ended:  .ASCIZ  "%"
+count:  .ASCIZ  "%n%lln%hhn%s%n"
+string: .ASCIZ  "%s%s%s"
+        .ALIGN  4
+rows:
+{rows}
+        DL      0
+unended:
+        .FILL   5000, 120
+""")
+        result = self.qburn(*arguments, "-serve", stdin=b"one\ntwo\n1\n" * 200)
+        self.assertEqual(result.status, 11, result)
+        self.assertTrue(result.out.endswith("alive\n"), result)
+        self.assertLess(len(result.err.splitlines()), 150)
+        self.assertNotIn("error: ", result.err)
+
     def test_reader_that_goes_away(self):
         arguments = self.assemble("endless", """
         .LIBRARY console
