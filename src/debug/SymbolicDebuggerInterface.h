@@ -128,8 +128,9 @@ public:
     virtual void stepover(bool instruction) = 0;
     // Until the given frame is the innermost one.
     virtual void stepout(Frame* frame) = 0;
-    // The poll that drives a session: serves requests, and notices stops. What fails meanwhile is
-    // displayed as an error, and the next poll tries again.
+    // The poll that drives a session: serves requests, and notices stops. A link that fails is
+    // displayed as an error, once, and the next poll tries again; so is a request that cannot be carried
+    // out, and gets an error for an answer.
     virtual bool isStopped() = 0;
 
     virtual void getGlobalVariables(Frame* frame, VariableListBuilder* builder) = 0;

@@ -21,6 +21,7 @@
 #include <vector>
 
 class DebuggerHelperFunctions;
+class HException;
 class SymbolicDebug;
 class TargetMemoryInterface;
 class TargetRegisterInterface;
@@ -214,6 +215,8 @@ private:
     int controlWord();
     bool pollRequest(int& operation);
     void serve(int operation);
+    void carryOut(int operation);
+    void noteLink(const HException* failure);
     void withdraw();
     void step(bool instruction, bool over);
     void handleBreakpoint();
@@ -236,7 +239,7 @@ private:
     uint32_t m_commWord = 0;
     uint32_t m_controlWord = 0;
     bool m_serving = false;    // while a request is looked for and carried out
-    int m_failedOperation = 0; // the request that could not be carried out at the last poll
+    bool m_linkFailed = false; // at the last poll
     CodeCache m_codeCache;
     TargetInterface* m_target = nullptr;
     HMonitor* m_monitor = nullptr;

@@ -35,7 +35,7 @@ void ZOFFDebugger::enableDebugIO()
         return;
     m_controlWord = uint32_t(control);
     m_commWord = uint32_t(comm);
-    m_failedOperation = 0;
+    m_linkFailed = false;
     m_ioEnabled = true;
     data->pokeWord(m_controlWord, 0);
     data->pokeWord(m_commWord, 0);
@@ -79,25 +79,44 @@ bool ZOFFDebugger::handleDebugIO(int& operation)
     return true;
 }
 
-// A request that fails is tried again at the next poll, for the link may have failed. One that fails a
-// second time, while the control word can be read, asks for what is not there: the program gets an error
-// for an answer.
+// A request can fail because the link does, or because it asks for what is not there. The control word
+// tells: while it can be read, the request is tried once more and then gets an error for an answer; else
+// the next poll tries again.
 void ZOFFDebugger::serve(int operation)
 {
     TargetMemoryInterface* data = checkedTarget().dataMemory();
     try {
-        if (m_server)
-            m_server->handleOperation(data, m_target->codeMemory(), unsigned(operation), m_commWord);
+        carryOut(operation);
     } catch (const HException&) {
-        if (m_failedOperation != operation) {
-            m_failedOperation = operation;
-            throw;
+        if (controlWord() == operation) {
+            try {
+                carryOut(operation);
+            } catch (const HException& failure) {
+                data->pokeWord(m_commWord, RefusedAnswer);
+                m_helper->displayError(
+                    QStringLiteral("request %1 of the program failed: ").arg(operation) + failure.text());
+            }
         }
-        data->pokeWord(m_commWord, RefusedAnswer);
     }
-    m_failedOperation = 0;
     if (operation != ExitOperation)
         data->pokeWord(m_controlWord, 0);
+}
+
+void ZOFFDebugger::carryOut(int operation)
+{
+    if (m_server)
+        m_server->handleOperation(m_target->dataMemory(), m_target->codeMemory(), unsigned(operation),
+                                  m_commWord);
+}
+
+// A link that fails is told of once, and once more when it is back.
+void ZOFFDebugger::noteLink(const HException* failure)
+{
+    if (failure && !m_linkFailed)
+        m_helper->displayError(failure->text());
+    else if (!failure && m_linkFailed)
+        m_helper->displayError(QStringLiteral("the target answers again"));
+    m_linkFailed = failure != nullptr;
 }
 
 // The same, but not from within a request: its file or console may take long, and a target may handle
@@ -117,7 +136,7 @@ void ZOFFDebugger::controlWordWritten()
         int operation = 0;
         pollRequest(operation);
     } catch (const HException& failure) {
-        m_helper->displayError(failure.text());
+        noteLink(&failure);
     }
 }
 
@@ -138,8 +157,9 @@ bool ZOFFDebugger::isStopped()
         } else if (!debugOperationUsesBreakpoint()) {
             pollRequest(operation);
         }
+        noteLink(nullptr);
     } catch (const HException& failure) {
-        m_helper->displayError(failure.text());
+        noteLink(&failure);
     }
     return m_stopped;
 }

@@ -60,7 +60,7 @@ public:
     bool debuggerDisassemblyShowLabels() override { return true; }
     bool debuggerDisassemblyShowSource() override { return true; }
     bool debuggerUseHardwareStep() override { return false; }
-    // A warning on standard error. While a program is served, polls that fail in a row warn once.
+    // A warning on standard error; of a program that goes on provoking them not more than a hundred.
     void displayError(const QString& text) override;
     Path getDebugSourcePath(const Path& path) override;
     QString getDebugSourceText(const Path& path, int line) override;
@@ -86,8 +86,6 @@ private:
     bool m_quiet = false;
     bool m_verbose = false;
     bool m_stopped = false;
-    bool m_pollFailed = false; // the latest one
-    bool m_faulty = false;     // told, and not over yet
     int m_warnings = 0;
     Path m_sourcePath; // of the cached lines
     QStringList m_sourceLines;

@@ -23,10 +23,6 @@ void warn(const QString& text)
 
 void Loader::displayError(const QString& text)
 {
-    m_pollFailed = true;
-    if (m_faulty)
-        return;
-    m_faulty = true;
     if (++m_warnings <= MaxWarnings)
         warn(text);
     if (m_warnings == MaxWarnings)
@@ -35,14 +31,7 @@ void Loader::displayError(const QString& text)
 
 void Loader::pollDebugger()
 {
-    m_pollFailed = false;
-    bool stopped = debugger->isStopped();
-    if (m_faulty && !m_pollFailed) {
-        m_faulty = false;
-        if (m_warnings < MaxWarnings)
-            warn(QStringLiteral("the target answers again"));
-    }
-    if (stopped && !m_stopped)
+    if (debugger->isStopped() && !m_stopped)
         onBreakpoint();
 }
 
