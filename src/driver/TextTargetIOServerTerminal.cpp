@@ -16,7 +16,7 @@
 
 namespace {
 
-constexpr int KeyPollMilliseconds = 1;
+constexpr int KeyPollMilliseconds = 5;
 constexpr size_t ReadPiece = 64 * 1024;
 constexpr qsizetype MaxBuffered = 1024 * 1024;      // characters that wait for the program
 constexpr qsizetype MaxPipedLine = 64 * 1024 * 1024; // characters; a longer line is cut
@@ -62,8 +62,8 @@ QString fromBytes(std::string_view bytes)
 
 } // namespace
 
-// The key timer runs once a millisecond, which is the pace of the run loop, so that a program on the
-// simulator is not slowed down by an idle keyboard. A program that asks for input does not wait for it.
+// A look at the keyboard costs time that a program on the simulator could have, so the timer is as slow as
+// a typist does not notice. A program that asks for input does not wait for it.
 TextTargetIOServerTerminal::TextTargetIOServerTerminal(const QStringList& arguments, int input)
     : m_server(std::make_unique<TargetIOServer>(this, this)), m_keyTimer(new QTimer(this)), m_input(input),
       m_echo(isatty(input))

@@ -7,6 +7,7 @@
 #include "debug/HMonitor.h"
 #include "maxq30/MAXQ30Registers.h"
 #include "sim/Core.h"
+#include "support/Path.h"
 #include "support/HException.h"
 #include "tests/target/FakeTarget.h"
 
