@@ -67,6 +67,7 @@ void ZOFFDebugger::clear()
     } else {
         withdraw();
     }
+    m_frames.clear();
     m_context.frame = nullptr;
     // The target has forgotten the records; a link that failed meanwhile does not keep ours alive.
     m_codeBreakpoints.clear();

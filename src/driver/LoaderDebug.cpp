@@ -3,6 +3,7 @@
 
 #include "debug/SymbolicDebuggerInterface.h"
 #include "driver/Loader.h"
+#include "support/HException.h"
 #include "support/Path.h"
 
 #include <QFile>
@@ -31,8 +32,12 @@ void Loader::displayError(const QString& text)
 
 void Loader::pollDebugger()
 {
-    if (debugger->isStopped() && !m_stopped)
-        onBreakpoint();
+    try {
+        if (debugger->isStopped() && !m_stopped)
+            onBreakpoint();
+    } catch (const HException& failure) {
+        displayError(failure.text());
+    }
 }
 
 void Loader::onBreakpoint()

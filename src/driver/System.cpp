@@ -157,10 +157,10 @@ int System::runSession()
     Interrupt interrupt;
     TargetInterface* target = m_loader.targetInterface();
     QObject::connect(&interrupt, &Interrupt::interrupted, this, [this, target] {
-        if (m_terminal)
-            debugger->stop();
-        else
-            target->stop();
+        try { // nothing may be thrown into the event loop; the session ends in any case
+            m_terminal ? debugger->stop() : target->stop();
+        } catch (const HException&) {
+        }
     });
     try {
         m_loader.connectTarget(m_activeProject, m_configuration);

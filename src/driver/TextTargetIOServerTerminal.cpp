@@ -93,8 +93,16 @@ void TextTargetIOServerTerminal::write(const QString& text)
     } catch (const HException& failure) {
         m_outputFailure = failure;
         m_exited = true;
+        stopProgram();
+    }
+}
+
+void TextTargetIOServerTerminal::stopProgram()
+{
+    try {
         if (debugger)
             debugger->stop();
+    } catch (const HException&) { // what went wrong first is what the user is told
     }
 }
 

@@ -96,6 +96,7 @@ private:
     const QString& edited() const { return m_inputLines.last(); }
     void show(const QString& text);
     void write(const QString& text);
+    void stopProgram();
     void waitForInput();
 
     std::unique_ptr<TargetIOServer> m_server;

@@ -17,7 +17,9 @@
 #include <QRegularExpression>
 
 #include <cstdio>
+#include <fcntl.h>
 #include <iostream>
+#include <unistd.h>
 
 namespace {
 
@@ -36,10 +38,23 @@ QString withoutTags(QString text)
     return text.remove(tag);
 }
 
+// A standard stream that the caller has closed would be taken by the next file that is opened.
+void openStandardStreams()
+{
+    while (true) {
+        int descriptor = open("/dev/null", O_RDWR);
+        if (descriptor > STDERR_FILENO)
+            close(descriptor);
+        if (descriptor < 0 || descriptor > STDERR_FILENO)
+            return;
+    }
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
+    openStandardStreams();
     QTx::setApplicationPath(argc > 0 ? argv[0] : "qburn", 1);
     QCoreApplication application(argc, argv);
     report = new Reporter{argc > 0 ? argv[0] : "qburn", std::cerr};
