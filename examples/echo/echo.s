@@ -1,5 +1,5 @@
 ; Repeats each line that is typed, with its number, until an empty one comes. The status is how many
-; there were.
+; there were. With an argument it shows single characters instead, as their keys are pressed, until a "q".
 
         .LIBRARY console
         .PUBLIC main, lines
@@ -9,7 +9,10 @@
 
         .CODE
         .FUNC main
+        .PARAM argc, long, A[0]
         .RESULT long, A[0]
+        CMP     #2                      ; the first argument stands for the program's name
+        JUMP    E, keys
 .next:  MOVE    A[0], #line
         CALL    gets
         MOVE    DP[0], #line
@@ -33,8 +36,31 @@
         RET
         .ENDFUNC
 
+; A[0] := how many keys were pressed in front of the "q".
+        .FUNC keys
+        .RESULT long, A[0]
+.next:  CALL    getkey
+        CMP     #'q'
+        JUMP    E, .done
+        MOVE    DP[0], #block
+        MOVE    @DP[0].L++, #keyFormat
+        MOVE    @DP[0].L, A[0]
+        MOVE    DP[0], #lines
+        MOVE    A[0], @DP[0].L
+        ADD     #1
+        MOVE    @DP[0].L, A[0]
+        MOVE    A[0], #block
+        CALL    printf
+        JUMP    .next
+.done:  MOVE    DP[0], #lines
+        MOVE    A[0], @DP[0].L
+        RET
+        .ENDFUNC
+
         .DATA
 lines:  DL      0
+keyFormat:
+        .ASCIZ  "<%hhu>"
 format: .ASCIZ  "%d: %s\n"
 
         .BSS

@@ -1,6 +1,6 @@
 ; Console output and input by the host. Texts end with a zero byte; addresses are in data memory.
 
-        .PUBLIC puts, putchar, printf, scanf, gets
+        .PUBLIC puts, putchar, printf, scanf, gets, getchar, getkey
 
         .TYPE long, INT(4)
         .TYPE char, CHAR(1)
@@ -43,5 +43,19 @@
         .FUNC gets
         .PARAM buffer, text, A[0]
         MOVE    A[1], #22
+        JUMP    hostRead
+        .ENDFUNC
+
+; A[0] := the next character of the lines that were typed; waits for a whole line.
+        .FUNC getchar
+        .RESULT long, A[0]
+        MOVE    A[1], #21
+        JUMP    hostRead
+        .ENDFUNC
+
+; A[0] := the next character, as soon as its key is pressed.
+        .FUNC getkey
+        .RESULT long, A[0]
+        MOVE    A[1], #44
         JUMP    hostRead
         .ENDFUNC

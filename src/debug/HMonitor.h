@@ -5,7 +5,18 @@
 
 #include "zoff/ZOFFTargetInterface.h"
 
+#include <cstdint>
+
 struct HBreakpoint;
+
+// Who waits for a program to ask for something.
+class ControlWordWatcher {
+public:
+    virtual void controlWordWritten() = 0;
+
+protected:
+    ~ControlWordWatcher() = default;
+};
 
 class HMonitor : public ZOFFTargetInterface {
 public:
@@ -59,4 +70,9 @@ public:
     virtual void resetExecutionCount() {}
     virtual void iterateExecutionCount() {}
     virtual bool getNextExecutionCount(unsigned int&, unsigned int&, unsigned int&) { return false; }
+
+    // Calls the watcher as soon as the program has put a number other than 0 into the four bytes of data
+    // memory at `address`, between two of its instructions; null ends that. False when the target cannot
+    // tell, so that the place must be polled.
+    virtual bool watchControlWord(uint32_t, ControlWordWatcher*) { return false; }
 };

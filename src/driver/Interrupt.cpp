@@ -1,5 +1,7 @@
 #include "driver/Interrupt.h"
 
+#include "driver/RawTerminal.h"
+
 #include <QSocketNotifier>
 
 #include <csignal>
@@ -11,10 +13,14 @@ namespace {
 volatile sig_atomic_t g_requested = 0;
 int g_pipe[2] = {-1, -1};
 
+constexpr int handledSignals[] = {SIGINT, SIGTERM, SIGHUP};
+unsigned g_installed = 0; // bits by number
+
 // Only what is safe in a signal handler: a flag and one byte down a pipe that the event loop watches.
 void onSignal(int number)
 {
     if (g_requested) {
+        RawTerminal::restore();
         signal(number, SIG_DFL);
         raise(number);
         return;
@@ -26,9 +32,13 @@ void onSignal(int number)
 
 void install(int number)
 {
-    struct sigaction action = {};
+    struct sigaction action = {}, earlier = {};
+    sigaction(number, nullptr, &earlier);
+    if (number == SIGHUP && earlier.sa_handler == SIG_IGN)
+        return;
     action.sa_handler = onSignal;
     sigemptyset(&action.sa_mask);
+    g_installed |= 1u << number;
     sigaction(number, &action, nullptr); // without SA_RESTART: a waiting read comes back
 }
 
@@ -44,14 +54,16 @@ Interrupt::Interrupt()
         m_notifier->setEnabled(false);
         Q_EMIT interrupted();
     });
-    install(SIGINT);
-    install(SIGTERM);
+    for (int number : handledSignals)
+        install(number);
 }
 
 Interrupt::~Interrupt()
 {
-    signal(SIGINT, SIG_DFL);
-    signal(SIGTERM, SIG_DFL);
+    for (int number : handledSignals)
+        if (g_installed & 1u << number)
+            signal(number, SIG_DFL);
+    g_installed = 0;
     delete m_notifier;
     for (int& end : g_pipe)
         if (end >= 0) {

@@ -1,6 +1,7 @@
-// Ctrl-C. The first SIGINT or SIGTERM is noted and told to whoever waits for it in the event loop; a
-// second one ends the process at once, for a host that hangs in the system. SIGPIPE is ignored: a
-// closed pipe shows as a failed write.
+// Ctrl-C. The first SIGINT, SIGTERM or SIGHUP is noted and told to whoever waits for it in the event loop;
+// a second one ends the process at once, for a host that hangs in the system, with the terminal in its
+// earlier mode. A hang-up that the caller has chosen to ignore stays ignored. SIGPIPE is ignored: a closed
+// pipe shows as a failed write.
 #pragma once
 
 #include <QObject>

@@ -1,17 +1,20 @@
 // The session: the selected target, the load files, and what is done with them in order. It answers
-// the target layer's callbacks. Every failure is an HException with a text for the user.
+// the callbacks of the target layer and of the debugger. Every failure is an HException with a text for the user.
 #pragma once
 
+#include "debug/DebuggerHelperFunctions.h"
 #include "loadfile/LoadFileList.h"
+#include "support/Path.h"
 #include "target/TargetInterface.h"
 #include "target/TargetInterfaceHelperFunctions.h"
 
 #include <QString>
+#include <QStringList>
 #include <memory>
 
 class TextProgressBar;
 
-class Loader : public TargetInterfaceHelperFunctions {
+class Loader : public TargetInterfaceHelperFunctions, public DebuggerHelperFunctions {
 public:
     Loader();
     virtual ~Loader();
@@ -52,8 +55,26 @@ public:
     void beginGroup(const QString&, int) override {}
     void endGroup(const QString&) override {}
 
+    // DebuggerHelperFunctions.
+    bool debuggerDisassemblyShowAddresses() override { return true; }
+    bool debuggerDisassemblyShowLabels() override { return true; }
+    bool debuggerDisassemblyShowSource() override { return true; }
+    bool debuggerUseHardwareStep() override { return false; }
+    // A warning on standard error; of a program that goes on provoking them not more than a hundred.
+    void displayError(const QString& text) override;
+    Path getDebugSourcePath(const Path& path) override;
+    QString getDebugSourceText(const Path& path, int line) override;
+
+    // One look at a program that runs under the debugger: its requests are served, and a stop is shown
+    // once.
+    void pollDebugger();
+    // The program has stopped, and the user was told where.
+    bool stopped() const { return m_stopped; }
+    void setRunning() { m_stopped = false; }
+
 private:
     TargetInterface* connectedTarget(const char* otherwise) const;
+    void onBreakpoint();
 
     std::unique_ptr<TargetInterface> m_target;
     unsigned m_loadAddress = 0;
@@ -64,4 +85,8 @@ private:
     bool m_differentialDownload = true;
     bool m_quiet = false;
     bool m_verbose = false;
+    bool m_stopped = false;
+    int m_warnings = 0;
+    Path m_sourcePath; // of the cached lines
+    QStringList m_sourceLines;
 };

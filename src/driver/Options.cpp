@@ -8,6 +8,7 @@
 #include "project/ProjectTemplates.h"
 #include "target/TargetInterfaceFactory.h"
 
+#include <cctype>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -70,6 +71,7 @@ const System::OptionRow System::g_options[] = {
      "  -templatesfile 'name'    Get project templates from file 'name'\n"},
     {"-verbose", false, &System::verboseOption, "  -verbose                 Produce verbose output\n"},
     {"-BenchDir", true, &System::onBenchDirOption, nullptr},
+    {"-entry", true, &System::entryOption, nullptr},
     {"-nodifferential", false, &System::noDifferentialOption, nullptr},
 };
 
@@ -178,6 +180,20 @@ void System::configOption(const char*, const char* value)
 void System::fileTypeOption(const char*, const char* value)
 {
     m_fileType = fromWord(value);
+}
+
+// A number in C notation, or a symbol, which the debugger looks up.
+void System::entryOption(const char*, const char* value)
+{
+    char* end = nullptr;
+    errno = 0;
+    unsigned long address = strtoul(value, &end, 0);
+    if (!isdigit(static_cast<unsigned char>(*value)))
+        m_entry = fromWord(value);
+    else if (*end != 0 || errno != 0 || address > 0xFFFFFFFFul)
+        error() << "invalid entry point " << value << "\n";
+    else
+        m_entry = QLatin1String("0x") + QString::number(address, 16);
 }
 
 // A text that is no address is refused here; a file that needs one then says what is missing.

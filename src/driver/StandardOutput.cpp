@@ -8,6 +8,12 @@
 
 namespace StandardOutput {
 
+namespace {
+
+bool g_pipeClosed = false;
+
+}
+
 void write(std::string_view text)
 {
     static bool failed = false;
@@ -15,6 +21,7 @@ void write(std::string_view text)
         return;
     if (fwrite(text.data(), 1, text.size(), stdout) != text.size() || fflush(stdout) != 0) {
         failed = true;
+        g_pipeClosed = errno == EPIPE;
         throw HException(std::string("cannot write to standard output: ") + strerror(errno));
     }
 }
@@ -23,6 +30,11 @@ void write(const QString& text)
 {
     QByteArray bytes = text.toLocal8Bit();
     write(std::string_view(bytes.constData(), size_t(bytes.size())));
+}
+
+bool pipeClosed()
+{
+    return g_pipeClosed;
 }
 
 } // namespace StandardOutput

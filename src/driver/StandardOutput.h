@@ -12,4 +12,7 @@ namespace StandardOutput {
 void write(std::string_view text);
 void write(const QString& text);
 
+// Whether the first failure was a reader that went away.
+bool pipeClosed();
+
 } // namespace StandardOutput

@@ -1,5 +1,7 @@
 #include "driver/System.h"
 
+#include "debug/LaterVersion.h"
+#include "debug/SymbolicDebuggerInterface.h"
 #include "driver/Interrupt.h"
 #include "loadfile/LoadFileFactory.h"
 #include "project/BuildSystem.h"
@@ -57,8 +59,8 @@ int System::exec(int argc, char** argv)
     if (!m_solutionFile.isEmpty())
         selectProject();
     collectLoadFiles();
-    if (m_serve || m_debug)
-        throw HException("this version cannot serve or debug a program (-serve, -debug)");
+    if (m_debug)
+        notInThisVersion("debug a program (-debug)");
     if (m_loader.loadFiles().isEmpty())
         return m_exitStatus;
     return runSession();
@@ -154,7 +156,12 @@ int System::runSession()
 {
     Interrupt interrupt;
     TargetInterface* target = m_loader.targetInterface();
-    QObject::connect(&interrupt, &Interrupt::interrupted, this, [target] { target->stop(); });
+    QObject::connect(&interrupt, &Interrupt::interrupted, this, [this, target] {
+        try { // nothing may be thrown into the event loop; the session ends in any case
+            m_terminal ? debugger->stop() : target->stop();
+        } catch (const HException&) {
+        }
+    });
     try {
         m_loader.connectTarget(m_activeProject, m_configuration);
         target->reset(true, true);
@@ -186,6 +193,14 @@ int System::runSession()
 void System::startProgram()
 {
     TargetInterface* target = m_loader.targetInterface();
+    if (m_serve) {
+        QString entry = entryPoint();
+        if (!entry.isEmpty()) {
+            run(entry);
+            return;
+        }
+        fputs("warning: nothing to serve: the load file has no entry point (use -entry)\n", stderr);
+    }
     LoadFileInterface* first = m_loader.loadFiles().items().front().file;
     if (!first->hasEntryPoint()) {
         target->reset(false, false);

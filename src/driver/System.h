@@ -12,6 +12,8 @@
 #include <QString>
 #include <QStringList>
 
+class TextTargetIOServerTerminal;
+
 class System : public QObject, public ArgParse {
     Q_OBJECT
 public:
@@ -31,13 +33,21 @@ public:
     // The selected project and configuration; null and empty without a solution.
     ProjectElement* activeProject() const { return m_activeProject; }
     const QString& buildConfiguration() const { return m_configuration; }
+    // Runs the program from an entry point ("0x" and digits, or a symbol) and serves it until it ends; the
+    // exit status is then the program's. Throws Interrupted after Ctrl-C, with the program stopped.
+    void run(const QString& entry);
 
     // A word joins the target program's arguments once -serve has been read, the load files before.
     void onArgument(const char* word) override;
 
+public Q_SLOTS:
+    // Looks at the running program.
+    void poll();
+
 private:
     System();
     struct OptionRow;
+    class RunScope;
     static const OptionRow g_options[];
 
     void targetOption(const char*, const char* value);
@@ -52,6 +62,7 @@ private:
     void debugOption(const char*, const char*);
     void scriptOption(const char*, const char* value);
     void breakOption(const char*, const char* value);
+    void entryOption(const char*, const char* value);
     void quietOption(const char*, const char*);
     void verboseOption(const char*, const char*);
     void helpOption(const char*, const char*);
@@ -73,6 +84,8 @@ private:
     void collectLoadFiles();
     int runSession();
     void startProgram();
+    QString entryPoint() const;
+    void abandonRun();
 
     Console m_console;
     WScript m_wscript;
@@ -91,6 +104,8 @@ private:
     bool m_serve = false;
     bool m_debug = false;
     QString m_breakSymbol;
+    QString m_entry; // "0x" and digits, or a symbol
+    TextTargetIOServerTerminal* m_terminal = nullptr; // while a program runs
     QStringList m_targetArguments{QString()}; // the first stands at the place of argv[0]
     QStringList m_loadFileNames;
     QString m_targetName;

@@ -3,6 +3,7 @@
 
 #include "driver/StandardOutput.h"
 #include "driver/System.h"
+#include "maxq30/MAXQ30Debugger.h"
 #include "maxq30/MAXQ30TargetInterfaceFactory.h"
 #include "project/EnvironmentSettings.h"
 #include "project/MAXQ30BuildSystem.h"
@@ -16,7 +17,9 @@
 #include <QRegularExpression>
 
 #include <cstdio>
+#include <fcntl.h>
 #include <iostream>
+#include <unistd.h>
 
 namespace {
 
@@ -35,10 +38,23 @@ QString withoutTags(QString text)
     return text.remove(tag);
 }
 
+// A standard stream that the caller has closed would be taken by the next file that is opened.
+void openStandardStreams()
+{
+    while (true) {
+        int descriptor = open("/dev/null", O_RDWR);
+        if (descriptor > STDERR_FILENO)
+            close(descriptor);
+        if (descriptor < 0 || descriptor > STDERR_FILENO)
+            return;
+    }
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
+    openStandardStreams();
     QTx::setApplicationPath(argc > 0 ? argv[0] : "qburn", 1);
     QCoreApplication application(argc, argv);
     report = new Reporter{argc > 0 ? argv[0] : "qburn", std::cerr};
@@ -48,6 +64,7 @@ int main(int argc, char** argv)
         projectSystem = new MAXQ30ProjectSystem;
         buildSystem = new MAXQ30BuildSystem(QStringList());
         macroSystem.setSystemMacro(QStringLiteral("Platform"), QStringLiteral("maxq30"));
+        debugger = new MAXQ30Debugger(&System::instance()->loader());
         System::instance()->setProgramName(QStringLiteral("Loader"));
         int status = System::instance()->exec(argc, argv);
         delete environment;

@@ -188,6 +188,8 @@ unsigned MAXQ30Simulator::singleStep()
 
 void MAXQ30Simulator::onDataAccess(bool read, unsigned address, unsigned value, unsigned byteAccess)
 {
+    if (!read)
+        dataWritten(address, value);
     if (watchesData())
         matchDataBreakPoint(address, byteAccess ? 1 : 2, value, read);
 }
@@ -195,6 +197,8 @@ void MAXQ30Simulator::onDataAccess(bool read, unsigned address, unsigned value, 
 // A breakpoint may cover either half, or compare a value of two bytes there, or the whole of four.
 void MAXQ30Simulator::onLongDataAccess(bool read, unsigned address, unsigned value)
 {
+    if (!read)
+        dataWritten(address, value);
     if (!watchesData())
         return;
     matchDataBreakPoint(address + 2, 2, value >> 16, read);

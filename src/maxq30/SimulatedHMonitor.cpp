@@ -77,6 +77,7 @@ void SimulatedHMonitor::clear()
     stop();
     m_enabledErrors.reset();
     m_lastErrorText.clear();
+    watchControlWord(0, nullptr);
 }
 
 void SimulatedHMonitor::getProperties(PropertyValueList& list)
@@ -247,7 +248,27 @@ bool SimulatedHMonitor::endsAfterStep()
         evaluateMatch();
     if (m_pendingError != NoError && stopsOnPendingError()) [[unlikely]]
         return true;
+    if (m_controlWordWritten) [[unlikely]] {
+        m_controlWordWritten = false;
+        if (m_watcher && !m_stopped)
+            m_watcher->controlWordWritten();
+    }
     return m_stopped;
+}
+
+bool SimulatedHMonitor::watchControlWord(uint32_t address, ControlWordWatcher* watcher)
+{
+    bool possible = address % 4 == 0;
+    m_watcher = possible ? watcher : nullptr;
+    m_controlWord = m_watcher ? address : NoControlWord;
+    m_controlWordWritten = false;
+    return possible;
+}
+
+void SimulatedHMonitor::controlWordWritten()
+{
+    m_controlWordWritten = true;
+    interruptRun();
 }
 
 void SimulatedHMonitor::stop()

@@ -79,6 +79,8 @@ public:
     void resetExecutionCount() override { m_counts.reset(); }
     void iterateExecutionCount() override { m_counts.rewind(); }
     bool getNextExecutionCount(unsigned int& address, unsigned int& count, unsigned int& other) override;
+    // False for a place that is no multiple of four.
+    bool watchControlWord(uint32_t address, ControlWordWatcher* watcher) override;
 
     // Resets the processor and the peripherals, and the counts of time.
     virtual void reset();
@@ -144,6 +146,12 @@ protected:
     // False when a data access cannot match, so that it need not be looked at.
     bool watchesData() const { return m_breakpoints.mayMatchData(); }
     PeripheralSimulator* peripherals() { return m_peripherals.get(); }
+    // Of every write to data memory. The watcher is called behind the instruction, which may write more.
+    void dataWritten(unsigned address, unsigned value)
+    {
+        if ((address & ~3u) == m_controlWord && value != 0) [[unlikely]]
+            controlWordWritten();
+    }
 
 private:
     enum Action { StopAction, TraceAction };
@@ -158,6 +166,7 @@ private:
     void stepWatchingRegisters();
     void evaluateMatch();
     bool stopsOnPendingError();
+    void controlWordWritten();
 
     PropertyClass m_peripheralFileClass;
     PropertyClass m_enablePeripheralFileClass;
@@ -180,6 +189,11 @@ private:
     QByteArray m_miscErrorText;
     QByteArray m_lastErrorText; // of the error that stopped the last run
     unsigned m_lastErrorAddress = 0;
+
+    static constexpr uint32_t NoControlWord = 1; // no multiple of four
+    uint32_t m_controlWord = NoControlWord;
+    ControlWordWatcher* m_watcher = nullptr;
+    bool m_controlWordWritten = false; // by the current step
 
     MAXQSIMRunAhead m_ahead{}; // the steps that are being done in one call
     unsigned m_loopCount = 0;

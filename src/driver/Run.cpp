@@ -1,0 +1,110 @@
+// A program that runs under the debugger, with its requests served on the console, until it ends.
+
+#include "debug/SymbolicDebuggerInterface.h"
+#include "driver/Interrupt.h"
+#include "driver/StandardOutput.h"
+#include "driver/System.h"
+#include "driver/TextTargetIOServerTerminal.h"
+#include "loadfile/LoadFileInterface.h"
+#include "project/BuildSystem.h"
+#include "support/HException.h"
+#include "support/QTx.h"
+
+#include <QCoreApplication>
+#include <QTimer>
+
+#include <cstdio>
+
+namespace {
+
+constexpr int PassMilliseconds = 1;
+constexpr int ClosedPipeStatus = 141; // as a shell tells of a program that SIGPIPE ended
+
+} // namespace
+
+// What a run sets up in the session and the debugger, for exactly as long as it lasts.
+class System::RunScope {
+public:
+    RunScope(System* system, TextTargetIOServerTerminal* terminal) : m_system(system)
+    {
+        m_system->m_terminal = terminal;
+        debugger->setTargetInterface(m_system->m_loader.targetInterface());
+        debugger->setTargetIOServer(terminal->server());
+        // The pace of the loop in run(). The simulator serves requests without waiting for a poll, and
+        // would only be slowed down by more of them.
+        m_timer.setObjectName(QStringLiteral("qburn-debug-timer"));
+        QObject::connect(&m_timer, &QTimer::timeout, m_system, &System::poll);
+        m_timer.start(PassMilliseconds);
+    }
+    ~RunScope()
+    {
+        m_timer.stop();
+        debugger->setTargetIOServer(nullptr);
+        m_system->m_terminal = nullptr;
+    }
+    RunScope(const RunScope&) = delete;
+    RunScope& operator=(const RunScope&) = delete;
+
+private:
+    System* m_system;
+    QTimer m_timer{m_system};
+};
+
+// Where the program begins, as the debugger takes it; empty when nobody says. A number from the command
+// line is in hexadecimal already.
+QString System::entryPoint() const
+{
+    LoadFileInterface* first = m_loader.loadFiles().items().front().file;
+    if (first->hasEntryPoint())
+        return QLatin1String("0x") + QString::number(first->entryPoint(), 16);
+    if (!m_entry.isEmpty() || !m_activeProject)
+        return m_entry;
+    const PropertyClass* symbol = buildSystem->findPropertyClass(QStringLiteral("debug_entry_point_symbol"));
+    return buildSystem->settingForExpanded(m_activeProject, symbol, m_configuration);
+}
+
+void System::run(const QString& entry)
+{
+    TextTargetIOServerTerminal terminal(m_targetArguments);
+    terminal.setWaitingTarget(m_loader.targetInterface());
+    RunScope scope(this, &terminal);
+    try {
+        for (const LoadFileListItem& item : m_loader.loadFiles().items())
+            if (item.file->hasSymbols())
+                debugger->loadSymbols(Path(item.name), 0);
+        m_loader.setRunning();
+        debugger->start(entry, false);
+        while (!terminal.exited()) {
+            QCoreApplication::processEvents();
+            Interrupt::check();
+            if (!terminal.exited())
+                QTx::sleep(PassMilliseconds);
+        }
+        Interrupt::check();
+    } catch (const Interrupted&) {
+        abandonRun();
+        throw;
+    }
+    m_exitStatus = terminal.exitCode();
+    if (const auto& failure = terminal.outputFailure()) {
+        abandonRun();
+        if (!StandardOutput::pipeClosed())
+            throw *failure;
+        m_exitStatus = ClosedPipeStatus;
+    }
+}
+
+// The user has lost interest, so a target that does not answer any more is not worth a word.
+void System::abandonRun()
+{
+    try {
+        debugger->stop();
+        debugger->clear();
+    } catch (const HException&) {
+    }
+}
+
+void System::poll()
+{
+    m_loader.pollDebugger();
+}

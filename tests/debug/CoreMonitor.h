@@ -1,0 +1,154 @@
+// A target like a board: the program runs while somebody looks, stops at breakpoints, and its link can
+// fail. And the debugger's host.
+#pragma once
+
+#include "debug/DebuggerHelperFunctions.h"
+#include "debug/HBreakpoint.h"
+#include "debug/HMonitor.h"
+#include "maxq30/MAXQ30Registers.h"
+#include "sim/Core.h"
+#include "support/Path.h"
+#include "support/HException.h"
+#include "tests/target/FakeTarget.h"
+
+#include <algorithm>
+
+class CoreMemory : public TargetMemoryInterface {
+public:
+    CoreMemory(maxq30::Core& core, bool code)
+        : TargetMemoryInterface(Endian::Little, code ? 2 : 4, false), m_core(core), m_code(code)
+    {
+        addressRanges().add(0, (code ? core.codeBytes() : core.dataBytes()) - 1, false);
+    }
+    void pokeBytes(uint32_t address, unsigned count, const unsigned char* bytes) override
+    {
+        check(m_code ? m_core.writeCode(address, count, bytes) : m_core.writeData(address, count, bytes));
+    }
+    void peekBytes(uint32_t address, unsigned count, unsigned char* bytes) override
+    {
+        ++reads;
+        check(m_code ? m_core.readCode(address, count, bytes) : m_core.readData(address, count, bytes));
+    }
+    bool linkLost = false;
+    int reads = 0;
+
+private:
+    void check(bool done) const
+    {
+        if (linkLost || !done)
+            throw HException(linkLost ? "link lost" : "no memory there");
+    }
+    maxq30::Core& m_core;
+    bool m_code;
+};
+
+class CoreRegisters : public MAXQ30Registers {
+public:
+    explicit CoreRegisters(maxq30::Core& core) : m_core(core) {}
+    uint32_t getValue1(unsigned number) override { return m_core.readRegister(number) * (number == IP ? 2 : 1); }
+    void setValue1(unsigned number, uint32_t value) override
+    {
+        m_core.writeRegister(number, number == IP ? value / 2 : value);
+    }
+
+private:
+    maxq30::Core& m_core;
+};
+
+class CoreMonitor : public HMonitor {
+public:
+    explicit CoreMonitor(FakeHelpers* helpers) : HMonitor(0, "Core", helpers) {}
+
+    void connect(bool) override {}
+    void disconnect() override {}
+    bool isConnected() const override { return true; }
+    // Each look lets a running program go on for a while.
+    bool isStopped() override
+    {
+        for (int i = 0; i < 1000 && !stopped; ++i) {
+            core.step();
+            look();
+        }
+        return stopped;
+    }
+    TargetMemoryInterface* codeMemory() override { return &code; }
+    TargetMemoryInterface* dataMemory() override { return &data; }
+    TargetRegisterInterface* registers() override { return &file; }
+    void reset(bool, bool) override { core.reset(); }
+    void go() override
+    {
+        hit = nullptr;
+        stopped = false;
+        core.step(); // away from a breakpoint here
+        look();
+    }
+    void start(bool, unsigned) override {}
+    void startDebugging(bool setPC, unsigned pc, bool stop) override
+    {
+        if (setPC)
+            file.setPC(pc);
+        hit = nullptr;
+        stopped = stop;
+    }
+    void step() override
+    {
+        ++singleSteps;
+        hit = nullptr;
+        core.step();
+        stopped = true;
+    }
+    void stop() override { stopped = true; }
+    void clear() override
+    {
+        breakpoints.clear();
+        stopped = true;
+    }
+    bool setBreakpoint(HBreakpoint* breakpoint) override
+    {
+        if (breakpoints.size() >= capacity)
+            return false;
+        breakpoints.push_back(breakpoint);
+        return true;
+    }
+    bool removeBreakpoint(HBreakpoint* breakpoint) override
+    {
+        if (hit == breakpoint)
+            hit = nullptr;
+        std::erase(breakpoints, breakpoint);
+        return true;
+    }
+    HBreakpoint* matched() override { return hit; }
+
+    maxq30::Core core{256 * 1024, 64 * 1024};
+    CoreMemory code{core, true};
+    CoreMemory data{core, false};
+    CoreRegisters file{core};
+    std::vector<HBreakpoint*> breakpoints;
+    size_t capacity = 8;
+    HBreakpoint* hit = nullptr;
+    bool stopped = true;
+    int singleSteps = 0;
+
+private:
+    void look()
+    {
+        for (HBreakpoint* breakpoint : breakpoints)
+            if (breakpoint->enabled && breakpoint->address == file.getPC()) {
+                hit = breakpoint;
+                stopped = true;
+            }
+    }
+};
+
+class DebuggerHost : public DebuggerHelperFunctions {
+public:
+    bool debuggerDisassemblyShowAddresses() override { return true; }
+    bool debuggerDisassemblyShowLabels() override { return true; }
+    bool debuggerDisassemblyShowSource() override { return true; }
+    bool debuggerUseHardwareStep() override { return false; }
+    void displayError(const QString& text) override { errors.append(text); }
+    Path getDebugSourcePath(const Path& path) override { return path; }
+    QString getDebugSourceText(const Path&, int) override { return {}; }
+
+    QStringList errors;
+};
