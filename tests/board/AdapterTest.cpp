@@ -277,8 +277,9 @@ TEST_F(UsbAdapterTest, FaultsHitTheirPositions)
             EXPECT_TRUE(talk({0x85, 0x5A}).empty());
         }
     }
-    for (const char* text : {"", "cut", "cut=", "cut=x", "cut=-1", "cut=1:2", "late=3", "late=3:", "change=1:256",
-                             "drop=1:1", "drop=1 ", "melt=3", "drop=99999999999999999999", "drop=both:1"})
+    for (const char* text :
+         {"", "cut", "cut=", "cut=x", "cut=-1", "cut=1:2", "late=3", "late=3:", "change=1:256", "drop=1:1",
+          "drop=1 ", "melt=3", "drop=99999999999999999999", "drop=both:1"})
         EXPECT_FALSE(Fault::parse(text)) << text;
 }
 
