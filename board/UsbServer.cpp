@@ -140,8 +140,8 @@ void UsbServer::request(Connection& connection, const usb::RequestHeader& header
         }
         return respond(connection, owns ? 0 : -EINVAL);
     case usb::Request::Write:
-        if (!owns)
-            return respond(connection, -EINVAL);
+        if (!owns || link.isFull())
+            return respond(connection, owns ? -ETIMEDOUT : -EINVAL);
         link.fromHost(data, milliseconds());
         // A cable that is pulled meanwhile answers nothing more.
         return link.isCut() ? void() : respond(connection, int32_t(data.size()));
