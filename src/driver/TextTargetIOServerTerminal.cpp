@@ -18,7 +18,7 @@ namespace {
 
 constexpr int KeyPollMilliseconds = 5;
 constexpr size_t ReadPiece = 64 * 1024;
-constexpr qsizetype MaxBuffered = 1024 * 1024;      // characters that wait for the program
+constexpr qsizetype MaxBuffered = 1024 * 1024;       // characters that wait for the program
 constexpr qsizetype MaxPipedLine = 64 * 1024 * 1024; // characters; a longer line is cut
 constexpr qsizetype MaxHistory = 1000;
 // A program that asks again within so many cycles does nothing else.
