@@ -174,7 +174,8 @@ void Bootloader::execute()
 void Bootloader::load(uint32_t address, size_t headerBytes)
 {
     std::span<const uint8_t> data = std::span(m_command).subspan(headerBytes);
-    m_journal.note("bootloader: load " + std::to_string(data.size()) + " bytes at " + std::to_string(address));
+    m_journal.note("bootloader: load " + std::to_string(data.size()) + " bytes at " +
+                   std::to_string(address));
     if (!m_flash.program(address, data))
         return finish(BadParameter);
     m_memoryChanged = true;

@@ -34,10 +34,7 @@ public:
     // Lets the processor execute at most `steps` instructions, unless something stops it.
     void run(uint64_t steps);
     // Whether run() would do anything.
-    bool isExecuting() const
-    {
-        return isPowered() && m_processor.isRunning() && !m_processor.isIdle();
-    }
+    bool isExecuting() const { return isPowered() && m_processor.isRunning() && !m_processor.isIdle(); }
 
     // Milliseconds for which erasing kept the device busy since the last call.
     unsigned takeErasingTime() { return m_bootloader.takeErasingTime(); }

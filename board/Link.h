@@ -25,6 +25,9 @@ public:
     void restart();
     void fromHost(std::span<const uint8_t> bytes, int64_t now);
 
+    // So much waits to be fetched that the host is not to send more.
+    bool isFull() const { return m_out.size() > limits::Backlog; }
+
     // At most `maximum` bytes that the host may see now. They stay until they are dropped from the front.
     std::vector<uint8_t> ready(int64_t now, size_t maximum) const;
     void drop(size_t count);

@@ -1,6 +1,7 @@
 #include "board/Options.h"
 #include "sim/Parameters.h"
 
+#include <algorithm>
 #include <optional>
 #include <string_view>
 
@@ -111,56 +112,63 @@ std::string printable(std::string text)
     return text;
 }
 
+using Text = const std::string&;
+
 // One row makes an option: how it is read and what the help says.
 struct Row {
     const char* name;
     const char* argument; // null for a switch
-    bool (*take)(Options& options, const std::string& value);
+    bool (*take)(Options& options, Text value);
     const char* help;
 };
 
-#define TAKE [](Options & o, [[maybe_unused]] const std::string& v)
 const Row rows[] = {
-    {"usb", "SOCKET", TAKE { return fileName(v, o.usbSocket); },
+    {"usb", "SOCKET", [](Options& o, Text v) { return fileName(v, o.usbSocket); },
      "serve the USB adapter on this Unix socket instead of the serial\n"
      "one on a pseudo-terminal"},
-    {"once", nullptr, TAKE { return o.once = true; }, "end when the first host has gone"},
-    {"families", "KIND", TAKE { return families(v, o.settings); },
+    {"once", nullptr, [](Options& o, Text) { return o.once = true; }, "end when the first host has gone"},
+    {"families", "KIND", [](Options& o, Text v) { return families(v, o.settings); },
      "loads that the bootloader knows: variable, fixed, both (default)\n"
      "or none"},
-    {"fixed-code", "WORDS", TAKE { return number(v, 255, o.settings.fixedCodeWords); },
+    {"fixed-code", "WORDS", [](Options& o, Text v) { return number(v, 255, o.settings.fixedCodeWords); },
      "words that a fixed load writes to code memory (32)"},
-    {"fixed-data", "WORDS", TAKE { return number(v, 255, o.settings.fixedDataWords); },
+    {"fixed-data", "WORDS", [](Options& o, Text v) { return number(v, 255, o.settings.fixedDataWords); },
      "the same for data memory (32)"},
-    {"device-id", "TEXT", TAKE { return text(v, o.settings.deviceId); }, "what the bootloader calls the device"},
-    {"rom-version", "M.NN", TAKE { return romVersion(v, o.settings); }, "version of the bootloader (1.00)"},
-    {"boot-scans", "N", TAKE { return number(v, 1'000'000, o.settings.bootScans); },
+    {"device-id", "TEXT", [](Options& o, Text v) { return text(v, o.settings.deviceId); },
+     "what the bootloader calls the device"},
+    {"rom-version", "M.NN", [](Options& o, Text v) { return romVersion(v, o.settings); },
+     "version of the bootloader (1.00)"},
+    {"boot-scans", "N", [](Options& o, Text v) { return number(v, 1'000'000, o.settings.bootScans); },
      "scans that the bootloader refuses while it starts (3)"},
-    {"load-scans", "N", TAKE { return number(v, 1'000'000, o.settings.loadScans); },
+    {"load-scans", "N", [](Options& o, Text v) { return number(v, 1'000'000, o.settings.loadScans); },
      "scans that it refuses after each load (2); adapters give up\n"
      "after 10"},
-    {"erase-scans", "N", TAKE { return number(v, 1'000'000, o.settings.eraseScans); },
+    {"erase-scans", "N", [](Options& o, Text v) { return number(v, 1'000'000, o.settings.eraseScans); },
      "scans that it refuses after an erase (6)"},
-    {"erase-time", "MS", TAKE { return number(v, 1'000'000, o.settings.eraseMilliseconds); },
+    {"erase-time", "MS",
+     [](Options& o, Text v) { return number(v, 1'000'000, o.settings.eraseMilliseconds); },
      "milliseconds for which an adapter waits for an erase (0)"},
-    {"code-size", "SIZE", TAKE { return memorySize(v, o.settings.codeBytes); },
+    {"code-size", "SIZE", [](Options& o, Text v) { return memorySize(v, o.settings.codeBytes); },
      "bytes of code memory, with K or M behind the number (64K)"},
-    {"data-size", "SIZE", TAKE { return memorySize(v, o.settings.dataBytes); }, "bytes of data memory (64K)"},
-    {"image", "FILE[@ADDRESS]", TAKE { return image(v, o.codeImages); },
+    {"data-size", "SIZE", [](Options& o, Text v) { return memorySize(v, o.settings.dataBytes); },
+     "bytes of data memory (64K)"},
+    {"image", "FILE[@ADDRESS]", [](Options& o, Text v) { return image(v, o.codeImages); },
      "put a file into the code memory first: Intel Hex, or binary,\n"
      "which goes to ADDRESS; may be repeated"},
-    {"data-image", "FILE[@ADDRESS]", TAKE { return image(v, o.dataImages); },
+    {"data-image", "FILE[@ADDRESS]", [](Options& o, Text v) { return image(v, o.dataImages); },
      "put a binary file into the data memory first; may be repeated"},
-    {"save-code", "FILE", TAKE { return fileName(v, o.saveCode); },
+    {"save-code", "FILE", [](Options& o, Text v) { return fileName(v, o.saveCode); },
      "write the code memory to FILE at the end, as binary"},
-    {"save-data", "FILE", TAKE { return fileName(v, o.saveData); }, "the same with the data memory"},
-    {"log", "FILE", TAKE { return fileName(v, o.log); }, "write all transfers to FILE"},
-    {"serial-number", "TEXT", TAKE { return text(v, o.serialNumber); }, "of the USB adapter (VB000001)"},
-    {"product", "TEXT", TAKE { return text(v, o.product); }, "name of the USB adapter"},
-    {"fault", "FAULT", TAKE { return fault(v, o); }, "break something, see below; may be repeated"},
-    {"help", nullptr, TAKE { return o.help = true; }, "this text"},
+    {"save-data", "FILE", [](Options& o, Text v) { return fileName(v, o.saveData); },
+     "the same with the data memory"},
+    {"log", "FILE", [](Options& o, Text v) { return fileName(v, o.log); }, "write all transfers to FILE"},
+    {"serial-number", "TEXT", [](Options& o, Text v) { return text(v, o.serialNumber); },
+     "of the USB adapter (VB000001)"},
+    {"product", "TEXT", [](Options& o, Text v) { return text(v, o.product); }, "name of the USB adapter"},
+    {"fault", "FAULT", [](Options& o, Text v) { return fault(v, o); },
+     "break something, see below; may be repeated"},
+    {"help", nullptr, [](Options& o, Text) { return o.help = true; }, "this text"},
 };
-#undef TAKE
 
 constexpr size_t HelpColumn = 30;
 
@@ -200,9 +208,10 @@ std::string Options::parse(const std::vector<std::string>& arguments)
 
 std::string Options::helpText()
 {
-    std::string help = "usage: vboard [OPTION...]\n\n"
-                       "A virtual MAXQ30 board with a JTAG adapter. Prints the name of the adapter's port as its\n"
-                       "first line and serves it until it is interrupted.\n\n";
+    std::string help =
+        "usage: vboard [OPTION...]\n\n"
+        "A virtual MAXQ30 board with a JTAG adapter. Prints the name of the adapter's port as its\n"
+        "first line and serves it until it is interrupted.\n\n";
     for (const Row& row : rows) {
         std::string line = std::string("  --") + row.name;
         if (row.argument)
@@ -215,18 +224,19 @@ std::string Options::helpText()
         }
         help += line + "\n";
     }
-    help += "\nfaults:\n"
-            "  unpowered[=LEVEL]           the device has no power; TDO is stuck at LEVEL (0)\n"
-            "  no-bootloader               the bootloader never starts\n"
-            "  dead=ADDRESS[-LAST]         code cells that take no programming\n"
-            "  cut=[in:|out:]N             the cable is pulled after N bytes\n"
-            "  drop=[in:|out:]N            byte N is lost\n"
-            "  change=[in:|out:]N[:VALUE]  byte N becomes VALUE, or has all its bits inverted\n"
-            "  late=[in:|out:]N:MS         byte N and all answers behind it come MS milliseconds late\n\n"
-            "Positions count from 0 in the bytes from the host (in:) or the answers (out:); cut counts the\n"
-            "former when nothing is said, the others the latter. A log tells the positions.\n\n"
-            "Status 1 means that the board could not be served, that a file could not be written, or that the\n"
-            "host sent something that no adapter or device understands.\n";
+    help +=
+        "\nfaults:\n"
+        "  unpowered[=LEVEL]           the device has no power; TDO is stuck at LEVEL (0)\n"
+        "  no-bootloader               the bootloader never starts\n"
+        "  dead=ADDRESS[-LAST]         code cells that take no programming\n"
+        "  cut=[in:|out:]N             the cable is pulled after N bytes\n"
+        "  drop=[in:|out:]N            byte N is lost\n"
+        "  change=[in:|out:]N[:VALUE]  byte N becomes VALUE, or has all its bits inverted\n"
+        "  late=[in:|out:]N:MS         byte N and all answers behind it come MS milliseconds late\n\n"
+        "Positions count from 0 in the bytes from the host (in:) or the answers (out:); cut counts the\n"
+        "former when nothing is said, the others the latter. A log tells the positions.\n\n"
+        "Status 1 means that the board could not be served, that a file could not be written, or that the\n"
+        "host sent something that no adapter or device understands.\n";
     return help;
 }
 

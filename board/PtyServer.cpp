@@ -43,7 +43,8 @@ void PtyServer::serve(Link& link, Device& device, int stop, bool once)
         bool something = !link.ready(now, 1).empty();
         std::vector<pollfd> fds = {{stop, POLLIN, 0}, {m_watch, POLLIN, 0}};
         if (m_hosts) // a port that is hung up is always ready
-            fds.push_back({m_master, short(POLLIN | (something && m_full ? POLLOUT : 0)), 0});
+            fds.push_back(
+                {m_master, short((link.isFull() ? 0 : POLLIN) | (something && m_full ? POLLOUT : 0)), 0});
         waitOrRun(fds, link.nextTime(now), device);
         short master = m_hosts ? fds[2].revents : short(0);
         if (master & POLLIN)

@@ -56,9 +56,7 @@ void SerialAdapter::receive(uint8_t byte, std::vector<uint8_t>& answer)
         m_frameRefused = false;
         m_mode = byte ? Mode::Data : Mode::Command;
         return;
-    case Mode::Command:
-        m_mode = Mode::FrameStart;
-        return command(byte, answer);
+    case Mode::Command: m_mode = Mode::FrameStart; return command(byte, answer);
     case Mode::Data:
         if (!--m_left)
             m_mode = Mode::FrameStart;

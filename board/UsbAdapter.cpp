@@ -105,7 +105,8 @@ void UsbAdapter::receive(uint8_t byte, std::vector<uint8_t>& answer)
 void UsbAdapter::startByte(uint8_t byte)
 {
     if (byte != startBytes[m_started]) {
-        m_journal.complain("byte " + hex(byte) + " where a session starts with " + hex(startBytes[m_started]));
+        m_journal.complain("byte " + hex(byte) + " where a session starts with " +
+                           hex(startBytes[m_started]));
         m_started = 0;
         return;
     }

@@ -25,8 +25,7 @@ sockaddr_un addressOf(const std::string& path)
 bool isLeftOver(const sockaddr_un& address)
 {
     FileDescriptor probe(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
-    return probe >= 0 &&
-           connect(probe, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 &&
+    return probe >= 0 && connect(probe, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 &&
            errno == ECONNREFUSED;
 }
 
@@ -141,8 +140,8 @@ void UsbServer::request(Connection& connection, const usb::RequestHeader& header
         }
         return respond(connection, owns ? 0 : -EINVAL);
     case usb::Request::Write:
-        if (!owns)
-            return respond(connection, -EINVAL);
+        if (!owns || link.isFull())
+            return respond(connection, owns ? -ETIMEDOUT : -EINVAL);
         link.fromHost(data, milliseconds());
         // A cable that is pulled meanwhile answers nothing more.
         return link.isCut() ? void() : respond(connection, int32_t(data.size()));
@@ -151,8 +150,7 @@ void UsbServer::request(Connection& connection, const usb::RequestHeader& header
             return respond(connection, -EINVAL);
         connection.reading = true;
         connection.readLength = header.length;
-        connection.readUntil =
-            header.timeout ? std::optional(milliseconds() + header.timeout) : std::nullopt;
+        connection.readUntil = header.timeout ? std::optional(milliseconds() + header.timeout) : std::nullopt;
         return;
     case usb::Request::Reset:
         if (owns)

@@ -73,8 +73,7 @@ struct Adapter {
         interface.num_altsetting = 1;
         configuration.bLength = USB_DT_CONFIG_SIZE;
         configuration.bDescriptorType = USB_DT_CONFIG;
-        configuration.wTotalLength =
-            USB_DT_CONFIG_SIZE + USB_DT_INTERFACE_SIZE + 2 * USB_DT_ENDPOINT_SIZE;
+        configuration.wTotalLength = USB_DT_CONFIG_SIZE + USB_DT_INTERFACE_SIZE + 2 * USB_DT_ENDPOINT_SIZE;
         configuration.bNumInterfaces = 1;
         configuration.bConfigurationValue = 1;
         configuration.interface = &interface;
@@ -99,7 +98,8 @@ struct Adapter {
     bool present = true;
     usb_endpoint_descriptor endpoints[2]{};
     usb_interface_descriptor setting{};
-    usb_interface interface{};
+    usb_interface interface {
+    };
     usb_config_descriptor configuration{};
     struct usb_device device {};
 };

@@ -48,6 +48,8 @@ constexpr int SocketGrace = 2'000;
 // Connections to one USB socket.
 constexpr size_t UsbConnections = 16;
 // Answers that a host may ask a USB adapter for in one command.
-constexpr uint32_t UsbRead = 0x100000;
+constexpr uint32_t UsbRead = 0x10000;
+// Answers that wait for a host before nothing more is taken from it.
+constexpr size_t Backlog = 0x40000;
 
 } // namespace board::limits

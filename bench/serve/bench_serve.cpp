@@ -68,7 +68,8 @@ int main(int argc, char** argv)
     try {
         SimulatorSession session(QBURN_BINARY_DIR "/lib/libmaxq30sim.so");
         MAXQ30Simulator& target = session.target();
-        target.codeMemory()->pokeBytes(0, sizeof crcProgram, reinterpret_cast<const unsigned char*>(crcProgram));
+        target.codeMemory()->pokeBytes(0, sizeof crcProgram,
+                                       reinterpret_cast<const unsigned char*>(crcProgram));
         double alone = 0, served = 0;
         for (int round = 0; round < Rounds; ++round) {
             alone = std::max(alone, rate(target));

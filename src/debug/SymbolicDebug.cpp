@@ -134,9 +134,8 @@ SymbolicDebug::SymbolicDebug(const Path& path, ZOFFModule* module)
     for (auto& [name, section] : module->sectionsByName())
         if (section->sectionKind() == ZOFFSection::NoMemory || section->sectionKind() == ZOFFSection::Code)
             addItems(section);
-    std::stable_sort(m_instructions.begin(), m_instructions.end(), [](ZOFFInsn* a, ZOFFInsn* b) {
-        return uint32_t(a->pc()) < uint32_t(b->pc());
-    });
+    std::stable_sort(m_instructions.begin(), m_instructions.end(),
+                     [](ZOFFInsn* a, ZOFFInsn* b) { return uint32_t(a->pc()) < uint32_t(b->pc()); });
     std::stable_sort(m_loci.begin(), m_loci.end(), ZOFFInsnListIteratorLocusLT());
     addSymbols();
 }
@@ -168,8 +167,9 @@ void SymbolicDebug::addSymbols()
         if (!value.unresolved)
             m_symbols.push_back({uint32_t(value.value), symbol});
     }
-    std::stable_sort(m_symbols.begin(), m_symbols.end(),
-                     [](const AddressedSymbol& a, const AddressedSymbol& b) { return a.address < b.address; });
+    std::stable_sort(
+        m_symbols.begin(), m_symbols.end(),
+        [](const AddressedSymbol& a, const AddressedSymbol& b) { return a.address < b.address; });
 }
 
 ZOFFInsn* SymbolicDebug::GetInsn(uint32_t address) const

@@ -93,8 +93,8 @@ void ZOFFDebugger::serve(int operation)
                 carryOut(operation);
             } catch (const HException& failure) {
                 data->pokeWord(m_commWord, RefusedAnswer);
-                m_helper->displayError(
-                    QStringLiteral("request %1 of the program failed: ").arg(operation) + failure.text());
+                m_helper->displayError(QStringLiteral("request %1 of the program failed: ").arg(operation) +
+                                       failure.text());
             }
         }
     }

@@ -1,5 +1,6 @@
 // The session: the selected target, the load files, and what is done with them in order. It answers
-// the callbacks of the target layer and of the debugger. Every failure is an HException with a text for the user.
+// the callbacks of the target layer and of the debugger. Every failure is an HException with a text for the
+// user.
 #pragma once
 
 #include "debug/DebuggerHelperFunctions.h"

@@ -104,9 +104,9 @@ private:
     bool m_serve = false;
     bool m_debug = false;
     QString m_breakSymbol;
-    QString m_entry; // "0x" and digits, or a symbol
+    QString m_entry;                                  // "0x" and digits, or a symbol
     TextTargetIOServerTerminal* m_terminal = nullptr; // while a program runs
-    QStringList m_targetArguments{QString()}; // the first stands at the place of argv[0]
+    QStringList m_targetArguments{QString()};         // the first stands at the place of argv[0]
     QStringList m_loadFileNames;
     QString m_targetName;
     QString m_solutionFile;

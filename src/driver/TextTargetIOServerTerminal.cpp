@@ -18,7 +18,7 @@ namespace {
 
 constexpr int KeyPollMilliseconds = 5;
 constexpr size_t ReadPiece = 64 * 1024;
-constexpr qsizetype MaxBuffered = 1024 * 1024;      // characters that wait for the program
+constexpr qsizetype MaxBuffered = 1024 * 1024;       // characters that wait for the program
 constexpr qsizetype MaxPipedLine = 64 * 1024 * 1024; // characters; a longer line is cut
 constexpr qsizetype MaxHistory = 1000;
 // A program that asks again within so many cycles does nothing else.
@@ -210,7 +210,7 @@ void TextTargetIOServerTerminal::waitForInput()
     if (m_idleRequests < IdleRequests || Interrupt::requested())
         return;
     m_idleRequests = IdleRequests;
-    pollfd input = {m_inputEnded ? -1 : m_input, POLLIN, 0};
+    pollfd input = {m_inputClosed ? -1 : m_input, POLLIN, 0};
     ::poll(&input, 1, IdleMilliseconds);
 }
 
@@ -224,7 +224,7 @@ bool TextTargetIOServerTerminal::bufferFull() const
 
 void TextTargetIOServerTerminal::poll()
 {
-    while (!m_inputEnded && !bufferFull()) {
+    while (!m_inputClosed && !bufferFull()) {
         if (m_rawTerminal && !m_rawTerminal->ready())
             return;
         pollfd input = {m_input, POLLIN, 0};
@@ -248,7 +248,7 @@ void TextTargetIOServerTerminal::poll()
 
 void TextTargetIOServerTerminal::endInput()
 {
-    m_inputEnded = true;
+    m_inputEnded = m_inputClosed = true;
     m_keyTimer->stop();
     if (!m_echo && !edited().isEmpty())
         m_inputLines.append(QString());
@@ -277,6 +277,7 @@ void TextTargetIOServerTerminal::onText(std::string_view text)
 {
     QString inserted = fromBytes(text);
     m_escape = false;
+    m_inputEnded = false;
     edited().insert(m_cursor, inserted);
     m_cursor += inserted.size();
     QString rest = edited().mid(m_cursor);
@@ -308,8 +309,7 @@ void TextTargetIOServerTerminal::onKey(KeyDecoder::Key key)
     case KeyDecoder::Key::Enter: keyPressed(NewlineKey); break;
     case KeyDecoder::Key::Kill: setInputString(QString()); break;
     case KeyDecoder::Key::EndOfFile:
-        if (edited().isEmpty())
-            endInput();
+        m_inputEnded = edited().isEmpty();
         break;
     }
 }

@@ -43,7 +43,7 @@ public:
     void setExited() { m_exited = true; }
     // What standard output failed with.
     const std::optional<HException>& outputFailure() const { return m_outputFailure; }
-    // No further input will come.
+    // No further input will come, or so the user says; further keys then take that back.
     bool inputEnded() const { return m_inputEnded; }
     // A target whose program asks for input again and again, and does nothing else for it, then costs no
     // processor time. Null for none; its cycle count tells how long the program was busy.
@@ -114,6 +114,7 @@ private:
     QString m_prompt;
     bool m_escape = false;
     bool m_inputEnded = false;
+    bool m_inputClosed = false; // nothing is left to read
     KeyDecoder m_decoder;
     std::unique_ptr<RawTerminal> m_rawTerminal; // null for input that is no terminal
     std::optional<HException> m_outputFailure;

@@ -44,9 +44,9 @@ constexpr Control returns[] = {
 
 constexpr uint16_t JumpMask = 0x7F00;
 constexpr Control jumps[] = {
-    {0x0C00, Taken::Always}, {0x1C00, Taken::IfZ},        {0x2C00, Taken::IfC},     {0x3C00, Taken::IfE},
+    {0x0C00, Taken::Always},     {0x1C00, Taken::IfZ},    {0x2C00, Taken::IfC},     {0x3C00, Taken::IfE},
     {0x3D00, Taken::OnStepInto}, {0x4C00, Taken::IfS},    {0x4D00, Taken::IfLoop0}, {0x5C00, Taken::IfNotZ},
-    {0x5D00, Taken::IfLoop1}, {0x6C00, Taken::IfNotC},    {0x7C00, Taken::IfNotE},
+    {0x5D00, Taken::IfLoop1},    {0x6C00, Taken::IfNotC}, {0x7C00, Taken::IfNotE},
 };
 
 const Control* returnOf(uint16_t word)
@@ -300,9 +300,9 @@ const ZOFFMAXQ30Insn* MAXQ30Debugger::callBefore(uint32_t address) const
 void MAXQ30Debugger::generateBackTrace(std::unique_ptr<Frame> innermost)
 {
     const PropertyValue* setting =
-        environment ? environment->findProperty(
-                          QStringLiteral("Environment/Debugger/Maximum Backtrace Calls"))
-                    : nullptr;
+        environment
+            ? environment->findProperty(QStringLiteral("Environment/Debugger/Maximum Backtrace Calls"))
+            : nullptr;
     int maxCalls = setting ? setting->toInt() : 0;
     auto* registers = static_cast<MAXQ30Registers*>(innermost->registers());
     uint32_t pc = registers->getPC(), sp = registers->getSP(), end = endOfStack();
@@ -332,8 +332,7 @@ void MAXQ30Debugger::generateBackTrace(std::unique_ptr<Frame> innermost)
                     }
             }
             registers = caller.get();
-            frames().push_back(
-                std::make_unique<Frame>(symbols(returnAddress), caller.release(), false));
+            frames().push_back(std::make_unique<Frame>(symbols(returnAddress), caller.release(), false));
             pc = returnAddress;
             sp = entry + StackEntry;
         }

@@ -6,6 +6,7 @@
 #include "board/UsbAdapter.h"
 
 #include <algorithm>
+#include <random>
 
 namespace board {
 
@@ -277,8 +278,9 @@ TEST_F(UsbAdapterTest, FaultsHitTheirPositions)
             EXPECT_TRUE(talk({0x85, 0x5A}).empty());
         }
     }
-    for (const char* text : {"", "cut", "cut=", "cut=x", "cut=-1", "cut=1:2", "late=3", "late=3:", "change=1:256",
-                             "drop=1:1", "drop=1 ", "melt=3", "drop=99999999999999999999", "drop=both:1"})
+    for (const char* text :
+         {"", "cut", "cut=", "cut=x", "cut=-1", "cut=1:2", "late=3", "late=3:", "change=1:256", "drop=1:1",
+          "drop=1 ", "melt=3", "drop=99999999999999999999", "drop=both:1"})
         EXPECT_FALSE(Fault::parse(text)) << text;
 }
 
@@ -298,6 +300,45 @@ TEST_F(UsbAdapterTest, LateAnswersComeInOrderAndErasesTakeTheirTime)
     EXPECT_EQ(link->nextTime(now), 1800);
     now = 1800;
     EXPECT_EQ(fetch(), Bytes{1});
+}
+
+// Whatever comes over the wire, neither adapter nor device does more than complain.
+template <typename Adapter>
+void feedNoise(Device& device, Journal& journal, std::initializer_list<uint8_t> start)
+{
+    Adapter adapter(device, journal);
+    Bytes answer;
+    for (uint8_t byte : start)
+        adapter.receive(byte, answer);
+    // Many short runs of likely bytes: commands, small counts, and now and then anything.
+    std::mt19937 random(1);
+    for (int i = 0; i < 200'000; ++i) {
+        unsigned r = random();
+        unsigned choice = r >> 8 & 7;
+        uint8_t byte = uint8_t(choice < 3 ? r & 0x0F : choice < 5 ? 0x80 | (r & 0x0F) : choice < 6 ? 0 : r);
+        adapter.receive(byte, answer);
+        answer.clear();
+        if (i % 64 == 0)
+            device.run(100);
+    }
+}
+
+TEST_F(BoardTest, NoiseOnTheWireIsSurvived)
+{
+    settings.codeBytes = settings.dataBytes = 0x1000;
+    powerUp();
+    feedNoise<SerialAdapter>(*device, journal, {'Z', '\r'});
+    feedNoise<UsbAdapter>(*device, journal, {0xF8, 0xF8, 0xF9, 0xF9, 0xF9, 0xFA, 0x80});
+    std::mt19937 random(2);
+    for (int i = 0; i < 20'000; ++i) {
+        if (i % 500 == 0)
+            probe->restart(random() & 1, {0x1F});
+        probe->shiftDR(random() & (random() & 1 ? 0x3F : 0xFF));
+        device->run(20);
+    }
+    EXPECT_FALSE(journal.complaints().empty());
+    startLoader();
+    EXPECT_EQ(command({0x09}, 2), (Bytes{settings.romMinor, settings.romMajor}));
 }
 
 } // namespace

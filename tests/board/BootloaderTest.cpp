@@ -11,8 +11,12 @@ class BootloaderTest : public BoardTest {
 protected:
     Bytes variable(uint32_t address, const Bytes& data)
     {
-        return Bytes{0x10, uint8_t(data.size()), uint8_t(data.size() >> 8), uint8_t(address),
-                     uint8_t(address >> 8), uint8_t(address >> 16)} +
+        return Bytes{0x10,
+                     uint8_t(data.size()),
+                     uint8_t(data.size() >> 8),
+                     uint8_t(address),
+                     uint8_t(address >> 8),
+                     uint8_t(address >> 16)} +
                data;
     }
     Bytes fixed(uint32_t word, unsigned count, const Bytes& data)
@@ -139,15 +143,15 @@ TEST_F(BootloaderTest, ErrorsNameTheReasonAndSwallowTheData)
         uint8_t error;
     };
     const Case cases[] = {
-        {variable(0x10, dangerous), 1},                               // family not supported
-        {{0x21}, 1},                                                  //
-        {{0x0F}, 2},                                                  // invalid command
-        {{0x91}, 2},                                                  //
-        {fixed(0, 2, dangerous), 4},                                  // bad parameter: not 32 words
-        {fixed(0x7F0, 32, Bytes(64, 0)), 4},                          // across the end
-        {fixed(0xFFFFFF, 32, Bytes(64, 0)), 4},                       //
-        {Bytes{0x90, 32, 1, 0, 0, 0} + Bytes(64, 0), 4},              // word mode byte
-        {{0x02, 0x01}, 4},                                            //
+        {variable(0x10, dangerous), 1},                  // family not supported
+        {{0x21}, 1},                                     //
+        {{0x0F}, 2},                                     // invalid command
+        {{0x91}, 2},                                     //
+        {fixed(0, 2, dangerous), 4},                     // bad parameter: not 32 words
+        {fixed(0x7F0, 32, Bytes(64, 0)), 4},             // across the end
+        {fixed(0xFFFFFF, 32, Bytes(64, 0)), 4},          //
+        {Bytes{0x90, 32, 1, 0, 0, 0} + Bytes(64, 0), 4}, // word mode byte
+        {{0x02, 0x01}, 4},                               //
         {fixed(0x10, 32, counting(64)), 0},
     };
     for (const Case& c : cases) {

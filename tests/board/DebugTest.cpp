@@ -125,10 +125,10 @@ TEST_F(DebugTest, RegisterMap)
         unsigned offset, bytes, number;
     };
     std::vector<Slot> slots = {
-        {0x280, 1, reg::AP},  {0x281, 1, reg::APC},  {0x282, 2, reg::PSF}, {0x284, 1, reg::IC},
-        {0x286, 2, reg::SC},  {0x288, 2, reg::IPR0}, {0x28A, 2, reg::IPR1}, {0x28C, 2, reg::CKCN},
-        {0x28E, 1, reg::WDCN}, {0x2D0, 4, reg::IP},  {0x2D4, 4, reg::SP},  {0x2D8, 2, reg::LC0},
-        {0x2DA, 2, reg::LC1}, {0x2DC, 4, reg::BP},   {0x2E0, 4, reg::OFFS}, {0x2E4, 4, reg::DP0},
+        {0x280, 1, reg::AP},   {0x281, 1, reg::APC},  {0x282, 2, reg::PSF},  {0x284, 1, reg::IC},
+        {0x286, 2, reg::SC},   {0x288, 2, reg::IPR0}, {0x28A, 2, reg::IPR1}, {0x28C, 2, reg::CKCN},
+        {0x28E, 1, reg::WDCN}, {0x2D0, 4, reg::IP},   {0x2D4, 4, reg::SP},   {0x2D8, 2, reg::LC0},
+        {0x2DA, 2, reg::LC1},  {0x2DC, 4, reg::BP},   {0x2E0, 4, reg::OFFS}, {0x2E4, 4, reg::DP0},
         {0x2E8, 4, reg::DP1},
     };
     for (unsigned n = 0; n < 16; ++n)
@@ -304,8 +304,8 @@ TEST_F(DebugTest, WaitingProgramIsIdleUntilTheHostActs)
 {
     // 0: DP[0] := 0x40; 1: ACC := @DP[0].L; 2: call 8; 4: jump Z, 1; 5: A[5] += 1 for ever. 8: return
     put(maxq30::imm(reg::DP0, 0x40) + maxq30::move(reg::A(0), maxq30::pointer(9)) +
-        maxq30::imm(dest::call, 8, 1) + maxq30::imm(dest::jump(dest::Z), 0xFC) +
-        maxq30::imm(reg::AP, 5) + maxq30::imm(dest::add, 1) + Words{Jump << 8 | 0xFE});
+        maxq30::imm(dest::call, 8, 1) + maxq30::imm(dest::jump(dest::Z), 0xFC) + maxq30::imm(reg::AP, 5) +
+        maxq30::imm(dest::add, 1) + Words{Jump << 8 | 0xFE});
     put(maxq30::move(dest::jump(dest::Always), maxq30::src::pop), 8);
     probe->restart(0);
     for (int slice = 0; slice < 10; ++slice)

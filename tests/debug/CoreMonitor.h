@@ -7,8 +7,8 @@
 #include "debug/HMonitor.h"
 #include "maxq30/MAXQ30Registers.h"
 #include "sim/Core.h"
-#include "support/Path.h"
 #include "support/HException.h"
+#include "support/Path.h"
 #include "tests/target/FakeTarget.h"
 
 #include <algorithm>
@@ -45,7 +45,10 @@ private:
 class CoreRegisters : public MAXQ30Registers {
 public:
     explicit CoreRegisters(maxq30::Core& core) : m_core(core) {}
-    uint32_t getValue1(unsigned number) override { return m_core.readRegister(number) * (number == IP ? 2 : 1); }
+    uint32_t getValue1(unsigned number) override
+    {
+        return m_core.readRegister(number) * (number == IP ? 2 : 1);
+    }
     void setValue1(unsigned number, uint32_t value) override
     {
         m_core.writeRegister(number, number == IP ? value / 2 : value);

@@ -1,7 +1,7 @@
 // The debugger over programs that run on the processor's core.
-#include "maxq30/MAXQ30Debugger.h"
 #include "debug/DebuggerBreakpointFailure.h"
 #include "debug/SymbolicDebug.h"
+#include "maxq30/MAXQ30Debugger.h"
 #include "project/EnvironmentSettings.h"
 #include "target/TargetIOServer.h"
 #include "tests/debug/CoreMonitor.h"
@@ -80,7 +80,8 @@ protected:
     }
     DebuggerBreakpoint* breakAt(int number, int count = 0, bool temporary = false)
     {
-        return subject.setBreakpoint(QString(), Path(source), number, count, true, temporary, QString(), QString());
+        return subject.setBreakpoint(QString(), Path(source), number, count, true, temporary, QString(),
+                                     QString());
     }
 
     void addOutput(const QString& text) override { output += text.toStdString(); }
@@ -111,39 +112,41 @@ private:
     TargetIOServer m_server{this, this};
 };
 
-constexpr char Loop[] = ".LIBRARY console\n"        // 1
-                        ".PUBLIC main, twice\n"      // 2
-                        ".CODE\n"                    // 3
-                        ".FUNC main\n"               // 4
-                        " PUSH A[6]\n"               // 5
-                        ".ADJUST -4\n"               // 6
-                        " MOVE A[6], #3\n"           // 7
-                        ".again: CALL twice\n"       // 8
-                        " MOVE A[0], A[6]\n"         // 9
-                        " SUB #1\n"                  // 10
-                        " MOVE A[6], A[0]\n"         // 11
-                        " JUMP NZ, .again\n"         // 12
-                        " MOVE A[0], #7\n"           // 13
-                        " POP A[6]\n"                // 14
-                        ".ADJUST 0\n"                // 15
-                        " RET\n"                     // 16
-                        ".ENDFUNC\n"                 // 17
-                        ".FUNC twice\n"              // 18
-                        " ADD A[0]\n"                // 19
-                        " RET\n"                     // 20
+constexpr char Loop[] = ".LIBRARY console\n"    // 1
+                        ".PUBLIC main, twice\n" // 2
+                        ".CODE\n"               // 3
+                        ".FUNC main\n"          // 4
+                        " PUSH A[6]\n"          // 5
+                        ".ADJUST -4\n"          // 6
+                        " MOVE A[6], #3\n"      // 7
+                        ".again: CALL twice\n"  // 8
+                        " MOVE A[0], A[6]\n"    // 9
+                        " SUB #1\n"             // 10
+                        " MOVE A[6], A[0]\n"    // 11
+                        " JUMP NZ, .again\n"    // 12
+                        " MOVE A[0], #7\n"      // 13
+                        " POP A[6]\n"           // 14
+                        ".ADJUST 0\n"           // 15
+                        " RET\n"                // 16
+                        ".ENDFUNC\n"            // 17
+                        ".FUNC twice\n"         // 18
+                        " ADD A[0]\n"           // 19
+                        " RET\n"                // 20
                         ".ENDFUNC\n";
 
 TEST_F(Debugger, ServesAProgramUntilItExits)
 {
-    program(".LIBRARY console\n.PUBLIC main\n.CODE\n.FUNC main\nMOVE A[0], #text\nCALL puts\nMOVE A[0], #5\nRET\n"
-            ".ENDFUNC\n.DATA\ntext: .ASCIZ \"hello\"\n");
+    program(
+        ".LIBRARY console\n.PUBLIC main\n.CODE\n.FUNC main\nMOVE A[0], #text\nCALL puts\nMOVE A[0], #5\nRET\n"
+        ".ENDFUNC\n.DATA\ntext: .ASCIZ \"hello\"\n");
     subject.start("start", false);
     EXPECT_EQ(wait(), 0);
     EXPECT_EQ(status, 5);
     EXPECT_EQ(output, "hello\n");
     int64_t control = 0;
     ASSERT_TRUE(subject.getLinkerSymbolValue("dbgCntrlWord", control)) << "found with the underscore, too";
-    EXPECT_EQ(target.data.peekUint32(uint32_t(control)), 0xFFFFFFFFu) << "the program is told that nobody serves it";
+    EXPECT_EQ(target.data.peekUint32(uint32_t(control)), 0xFFFFFFFFu)
+        << "the program is told that nobody serves it";
     EXPECT_FALSE(subject.debugIOEnabled());
     EXPECT_TRUE(host.errors.isEmpty());
 }
@@ -218,7 +221,8 @@ TEST_F(Debugger, BreakpointsIgnoreCountsAndLeaveAtTheirEnd)
 
     subject.go();
     EXPECT_EQ(wait(), 9);
-    EXPECT_EQ(target.file.getValue(MAXQ30Registers().nameToNumber("A[6]")), 2u) << "the first hit was ignored";
+    EXPECT_EQ(target.file.getValue(MAXQ30Registers().nameToNumber("A[6]")), 2u)
+        << "the first hit was ignored";
     EXPECT_EQ(subject.lastMatchedBreakpoint(), kept);
     EXPECT_EQ(target.breakpoints.size(), 1u) << "any stop removes temporary ones";
     subject.clearBreakpoint(kept);
@@ -260,8 +264,10 @@ TEST_F(Debugger, StepsByLineOverIntoAndOut)
 
 TEST_F(Debugger, CallsAreFoundOnTheStack)
 {
-    program(".LIBRARY console\n.PUBLIC main, far\n.CODE\n.FUNC main\nPUSH A[4]\n.ADJUST -4\nPUSH A[5]\n.ADJUST -8\n"
-            "CALL near\nPOP A[5]\n.ADJUST -4\nPOP A[4]\n.ADJUST 0\nRET\n.ENDFUNC\n.FUNC near\nCALL far\nRET\n.ENDFUNC\n"
+    program(".LIBRARY console\n.PUBLIC main, far\n.CODE\n.FUNC main\nPUSH A[4]\n.ADJUST -4\nPUSH "
+            "A[5]\n.ADJUST -8\n"
+            "CALL near\nPOP A[5]\n.ADJUST -4\nPOP A[4]\n.ADJUST 0\nRET\n.ENDFUNC\n.FUNC near\nCALL "
+            "far\nRET\n.ENDFUNC\n"
             "ORG 0x4000\n.FUNC far\nNOP\nNOP\n.ENDFUNC\n");
     subject.start("start", true);
     wait();
@@ -286,7 +292,7 @@ TEST_F(Debugger, CallsAreFoundOnTheStack)
 
 TEST_F(Debugger, WhereAnInstructionLeads)
 {
-    program(".CODE\nstart: NOP\nNOP\nJUMP start\n"      // 0, 2, 4
+    program(".CODE\nstart: NOP\nNOP\nJUMP start\n"     // 0, 2, 4
             "JUMP Z, start\nCALL start\nRET\nRET NZ\n" // 6, 8, 10, 12
             "DJNZ LC[0], start\nJUMP skip\nNOP\n"      // 14, 16, 18
             "skip: NOP\nJUMP A[3]\nJUMP 0x2000\n",     // 20, 22, 24

@@ -25,8 +25,8 @@ protected:
         if (!known)
             return "";
         std::string name = file->c_str();
-        return name.substr(name.rfind('/') + 1) + ":" + std::to_string(line) + " " + std::to_string(start) + "+" +
-               std::to_string(length);
+        return name.substr(name.rfind('/') + 1) + ":" + std::to_string(line) + " " + std::to_string(start) +
+               "+" + std::to_string(length);
     }
     const char* nameOf(const ZOFFSymbol* symbol) const { return symbol ? symbol->name()->c_str() : "none"; }
 
@@ -35,8 +35,9 @@ protected:
 
 TEST_F(Symbols, LinesAndAddressesBothWays)
 {
-    index({".CODE\nNOP\n\n MOVE A[0], #0x1234\n.LINE \"prog.c\", 10\nNOP\nx: NOP\n.LINE 3\nNOP\n.LINE 10\nNOP\n"
-           ".NOLINE\nNOP\n"});
+    index(
+        {".CODE\nNOP\n\n MOVE A[0], #0x1234\n.LINE \"prog.c\", 10\nNOP\nx: NOP\n.LINE 3\nNOP\n.LINE 10\nNOP\n"
+         ".NOLINE\nNOP\n"});
     // One word at 0, an instruction of two words at 2, line 10 at 6 and 8, line 3 at 10, line 10 again.
     EXPECT_EQ(statement(0), "source1.s:2 0+2");
     EXPECT_EQ(statement(2), "source1.s:4 2+4");
@@ -93,10 +94,12 @@ TEST_F(Symbols, NearestSymbolsByAddress)
 
 TEST_F(Symbols, NamesByScopeDeclarationAndType)
 {
-    index({".TYPE int, INT(4)\n.STRUCT point, 8\n.FIELD x, int\n.FIELD y, int\n.ENDSTRUCT\n.PUBLIC _count, f\n"
-           ".CODE\n.FUNC f\n.PARAM a, int, A[4]\nNOP\n.BLOCK\n.LOCAL a, int, BP - 4\n.LOCAL _b, int, BP - 8\nNOP\n"
-           ".ENDBLOCK\nNOP\n.ENDFUNC\n.DATA\n_count: .SPACE 4\n.VAR _count, PTR(PTR(STRUCT point))\n"
-           ".DECL _count, \"prog.c\", 7\nlocal: .SPACE 4\n"});
+    index(
+        {".TYPE int, INT(4)\n.STRUCT point, 8\n.FIELD x, int\n.FIELD y, int\n.ENDSTRUCT\n.PUBLIC _count, f\n"
+         ".CODE\n.FUNC f\n.PARAM a, int, A[4]\nNOP\n.BLOCK\n.LOCAL a, int, BP - 4\n.LOCAL _b, int, BP - "
+         "8\nNOP\n"
+         ".ENDBLOCK\nNOP\n.ENDFUNC\n.DATA\n_count: .SPACE 4\n.VAR _count, PTR(PTR(STRUCT point))\n"
+         ".DECL _count, \"prog.c\", 7\nlocal: .SPACE 4\n"});
     EXPECT_STREQ(nameOf(symbols->findGlobalSymbol("count")), "_count");
     EXPECT_STREQ(nameOf(symbols->findGlobalSymbol("_count")), "_count");
     EXPECT_STREQ(nameOf(symbols->findGlobalSymbol("local")), "none");

@@ -35,7 +35,10 @@ protected:
         m_write = ends[1];
         subject = std::make_unique<TextTargetIOServerTerminal>(QStringList{QString()}, m_read);
     }
-    void send(std::string_view text) { ASSERT_EQ(write(m_write, text.data(), text.size()), ssize_t(text.size())); }
+    void send(std::string_view text)
+    {
+        ASSERT_EQ(write(m_write, text.data(), text.size()), ssize_t(text.size()));
+    }
     void endOfInput()
     {
         close(m_write);

@@ -175,3 +175,34 @@ TEST_F(Simulator, FailuresOfConnectNameTheirReason)
     make(Library, rom());
     EXPECT_EQ(connectFailure(), "cannot load memory map file: " + dir / "none.xml");
 }
+
+// The program writes the word once in three instructions; each write is told behind its instruction.
+TEST_F(Simulator, TellsOfTheControlWordBehindTheInstructionThatWritesIt)
+{
+    make(Library, rom(), "code=64K data=2K");
+    target->connect(true);
+    target->codeMemory()->pokeBytes(0, sizeof counting, counting);
+    target->reset(true, false);
+    struct Watcher : ControlWordWatcher {
+        void controlWordWritten() override
+        {
+            EXPECT_EQ(target->dataMemory()->peekUint32(0x20), 0x101u * ++told);
+            EXPECT_EQ(target->registers()->getPC(), 12u);
+            if (told == 1000)
+                target->clear();
+        }
+        MAXQ30Simulator* target;
+        unsigned told = 0;
+    } watcher;
+    watcher.target = target.get();
+    EXPECT_FALSE(target->watchControlWord(0x22, &watcher)) << "not a whole word of memory";
+    ASSERT_TRUE(target->watchControlWord(0x20, &watcher));
+    target->start(true, 0);
+    EXPECT_EQ(watcher.told, 1000u);
+
+    HBreakpoint stop;
+    stop.address = 12;
+    target->setBreakpoint(&stop);
+    target->go();
+    EXPECT_EQ(watcher.told, 1000u) << "cleared";
+}

@@ -33,7 +33,7 @@ IMAGE = bytes([0xFF, 0x0C]) + bytes((7 * i + 3) & 0xFF for i in range(2, 256))
 
 def has_targets():
     done = subprocess.run([BIN / "qburn", "-target", "sim", "-listtargets"], stdout=subprocess.PIPE,
-                          stderr=subprocess.STDOUT)
+                          stderr=subprocess.STDOUT, check=True)
     return b"serial_jtag" in done.stdout and b"usb_th" in done.stdout
 
 
@@ -107,7 +107,8 @@ class FaultsTest(SessionTest):
         for form, count in grid.items():
             for direction, length in lengths.items():
                 self.assertGreater(length, count)
-                faults += [form.format(f"{direction}:{(2 * i + 1) * length // (2 * count)}") for i in range(count)]
+                faults += [form.format(f"{direction}:{(2 * i + 1) * length // (2 * count)}")
+                           for i in range(count)]
         with concurrent.futures.ThreadPoolExecutor(WORKERS) as pool:
             outcomes = list(pool.map(lambda pair: self.verdict(usb, *pair), enumerate(faults)))
         wrong = [text for text, _ in outcomes if text]
