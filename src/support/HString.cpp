@@ -75,8 +75,9 @@ const HString* HString::intern(const char* text, int length, Modifier modifier)
     unsigned hash = 0;
     for (int i = 0; i < length; ++i)
         hash = g_hashTable[uint8_t(text[i])] + 2 * hash;
-    // A power of two, doubled when the chains get longer than one entry on average.
-    static std::vector<HString*> buckets(FirstBuckets);
+    // A power of two, doubled when the chains get longer than one entry on average. Entries are used by
+    // other statics to the end of the process, so the table is never destroyed.
+    static std::vector<HString*>& buckets = *new std::vector<HString*>(FirstBuckets);
     for (HString* entry = buckets[hash & (buckets.size() - 1)]; entry; entry = entry->m_next)
         if (entry->m_hash == hash && entry->m_length == length &&
             (length == 0 || memcmp(entry->m_text, text, size_t(length)) == 0))
