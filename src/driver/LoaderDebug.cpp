@@ -54,7 +54,7 @@ void Loader::onBreakpoint()
     if (!function.isEmpty())
         where += QLatin1String(" in ") + function;
     if (line > 0)
-        where += QStringLiteral(" (%1:%2)").arg(path.fileName()).arg(line);
+        where += QStringLiteral(" (%1:%2)").arg(path.fileName(), QString::number(line));
     warn(QLatin1String("the program has stopped at ") + where);
 }
 

@@ -13,11 +13,16 @@
 #include <QCoreApplication>
 #include <QTimer>
 
+#include <algorithm>
 #include <cstdio>
 
 namespace {
 
 constexpr int PassMilliseconds = 1;
+// A program that has asked for nothing lately is polled less often: each poll of a board stops it for a
+// moment, and costs both sides.
+constexpr int IdlePollMilliseconds = 5;
+constexpr int IdleAfterPolls = 100;
 constexpr int ClosedPipeStatus = 141; // as a shell tells of a program that SIGPIPE ended
 
 } // namespace
@@ -30,10 +35,10 @@ public:
         m_system->m_terminal = terminal;
         debugger->setTargetInterface(m_system->m_loader.targetInterface());
         debugger->setTargetIOServer(terminal->server());
-        // The pace of the loop in run(). The simulator serves requests without waiting for a poll, and
-        // would only be slowed down by more of them.
+        // The simulator serves requests without waiting for a poll, and would only be slowed down by more
+        // of them than the loop in run() has passes.
         m_timer.setObjectName(QStringLiteral("qburn-debug-timer"));
-        QObject::connect(&m_timer, &QTimer::timeout, m_system, &System::poll);
+        QObject::connect(&m_timer, &QTimer::timeout, m_system, [this] { poll(); });
         m_timer.start(PassMilliseconds);
     }
     ~RunScope()
@@ -46,8 +51,20 @@ public:
     RunScope& operator=(const RunScope&) = delete;
 
 private:
+    void poll()
+    {
+        uint64_t before = m_system->m_terminal->server()->requests();
+        m_system->poll();
+        bool idle = m_system->m_terminal->server()->requests() == before;
+        m_idlePolls = idle ? std::min(m_idlePolls + 1, IdleAfterPolls) : 0;
+        int interval = m_idlePolls < IdleAfterPolls ? PassMilliseconds : IdlePollMilliseconds;
+        if (interval != m_timer.interval())
+            m_timer.setInterval(interval);
+    }
+
     System* m_system;
     QTimer m_timer{m_system};
+    int m_idlePolls = 0;
 };
 
 // Where the program begins, as the debugger takes it; empty when nobody says. A number from the command

@@ -179,13 +179,23 @@ int System::runSession()
         Interrupt::check();
         startProgram();
         Interrupt::check();
+    } catch (const HException&) {
+        // A target that was stopped in the middle of something may well fail in it.
+        if (!Interrupt::requested())
+            throw;
+        endInterrupted();
     } catch (const Interrupted&) {
-        report->stream << "interrupted\n";
-        m_exitStatus = Interrupt::ExitStatus;
+        endInterrupted();
     }
     if (m_disconnect && target->isConnected())
         m_loader.disconnectTarget();
     return m_exitStatus;
+}
+
+void System::endInterrupted()
+{
+    report->stream << "interrupted\n";
+    m_exitStatus = Interrupt::ExitStatus;
 }
 
 // Sets the program going from the first file's entry point, or lets the target start as it does by

@@ -83,6 +83,7 @@ private:
     void selectProject();
     void collectLoadFiles();
     int runSession();
+    void endInterrupted();
     void startProgram();
     QString entryPoint() const;
     void abandonRun();

@@ -74,9 +74,7 @@ int main(int argc, char** argv)
         if (failure.badXML())
             printFailure(QLatin1String("load error: bad XML file - ") + failure.fileName(),
                          QStringLiteral("%1:%2: %3")
-                             .arg(failure.fileName())
-                             .arg(failure.errorLine())
-                             .arg(failure.errorText())
+                             .arg(failure.fileName(), QString::number(failure.errorLine()), failure.errorText())
                              .toStdString());
         else
             printFailure(QLatin1String("load error: ") + failure.fileName() + failure.detail(),

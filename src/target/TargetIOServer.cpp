@@ -124,6 +124,7 @@ void TargetIOServer::handleOperation(TargetMemoryInterface* data, TargetMemoryIn
 {
     if (operation > LastOperation)
         return;
+    ++m_requests;
     m_data = data;
     m_code = code;
     m_operation = operation;

@@ -69,6 +69,9 @@ public:
     void handleOperation(TargetMemoryInterface* data, TargetMemoryInterface* code, unsigned operation,
                          unsigned commAddress);
 
+    // Requests so far, for whoever paces the polls.
+    uint64_t requests() const { return m_requests; }
+
 private:
     struct Operation;
     struct Family;
@@ -154,6 +157,7 @@ private:
     TargetMemoryInterface* m_data = nullptr; // for the length of an operation, like m_code and m_comm
     TargetMemoryInterface* m_code = nullptr;
     unsigned m_operation = 0;
+    uint64_t m_requests = 0;
     uint32_t m_comm = 0;
     std::array<FILE*, MaxFiles> openFiles{}; // by handle; 0 to 2 stay empty
     int lastErrno = 0;
