@@ -3,7 +3,6 @@
 
 #include <array>
 #include <fstream>
-#include <iterator>
 
 namespace maxq30 {
 
@@ -113,8 +112,17 @@ bool loadRomText(Core& core, std::string_view text, std::string& error)
 bool loadRomFile(Core& core, const std::string& fileName, std::string& error)
 {
     std::ifstream file(fileName, std::ios::binary);
-    std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    if (!file || text.empty()) {
+    std::string text;
+    std::array<char, 65536> piece;
+    // A directory opens like a file; only the read tells, by the state of the stream.
+    while (file.read(piece.data(), piece.size()) || file.gcount() > 0) {
+        text.append(piece.data(), size_t(file.gcount()));
+        if (text.size() > limits::RomText) {
+            error = "utility ROM " + fileName + " is too large";
+            return false;
+        }
+    }
+    if (file.bad() || text.empty()) {
         error = "cannot read utility ROM " + fileName;
         return false;
     }

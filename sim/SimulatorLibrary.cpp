@@ -89,12 +89,12 @@ private:
             return false;
         try {
             m_core = std::make_unique<Core>(parameters.codeBytes, parameters.dataBytes);
+            if (!loadRomFile(*m_core, romFile, error))
+                return false;
         } catch (const std::bad_alloc&) {
             error = "not enough memory for the simulated memories";
             return false;
         }
-        if (!loadRomFile(*m_core, romFile, error))
-            return false;
         if (!parameters.traceFile.empty() && !m_core->openTrace(parameters.traceFile)) {
             error = "cannot write trace file " + parameters.traceFile;
             return false;

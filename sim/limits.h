@@ -23,5 +23,7 @@ constexpr unsigned PeripheralPollInterval = 64;
 
 // Characters of one line of a ROM file: 255 data bytes and everything around them.
 constexpr size_t RomLine = 1 + 2 * (1 + 2 + 1 + 255 + 1);
+// Characters of a whole one: the largest memory in records of a byte each still fits.
+constexpr size_t RomText = size_t(16) * MaximumMemory;
 
 } // namespace maxq30::limits

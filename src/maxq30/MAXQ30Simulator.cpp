@@ -8,6 +8,8 @@
 #include "support/HException.h"
 #include "support/QTx.h"
 
+#include <algorithm>
+
 namespace {
 
 constexpr char SettingMissing[] = "simulation filename project property not set";
@@ -18,10 +20,13 @@ QString expanded(const QString& text)
     return MacroSystem::replaceMacros(macroSystem.globalMacros(true), text);
 }
 
+// What a segment has beyond the last address does not exist.
 void addRange(TargetMemoryInterface& memory, const MemoryMapElement& segment)
 {
-    if (uint32_t size = segment.size())
-        memory.addressRanges().add(segment.address(), segment.address() + size - 1, false);
+    if (segment.size() == 0)
+        return;
+    uint32_t first = segment.address();
+    memory.addressRanges().add(first, first + std::min(segment.size() - 1, UINT32_MAX - first), false);
 }
 
 } // namespace

@@ -167,6 +167,7 @@ void SimulatedHMonitor::go()
     processor();
     m_stopped = false;
     m_pendingError = NoError;
+    m_lastErrorText.clear();
     try {
         run();
     } catch (...) { // a simulated peripheral failed: nothing executes any more
@@ -196,7 +197,6 @@ void SimulatedHMonitor::run()
         unsigned pc = file->getPC();
         if (m_breakpoints.matched()) [[unlikely]] {
             m_breakpoints.resetMatched();
-            m_lastErrorText.clear();
         } else if (m_breakpoints.mayMatchCode(pc)) [[unlikely]] {
             m_breakpoints.matchCode(pc);
             evaluateMatch();

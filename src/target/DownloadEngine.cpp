@@ -147,7 +147,7 @@ void TargetInterface::asLoad(const QString& title, const char* operation, const 
         // The link may be what failed: a second failure while the load is put away adds nothing.
         try {
             loadEnd();
-        } catch (const HException&) {
+        } catch (...) {
         }
         QString text = QLatin1String(operation) + QLatin1String(what);
         m_helpers->message(text, FailureLevel);
@@ -258,10 +258,10 @@ public:
     {
         if (!m_memory)
             return;
-        // Unwinding: the first failure is the one to tell.
+        // Unwinding: the first failure is the one to tell, and an interrupt must not become a second.
         try {
             m_memory->eraseBytesEnd();
-        } catch (const HException&) {
+        } catch (...) {
         }
     }
 
@@ -423,9 +423,9 @@ void TargetInterface::uploadLoadFile(LoadFileInterface* file, const char* name, 
                    pass.open(pass.totalOf(file), "Uploading");
                    for (const auto& section : pass.sections(file)) {
                        m_helpers->message(QStringLiteral("uploading section %1: size 0x%2, addr 0x%3")
-                                              .arg(QString::fromStdString(section->name()))
-                                              .arg(section->length(), 0, 16)
-                                              .arg(section->address(), 0, 16));
+                                              .arg(QString::fromStdString(section->name()),
+                                                   QString::number(section->length(), 16),
+                                                   QString::number(section->address(), 16)));
                        auto upload = std::make_unique<UploadLoadFileSection>(*section);
                        for (uint32_t offset = 0; offset < section->length();) {
                            uint32_t piece =

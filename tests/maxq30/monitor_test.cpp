@@ -323,9 +323,15 @@ TEST(SimulatedMonitor, OnlyEnabledErrorsStop)
     EXPECT_STREQ(p.lastError(address), "Address outside memory range on write");
     // An unknown text enables the error that has a text of its own.
     p.setErrorEnabled("whatever", true);
+    EXPECT_TRUE(p.errorEnabled("Misc error"));
     p.fail(0x30, SimulatedHMonitor::MiscError, 0x30, "own words");
     EXPECT_EQ(p.runTo(), 0x32u);
     EXPECT_STREQ(p.lastError(address), "own words");
+    // One that does not stop is shown in place of the one that did in an earlier run.
+    p.fail(0x40, SimulatedHMonitor::OutsideOnRead, 0x7777);
+    EXPECT_EQ(p.runTo(), 0x80u);
+    EXPECT_STREQ(p.lastError(address), "Address outside memory range on read");
+    EXPECT_EQ(address, 0x7777u);
     p.actions.clear();
     p.removeBreakpoint(&end);
     HBreakpoint early = at(0x40);

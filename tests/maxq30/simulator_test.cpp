@@ -45,6 +45,7 @@ protected:
                   "<!DOCTYPE Board_Memory_Definition_File>\n<Root name=\"board\">\n"
                   "<MemorySegment name=\"FLASH\" addressSpace=\"CODE\" start=\"0\" size=\"0x8000\"/>"
                   "<MemorySegment name=\"RAM\" addressSpace=\"DATA\" start=\"0\" size=\"0x800\"/>"
+                  "<MemorySegment name=\"TOP\" addressSpace=\"CODE\" start=\"0xFFFFFF00\" size=\"0x200\"/>"
                   "<MemorySegment name=\"EE\" addressSpace=\"EEPROM\" start=\"0\" size=\"0x80\"/>"
                   "</Root>\n");
         dir.write("rom.hex", ":00000001FF\n");
@@ -88,6 +89,8 @@ TEST_F(Simulator, RunsAProgramUnderBreakpoints)
     EXPECT_EQ(dataMemory.wordLength(), 4u);
     EXPECT_TRUE(codeMemory.memoryExists(0, 0x8000));
     EXPECT_FALSE(codeMemory.memoryExists(0, 0x8001));
+    EXPECT_TRUE(codeMemory.memoryExists(0xFFFFFF00, 0x100)); // a segment does not wrap around
+    EXPECT_FALSE(codeMemory.memoryExists(0x10000, 1));
     EXPECT_TRUE(dataMemory.memoryExists(0, 0x800));
     EXPECT_EQ(dataMemory.addressRanges().count(), 1u);
     EXPECT_THROW(dataMemory.peekUint32(0x7FE), HException);

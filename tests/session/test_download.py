@@ -131,6 +131,7 @@ class Downloads(SessionTest):
             'simulator_DLL_FileName="/none.so"': "Cannot load /none.so",
             'simulator_DLL_RomFileName=""': "simulation filename project property not set",
             'simulator_DLL_RomFileName="/none.hex"': "Cannot open utility ROM hex file /none.hex",
+            'simulator_DLL_RomFileName="/"': "Cannot open utility ROM hex file /",
         }
         for setting, text in cases.items():
             self.write("s.kvp", solution(configurations=f'<configuration Name="Debug" {setting} />'))

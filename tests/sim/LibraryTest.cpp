@@ -110,6 +110,8 @@ TEST_F(LibraryTest, BadParametersAndRomFilesAreRefused)
         EXPECT_FALSE(sim->initialise(&events, "", file.c_str()));
         EXPECT_EQ(events.take(), Log{c.error});
     }
+    EXPECT_FALSE(sim->initialise(&events, "", "/")); // a directory opens like a file
+    EXPECT_EQ(events.take(), Log{"cannot read utility ROM /"});
     std::string based = dir.write("based.hex", ":020000021000EC\n:020010003ADADA\n:00000001FF\n");
     ASSERT_TRUE(sim->initialise(&events, "", based.c_str()));
     unsigned char bytes[2];
