@@ -179,11 +179,13 @@ TEST_F(SerialAdapterTest, PacesTheBootloaderAndNothingElse)
 
 TEST_F(SerialAdapterTest, GivesUpOnATargetThatTakesNothing)
 {
-    settings.loadScans = 1000;
+    settings.loadScans = 15;
     goBinary();
     startBootloader();
     frame({0x10, 1, 0, 0, 0, 0, 0x55});
-    EXPECT_EQ(frame({1, 2, 3}), Bytes(6, 0));
+    // Ten scans for the first byte; the second, which would be taken, is not sent.
+    EXPECT_EQ(frame({0x06, 0x09, 0x09}), Bytes(6, 0));
+    EXPECT_EQ(frame({0}), (Bytes{3, '>'}));
 }
 
 class UsbAdapterTest : public AdapterTest<UsbAdapter> {
@@ -287,18 +289,22 @@ TEST_F(UsbAdapterTest, FaultsHitTheirPositions)
 TEST_F(UsbAdapterTest, LateAnswersComeInOrderAndErasesTakeTheirTime)
 {
     settings.eraseMilliseconds = 300;
-    open({Fault::parse("late=3:500").value()});
-    EXPECT_EQ(talk({0x84, 7, 0x85, 0x5A, 0x85, 0x42}), (Bytes{0, 0xB4, 0}));
-    EXPECT_EQ(link->nextTime(now), 1500);
-    now = 1499;
+    open({Fault::parse("late=3:500").value(), Fault::parse("late=in:12:200").value()});
+    EXPECT_EQ(talk({0x84, 7, 0x85, 0x5A, 0x85}), (Bytes{0, 0xB4}));
+    EXPECT_TRUE(talk({0x42}).empty()); // late itself, and so is the end of its answer
+    EXPECT_EQ(link->nextTime(now), 1200);
+    now = 1200;
+    EXPECT_EQ(fetch(), Bytes{0});
+    EXPECT_EQ(link->nextTime(now), 1700);
+    now = 1699;
     EXPECT_TRUE(talk({0x85, 0x7F}).empty());
-    now = 1500;
+    now = 1700;
     EXPECT_EQ(fetch(), (Bytes{0x84, 0, 0xFE}));
     EXPECT_FALSE(link->nextTime(now));
     startBootloader();
     EXPECT_TRUE(talk(counted(0x89, 2) + Bytes{0x02, 0x00}).empty());
-    EXPECT_EQ(link->nextTime(now), 1800);
-    now = 1800;
+    EXPECT_EQ(link->nextTime(now), 2000);
+    now = 2000;
     EXPECT_EQ(fetch(), Bytes{1});
 }
 

@@ -211,10 +211,12 @@ TEST_F(DebugTest, CodeBreakpointsStopBeforeTheirInstruction)
     probe->send({0x11, 0x80});
     device->run(1000);
     EXPECT_TRUE(probe->isStopped());
-    // A reset forgets breakpoints and disables the engine.
-    probe->restart(0);
-    device->run(1000);
-    EXPECT_FALSE(probe->isStopped());
+    // A reset forgets breakpoints, and disables the engine for new ones.
+    for (const Bytes& whileInReset : {Bytes{0x11, 0x80}, Bytes{0x15, 2, 0, 0}}) {
+        probe->restart(0, whileInReset);
+        device->run(1000);
+        EXPECT_FALSE(probe->isStopped());
+    }
 }
 
 TEST_F(DebugTest, DataBreakpointsStopBehindTheAccess)
@@ -322,6 +324,15 @@ TEST_F(DebugTest, WaitingProgramIsIdleUntilTheHostActs)
     EXPECT_GT(readRegister(reg::A(5)), limits::SliceSteps);
     probe->reset(false);
     EXPECT_FALSE(device->isExecuting());
+    // Equal registers are not enough: this one counts in memory. It is looked at in each of its places.
+    put(maxq30::imm(reg::DP0, 0x40) + maxq30::move(reg::A(0), maxq30::pointer(9)) +
+        maxq30::imm(dest::add, 1) + maxq30::move(maxq30::pointer(9), reg::A(0)) + maxq30::imm(reg::A(0), 0) +
+        Words{Jump << 8 | 0xF9});
+    for (unsigned place = 0; place < 6; ++place) {
+        probe->restart(0);
+        device->run(limits::FirstIdleLook + place);
+        EXPECT_TRUE(device->isExecuting());
+    }
 }
 
 } // namespace
