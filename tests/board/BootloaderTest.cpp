@@ -7,7 +7,7 @@ namespace board {
 
 namespace {
 
-class BootloaderTest : public BoardTest {
+class BoardBootloaderTest : public BoardTest {
 protected:
     Bytes variable(uint32_t address, const Bytes& data)
     {
@@ -37,7 +37,7 @@ Bytes counting(size_t count)
     return bytes;
 }
 
-TEST_F(BootloaderTest, StartsOnlyWithTheSystemProgrammingValueAndNotAtOnce)
+TEST_F(BoardBootloaderTest, StartsOnlyWithTheSystemProgrammingValueAndNotAtOnce)
 {
     powerUp();
     probe->restart(1);
@@ -54,7 +54,7 @@ TEST_F(BootloaderTest, StartsOnlyWithTheSystemProgrammingValueAndNotAtOnce)
     EXPECT_FALSE(isPrompting());
 }
 
-TEST_F(BootloaderTest, TellsWhatItIs)
+TEST_F(BoardBootloaderTest, TellsWhatItIs)
 {
     settings.fixedCodeWords = 48;
     settings.fixedDataWords = 16;
@@ -89,7 +89,7 @@ TEST_F(BootloaderTest, TellsWhatItIs)
     EXPECT_EQ(lastError(), 0);
 }
 
-TEST_F(BootloaderTest, LoadsOfBothFamiliesOnlyClearBitsUntilAnErase)
+TEST_F(BoardBootloaderTest, LoadsOfBothFamiliesOnlyClearBitsUntilAnErase)
 {
     powerUp();
     startLoader();
@@ -111,7 +111,7 @@ TEST_F(BootloaderTest, LoadsOfBothFamiliesOnlyClearBitsUntilAnErase)
     EXPECT_EQ(code(0, settings.codeBytes), Bytes(settings.codeBytes, 0xFF));
 }
 
-TEST_F(BootloaderTest, FlowControlHoldsBytesBack)
+TEST_F(BoardBootloaderTest, FlowControlHoldsBytesBack)
 {
     settings.loadScans = 9;
     powerUp();
@@ -129,7 +129,7 @@ TEST_F(BootloaderTest, FlowControlHoldsBytesBack)
     EXPECT_EQ(code(0x20, 10), Bytes(10, 0xFF));
 }
 
-TEST_F(BootloaderTest, ErrorsNameTheReasonAndSwallowTheData)
+TEST_F(BoardBootloaderTest, ErrorsNameTheReasonAndSwallowTheData)
 {
     settings.variableLoad = false;
     settings.codeBytes = 0x1000;
@@ -165,7 +165,7 @@ TEST_F(BootloaderTest, ErrorsNameTheReasonAndSwallowTheData)
     EXPECT_TRUE(journal.complaints().empty());
 }
 
-TEST_F(BootloaderTest, BrokenBoards)
+TEST_F(BoardBootloaderTest, BrokenBoards)
 {
     settings.bootloaderStarts = false;
     powerUp();

@@ -13,7 +13,7 @@ namespace reg = maxq30::reg;
 constexpr uint8_t Jump = 0x0C; // unconditional, relative to the next word
 const Words loopForever = {0x0CFF};
 
-class DebugTest : public BoardTest {
+class BoardDebugTest : public BoardTest {
 protected:
     void SetUp() override
     {
@@ -47,7 +47,7 @@ protected:
     }
 };
 
-TEST_F(DebugTest, BypassDelaysByOneBitAndScansAreFifteenPulses)
+TEST_F(BoardDebugTest, BypassDelaysByOneBitAndScansAreFifteenPulses)
 {
     for (unsigned instruction : {7u, 0u, 5u}) {
         probe->shiftIR(instruction);
@@ -63,7 +63,7 @@ TEST_F(DebugTest, BypassDelaysByOneBitAndScansAreFifteenPulses)
     EXPECT_EQ(probe->status, 1);
 }
 
-TEST_F(DebugTest, StopByteInResetStopsBeforeTheFirstInstruction)
+TEST_F(BoardDebugTest, StopByteInResetStopsBeforeTheFirstInstruction)
 {
     put(maxq30::imm(reg::A(0), 1) + loopForever);
     probe->restart(0, {0x1F});
@@ -82,7 +82,7 @@ TEST_F(DebugTest, StopByteInResetStopsBeforeTheFirstInstruction)
     EXPECT_TRUE(journal.complaints().empty());
 }
 
-TEST_F(DebugTest, StatusIsThatOfTheLatestPoll)
+TEST_F(BoardDebugTest, StatusIsThatOfTheLatestPoll)
 {
     put(loopForever);
     stopInReset();
@@ -95,7 +95,7 @@ TEST_F(DebugTest, StatusIsThatOfTheLatestPoll)
     EXPECT_EQ(probe->status, 0);
 }
 
-TEST_F(DebugTest, MemoryFramesOfBothSpaces)
+TEST_F(BoardDebugTest, MemoryFramesOfBothSpaces)
 {
     stopInReset();
     // The long form for data memory, the short one, without a last byte, for code memory.
@@ -119,7 +119,7 @@ TEST_F(DebugTest, MemoryFramesOfBothSpaces)
 }
 
 // Every slot of the map holds the register that the table gives for it, and nothing else.
-TEST_F(DebugTest, RegisterMap)
+TEST_F(BoardDebugTest, RegisterMap)
 {
     struct Slot {
         unsigned offset, bytes, number;
@@ -153,7 +153,7 @@ TEST_F(DebugTest, RegisterMap)
     EXPECT_TRUE(probe->isStopped());
 }
 
-TEST_F(DebugTest, RegistersAreWrittenAsTheyAreReadButForTheStackPointer)
+TEST_F(BoardDebugTest, RegistersAreWrittenAsTheyAreReadButForTheStackPointer)
 {
     stopInReset();
     writeRegister(reg::A(7), 0x89ABCDEF);
@@ -166,7 +166,7 @@ TEST_F(DebugTest, RegistersAreWrittenAsTheyAreReadButForTheStackPointer)
     EXPECT_EQ(readRegister(0xFFFF), 0u);
 }
 
-TEST_F(DebugTest, SingleStepsAndResume)
+TEST_F(BoardDebugTest, SingleStepsAndResume)
 {
     put(maxq30::imm(reg::A(1), 0x11) + maxq30::imm(reg::A(2), 0x2233) + loopForever);
     stopInReset();
@@ -184,7 +184,7 @@ TEST_F(DebugTest, SingleStepsAndResume)
     EXPECT_TRUE(journal.complaints().empty());
 }
 
-TEST_F(DebugTest, CodeBreakpointsStopBeforeTheirInstruction)
+TEST_F(BoardDebugTest, CodeBreakpointsStopBeforeTheirInstruction)
 {
     // 0: A[0] := 1; 1: A[1] := 2; 2: A[2] := 3; 3: back to 0
     put(maxq30::imm(reg::A(0), 1) + maxq30::imm(reg::A(1), 2) + maxq30::imm(reg::A(2), 3) +
@@ -211,13 +211,15 @@ TEST_F(DebugTest, CodeBreakpointsStopBeforeTheirInstruction)
     probe->send({0x11, 0x80});
     device->run(1000);
     EXPECT_TRUE(probe->isStopped());
-    // A reset forgets breakpoints and disables the engine.
-    probe->restart(0);
-    device->run(1000);
-    EXPECT_FALSE(probe->isStopped());
+    // A reset forgets breakpoints, and disables the engine for new ones.
+    for (const Bytes& whileInReset : {Bytes{0x11, 0x80}, Bytes{0x15, 2, 0, 0}}) {
+        probe->restart(0, whileInReset);
+        device->run(1000);
+        EXPECT_FALSE(probe->isStopped());
+    }
 }
 
-TEST_F(DebugTest, DataBreakpointsStopBehindTheAccess)
+TEST_F(BoardDebugTest, DataBreakpointsStopBehindTheAccess)
 {
     struct Case {
         unsigned place; // @DP[0] as .B, .W, .L
@@ -248,7 +250,7 @@ TEST_F(DebugTest, DataBreakpointsStopBehindTheAccess)
         }
 }
 
-TEST_F(DebugTest, DebugRegistersShowWhatTheyHeldWhileANewValueComesIn)
+TEST_F(BoardDebugTest, DebugRegistersShowWhatTheyHeldWhileANewValueComesIn)
 {
     stopInReset();
     setCodeBreakpoint(1, 0x123456);
@@ -260,7 +262,7 @@ TEST_F(DebugTest, DebugRegistersShowWhatTheyHeldWhileANewValueComesIn)
     EXPECT_EQ(probe->ask({0x11}, 1), (Bytes{0x80}));
 }
 
-TEST_F(DebugTest, RefusesWhatNoHostShouldSend)
+TEST_F(BoardDebugTest, RefusesWhatNoHostShouldSend)
 {
     put(loopForever);
     auto complaintsAfter = [&](const Bytes& bytes) {
@@ -284,7 +286,7 @@ TEST_F(DebugTest, RefusesWhatNoHostShouldSend)
     EXPECT_FALSE(probe->isStopped());
 }
 
-TEST_F(DebugTest, TestResetForgetsAHalfFrameAndAHalfAnswer)
+TEST_F(BoardDebugTest, TestResetForgetsAHalfFrameAndAHalfAnswer)
 {
     put(loopForever);
     stopInReset();
@@ -300,7 +302,7 @@ TEST_F(DebugTest, TestResetForgetsAHalfFrameAndAHalfAnswer)
 
 // A program that only waits for the host costs nothing, also when it waits in several instructions with
 // calls, and goes on when the host has done something.
-TEST_F(DebugTest, WaitingProgramIsIdleUntilTheHostActs)
+TEST_F(BoardDebugTest, WaitingProgramIsIdleUntilTheHostActs)
 {
     // 0: DP[0] := 0x40; 1: ACC := @DP[0].L; 2: call 8; 4: jump Z, 1; 5: A[5] += 1 for ever. 8: return
     put(maxq30::imm(reg::DP0, 0x40) + maxq30::move(reg::A(0), maxq30::pointer(9)) +
@@ -322,6 +324,15 @@ TEST_F(DebugTest, WaitingProgramIsIdleUntilTheHostActs)
     EXPECT_GT(readRegister(reg::A(5)), limits::SliceSteps);
     probe->reset(false);
     EXPECT_FALSE(device->isExecuting());
+    // Equal registers are not enough: this one counts in memory. It is looked at in each of its places.
+    put(maxq30::imm(reg::DP0, 0x40) + maxq30::move(reg::A(0), maxq30::pointer(9)) +
+        maxq30::imm(dest::add, 1) + maxq30::move(maxq30::pointer(9), reg::A(0)) + maxq30::imm(reg::A(0), 0) +
+        Words{Jump << 8 | 0xF9});
+    for (unsigned place = 0; place < 6; ++place) {
+        probe->restart(0);
+        device->run(limits::FirstIdleLook + place);
+        EXPECT_TRUE(device->isExecuting());
+    }
 }
 
 } // namespace

@@ -3,6 +3,8 @@ import os
 import pathlib
 import select
 import signal
+import socket
+import struct
 import subprocess
 import sys
 import termios
@@ -334,6 +336,25 @@ print(read(handle, 2), len(devices()))
         again = self.board("--usb", socket=first.socket)
         self.assertEqual(again.port, str(first.socket))
         self.expect(again.stop(), 0, err="")
+
+    def test_garbage_on_the_socket_closes_only_its_connection(self):
+        board = self.board("--usb")
+        header = struct.Struct("=III")
+        for message in (b"", b"x", header.pack(0, 0, 0)[:11], header.pack(3, 100, 0) + b"short",
+                        header.pack(4, 0xFFFFFFFF, 0), header.pack(3, 70_000, 0) + bytes(70_000)):
+            with socket.socket(socket.AF_UNIX, socket.SOCK_SEQPACKET) as client:
+                client.settimeout(20)
+                client.connect(str(board.socket))
+                client.send(message)
+                client.shutdown(socket.SHUT_WR)
+                self.assertEqual(client.recv(100), b"")
+        with socket.socket(socket.AF_UNIX, socket.SOCK_SEQPACKET) as client:
+            client.settimeout(20)
+            client.connect(str(board.socket))
+            client.send(header.pack(99, 0, 0))
+            self.assertLess(struct.unpack("=i", client.recv(100))[0], 0)
+        self.assertEqual(len(self.host([board], "print(len(devices()))")), 1)
+        self.expect(board.stop(), 0, err="")
 
 
 if __name__ == "__main__":
