@@ -32,7 +32,6 @@ constexpr unsigned char Prompt = '>';
 constexpr unsigned MaxTransfer = 255; // the count of a frame is one byte
 
 // Finding the text mode's prompt.
-constexpr unsigned long PromptTimeout = 100; // milliseconds
 constexpr unsigned DTRPulse = 10;            // milliseconds
 constexpr int DrainBytes = 230;
 constexpr int MaxFailedReads = 3;
@@ -108,7 +107,7 @@ void switchToBinaryMode(HSerialLink* link)
 void establish(HSerialLink* link)
 {
     unsigned long timeout = link->timeout();
-    link->setTimeout(PromptTimeout);
+    link->setTimeout(MAXQD_promptTimeout);
     drainInput(link);
     link->setDTR(true);
     link->setDTR(false);
@@ -263,6 +262,8 @@ void transfer(HSerialLink* link, const unsigned char* data, unsigned char count,
 }
 
 } // namespace
+
+unsigned long MAXQD_promptTimeout = 100;
 
 int binaryCommand(HSerialLink* link, unsigned char command)
 {

@@ -10,6 +10,10 @@ class HSerialLink;
 // arguments play no part.
 void MAXQD_initSerial2JTAGDriver(_maxqd_t* maxqd);
 
+// How long each read waits while the prompt is looked for, in milliseconds: 100. For tests, which run on
+// machines that may stall for longer.
+extern unsigned long MAXQD_promptTimeout;
+
 // The answer to a command.
 int binaryCommand(HSerialLink* link, unsigned char command);
 // Shift `count` bytes, 1 to 255, and answer the last status byte; the second stores what was shifted out

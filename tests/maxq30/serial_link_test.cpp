@@ -39,8 +39,16 @@ Steps operator+(Steps first, const Steps& second)
 }
 
 struct SerialAdapter : ::testing::Test {
-    SerialAdapter() { MAXQD_initSerial2JTAGDriver(&maxqd); }
-    ~SerialAdapter() override { maxqd.close(&maxqd); }
+    SerialAdapter()
+    {
+        MAXQD_initSerial2JTAGDriver(&maxqd);
+        MAXQD_promptTimeout = 700;
+    }
+    ~SerialAdapter() override
+    {
+        maxqd.close(&maxqd);
+        MAXQD_promptTimeout = 100;
+    }
 
     std::string open(Steps steps)
     {

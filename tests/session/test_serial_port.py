@@ -52,9 +52,11 @@ class SerialPort(SessionTest):
                         received = b"binary"
 
         threading.Thread(target=adapter, daemon=True).start()
-        self.expect(self.session(self.port), 1, out="", err=[
-            "error: The JTAG interface is not responding - "
-            "Check the JTAG connections and that the target is powered\n"])
+        result = self.session(self.port)
+        # The tool waits a tenth of a second for the prompt, and a busy machine may keep this adapter longer.
+        self.assertRegex(result.err, r"\Aerror: (The JTAG interface is not responding - Check the JTAG connections and "
+                                     r"that the target is powered|Can't establish communications .*)\n\n\Z")
+        self.assertEqual(result.status, 1)
         self.assertEqual(termios.tcgetattr(self.slave), before)
 
 
