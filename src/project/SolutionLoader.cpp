@@ -135,8 +135,13 @@ void SolutionLoader::applyTemplates(ProjectElement* solution)
         XMLElement* found = templates.findTemplate(name);
         if (!found && m_templates)
             found = templates.findTemplate(m_templates->templateNotFound(name));
-        if (!found)
-            throw SolutionLoadError(fileName, QStringLiteral(" project template not found"));
+        if (!found) {
+            SolutionLoadError failure(fileName, QStringLiteral(" project template not found"));
+            // A list that did not load is the likely reason.
+            if (!templates.errors().isEmpty())
+                failure.setHint(templates.errors().first().toStdString());
+            throw failure;
+        }
         templates.createProjectFromTemplate(ProjectSystem::solutionContaining(project), project, found);
         project->removeAttribute(TemplateName);
     }
