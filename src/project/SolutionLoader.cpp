@@ -40,7 +40,6 @@ std::unique_ptr<ProjectElement> SolutionLoader::load(const QString& path)
     auto solution = std::make_unique<ProjectElement>(ProjectElement::Solution, nullptr);
     loadProjectFile(path, QDir::currentPath(), solution.get(), 0);
     m_system.m_projects.clear();
-    m_system.m_loadedFiles += m_loaded;
     return solution;
 }
 
