@@ -202,12 +202,11 @@ void ProjectSystem::configurations(const ProjectElement* element, QStringList& l
             const QString& name = it.key();
             if (listed.contains(name))
                 continue;
-            const bool wanted =
-                hidden.contains(name)
-                    ? mode & HiddenConfigurations
-                    : (mode & VisibleConfigurations) && name != Common &&
-                          settingFor(element, m_properties[ProjectProperties::Platform], name) ==
-                              QLatin1String(Get_PLATFORM());
+            bool wanted = mode & HiddenConfigurations;
+            if (!hidden.contains(name))
+                wanted = (mode & VisibleConfigurations) && name != Common &&
+                         settingFor(element, m_properties[ProjectProperties::Platform], name) ==
+                             QLatin1String(Get_PLATFORM());
             if (!wanted)
                 continue;
             listed.insert(name);

@@ -148,7 +148,8 @@ TEST_F(Solution, InheritanceCyclesEnd)
     for (int i = 0; i < 5000; ++i)
         chain += "<configuration Name=\"c" + std::to_string(i) + "\" inherited_configurations=\"c" +
                  std::to_string(i + 1) + "\"/>";
-    EXPECT_EQ(failure(write("chain.kvp", chain)), "chain.kvp configurations inherit more than 1000000 others");
+    EXPECT_EQ(failure(write("chain.kvp", chain)),
+              "chain.kvp configurations inherit more than 1000000 others");
     EXPECT_FALSE(system.haveSolution());
 }
 
