@@ -1,6 +1,8 @@
 // How ProjectSystem finds a setting, and what the configurations of a solution are.
 #include "project/MacroSystem.h"
 #include "project/ProjectSystem.h"
+#include "project/SolutionLoadError.h"
+#include "project/limits.h"
 #include "support/PlatformConstants.h"
 
 #include <QSet>
@@ -159,11 +161,16 @@ void ProjectSystem::updateInheritenceMap(ProjectElement* solution)
         if (it.value()->hasAttribute(m_properties[ProjectProperties::InheritedConfigurations]->saveName()))
             direct.insert(it.key(), getInheritedConfigurations(solution, it.key()));
     solution->inheritance().clear();
+    unsigned steps = 0;
     for (auto it = direct.constBegin(); it != direct.constEnd(); ++it) {
         QStringList flat;
         QSet<QString> seen{it.key()};
         QStringList pending(it.value().crbegin(), it.value().crend()); // the next one stands last
         while (!pending.isEmpty()) {
+            if (++steps > ProjectLimits::InheritanceSteps)
+                throw SolutionLoadError(solution->path().fileName(),
+                                        QStringLiteral(" configurations inherit more than %1 others")
+                                            .arg(ProjectLimits::InheritanceSteps));
             QString name = pending.takeLast();
             if (seen.contains(name))
                 continue;
@@ -189,19 +196,21 @@ void ProjectSystem::configurations(const ProjectElement* element, QStringList& l
         for (auto it = node->configurations().constBegin(); it != node->configurations().constEnd(); ++it)
             if (it.value()->hasAttribute(Hidden))
                 hidden.insert(it.key());
+    QSet<QString> listed(list.cbegin(), list.cend());
     for (const ProjectElement* node = element; node; node = node->parent()) {
         for (auto it = node->configurations().constBegin(); it != node->configurations().constEnd(); ++it) {
             const QString& name = it.key();
-            if (list.contains(name))
+            if (listed.contains(name))
                 continue;
-            if (hidden.contains(name)) {
-                if (mode & HiddenConfigurations)
-                    list.append(name);
-            } else if ((mode & VisibleConfigurations) && name != Common &&
-                       settingFor(element, m_properties[ProjectProperties::Platform], name) ==
-                           QLatin1String(Get_PLATFORM())) {
-                list.append(name);
-            }
+            bool wanted = mode & HiddenConfigurations;
+            if (!hidden.contains(name))
+                wanted = (mode & VisibleConfigurations) && name != Common &&
+                         settingFor(element, m_properties[ProjectProperties::Platform], name) ==
+                             QLatin1String(Get_PLATFORM());
+            if (!wanted)
+                continue;
+            listed.insert(name);
+            list.append(name);
         }
     }
 }

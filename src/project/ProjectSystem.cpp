@@ -52,7 +52,6 @@ void ProjectSystem::loadSolution(const QString& path, ProjectFileNotFoundErrorHa
 void ProjectSystem::closeSolution()
 {
     m_projects.clear();
-    m_loadedFiles.clear();
     m_solution.reset();
 }
 

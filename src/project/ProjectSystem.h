@@ -166,7 +166,6 @@ private:
     ProjectProperties m_properties;
     std::unique_ptr<ProjectElement> m_solution;
     QMap<QString, ProjectElement*> m_projects;
-    QStringList m_loadedFiles; // canonical paths
 };
 
 // Null until main makes it.

@@ -40,7 +40,6 @@ std::unique_ptr<ProjectElement> SolutionLoader::load(const QString& path)
     auto solution = std::make_unique<ProjectElement>(ProjectElement::Solution, nullptr);
     loadProjectFile(path, QDir::currentPath(), solution.get(), 0);
     m_system.m_projects.clear();
-    m_system.m_loadedFiles += m_loaded;
     return solution;
 }
 
@@ -135,8 +134,13 @@ void SolutionLoader::applyTemplates(ProjectElement* solution)
         XMLElement* found = templates.findTemplate(name);
         if (!found && m_templates)
             found = templates.findTemplate(m_templates->templateNotFound(name));
-        if (!found)
-            throw SolutionLoadError(fileName, QStringLiteral(" project template not found"));
+        if (!found) {
+            SolutionLoadError failure(fileName, QStringLiteral(" project template not found"));
+            // A list that did not load is the likely reason.
+            if (!templates.errors().isEmpty())
+                failure.setHint(templates.errors().first().toStdString());
+            throw failure;
+        }
         templates.createProjectFromTemplate(ProjectSystem::solutionContaining(project), project, found);
         project->removeAttribute(TemplateName);
     }

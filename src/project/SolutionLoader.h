@@ -17,7 +17,7 @@ public:
     {
     }
 
-    // The tree. The system's list of loaded files takes the new ones when all has succeeded.
+    // The tree.
     std::unique_ptr<ProjectElement> load(const QString& path);
     void applyTemplates(ProjectElement* solution);
     const QList<ProjectElement*>& dynamicFolders() const { return m_dynamicFolders; }

@@ -328,6 +328,10 @@ void XMLPP2::repeat(XMLElement* element, const Context& context, Macros& macros)
     auto hexadecimal = [](uint32_t value) {
         return QLatin1String("0x") + QString::number(value, 16).toUpper();
     };
+    // The rounds share one table; one that defines something pays for a copy of its own.
+    Macros table = macros;
+    const size_t copyBytes = size_t(table.size()) * sizeof(QString);
+    produced(copyBytes);
     for (uint64_t i = number(element->attributeText("start")); i < end; i += incr) {
         if (++m_rounds > ProjectLimits::ForRounds)
             stop(QStringLiteral("<for> makes more than %1 rounds").arg(ProjectLimits::ForRounds));
@@ -335,7 +339,6 @@ void XMLPP2::repeat(XMLElement* element, const Context& context, Macros& macros)
             break;
         uint32_t value = uint32_t(i);
         uint32_t applied = value * mul + add;
-        Macros table = macros;
         table.insert(index, QString::number(value));
         table.insert(index + QLatin1String("_alpha"), QString(QChar(char16_t('A' + value))));
         table.insert(index + QLatin1String("_hex"), hexadecimal(value));
@@ -344,7 +347,10 @@ void XMLPP2::repeat(XMLElement* element, const Context& context, Macros& macros)
         XMLElement round("for");
         for (XMLElement* child = element->firstElement(); child; child = child->nextElement())
             round.appendChild(copyElementAndExpandAttributeMacros(child, table));
-        process(&round, {context.file, context.expand, context.depth + 1, context.includes}, table);
+        Macros inside = table;
+        process(&round, {context.file, context.expand, context.depth + 1, context.includes}, inside);
+        if (!inside.isSharedWith(table))
+            produced(copyBytes);
         copies.reparentChildrenAfter(&round, copies.lastChild());
     }
     replaceByChildren(element, &copies);

@@ -12,6 +12,7 @@ constexpr unsigned IncludeDepth = 100;         // include, Import and import, ea
 constexpr unsigned Includes = 1000;            // files that one document includes or imports in all
 constexpr unsigned ForRounds = 200000;         // rounds of all `for` elements of one document
 constexpr size_t ProducedBytes = 128u << 20;   // what `for`, `include` and expansion add to one document
+constexpr unsigned InheritanceSteps = 1000000; // from a configuration to what it inherits, for all of a file
 constexpr unsigned MacroPasses = 100;          // rescans of one text
 constexpr unsigned MacroTextLength = 1u << 20; // characters of one expanded text
 

@@ -3,6 +3,7 @@
 #include "support/QTx.h"
 
 #include <memory>
+#include <vector>
 
 struct Path::PathData : QSharedData {
     PathData() = default;
@@ -201,26 +202,40 @@ QStringList Path::filePathQStringList(bool absolute) const
     return (absolute ? info().absoluteFilePath() : filePath()).split(QLatin1Char('/'), Qt::SkipEmptyParts);
 }
 
+// One pass with the places of the slashes at hand, so that a text of nothing but steps is linear.
 void Path::removeRelativePaths(QString& text)
 {
     const QLatin1Char dot('.');
     const QLatin1Char slash('/');
-    qsizetype at = text.indexOf(dot);
-    while (at >= 0) {
-        qsizetype next = at + 1;
-        if (at > 0 && text[at - 1] == slash) {
-            if (next < text.size() && text[next] == dot) {
-                qsizetype parent = at >= 3 ? text.lastIndexOf(slash, at - 3) : -1;
-                if (parent >= 0) {
-                    text.remove(parent, at + 2 - parent);
-                    next = parent;
+    if (text.contains(QLatin1String("/."))) {
+        QString kept;
+        kept.reserve(text.size());
+        std::vector<qsizetype> slashes; // in `kept`
+        for (qsizetype at = 0; at < text.size(); ++at) {
+            if (text[at] == dot && kept.endsWith(slash)) {
+                qsizetype next = at + 1;
+                if (next < text.size() && text[next] == dot) {
+                    // The part in front of the step may be a slash itself, but not the step's own.
+                    size_t parent = slashes.size() - 1;
+                    while (parent > 0 && slashes[parent] > kept.size() - 3)
+                        --parent;
+                    if (slashes[parent] <= kept.size() - 3) {
+                        kept.truncate(slashes[parent]);
+                        slashes.resize(parent);
+                        at = next;
+                        continue;
+                    }
+                } else if (next == text.size() || text[next] == slash) {
+                    kept.chop(1);
+                    slashes.pop_back();
+                    continue;
                 }
-            } else if (next == text.size() || text[next] == slash) {
-                text.remove(at - 1, 2);
-                next = at - 1;
             }
+            if (text[at] == slash)
+                slashes.push_back(kept.size());
+            kept += text[at];
         }
-        at = text.indexOf(dot, next);
+        text = kept;
     }
     // One pass that drops every slash behind a slash: runs collapse to one.
     if (text.contains(QLatin1String("//"))) {
@@ -257,7 +272,8 @@ bool Path::relativeDirPath(const QString& from, const QString& to, QString& resu
 bool Path::relativeFilePath(const QString& from, const QString& file, QString& result)
 {
     QFileInfo info(file);
-    if (!relativeDirPath(from, info.absolutePath(), result))
+    // A bare file name has the directory ".", which is `from` itself.
+    if (!relativeDirPath(from, info.path(), result))
         return false;
     if (!result.isEmpty())
         result += QLatin1Char('/');

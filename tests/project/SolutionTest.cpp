@@ -143,6 +143,14 @@ TEST_F(Solution, InheritanceCyclesEnd)
     EXPECT_EQ(system.getInheritedConfigurations(project("P"), "B"), QStringList{"C"});
     system.setInheritedConfigurations(project("P"), "B", {"D"});
     EXPECT_EQ(string(project("P"), "c", "A"), "from-d");
+    system.closeSolution();
+    std::string chain;
+    for (int i = 0; i < 5000; ++i)
+        chain += "<configuration Name=\"c" + std::to_string(i) + "\" inherited_configurations=\"c" +
+                 std::to_string(i + 1) + "\"/>";
+    EXPECT_EQ(failure(write("chain.kvp", chain)),
+              "chain.kvp configurations inherit more than 1000000 others");
+    EXPECT_FALSE(system.haveSolution());
 }
 
 TEST_F(Solution, DependenciesAreOrderedAndCyclesCut)

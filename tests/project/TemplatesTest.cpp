@@ -54,7 +54,13 @@ TEST_F(Templates, MissingAndDamagedTemplateFiles)
     templatesFile = q(directory / "none.xml");
     EXPECT_EQ(failure(write("s.kvp", body)), "s.kvp project template not found");
     writeTemplates("<include filename=\"not-installed.xml\" no_root=\"1\"/>");
-    EXPECT_EQ(failure(write("s.kvp", body)), "s.kvp project template not found");
+    try {
+        load(body);
+        FAIL() << "loaded";
+    } catch (const SolutionLoadError& e) {
+        EXPECT_EQ(e.message(), "s.kvp project template not found");
+        EXPECT_NE(e.hint().find("couldn't read " + (directory / "not-installed.xml")), std::string::npos);
+    }
     writeTemplates("<broken>");
     EXPECT_EQ(failure(write("s.kvp", body)), "bad XML file - templates.xml|tagName mismatch|1");
     EXPECT_FALSE(system.haveSolution());

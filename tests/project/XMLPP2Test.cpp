@@ -95,6 +95,10 @@ TEST_F(Preprocessor, ForCopiesItsChildren)
          "<p n=\"$(i)$(j)\"/></for></for>",
          "r(p n=00,p n=01,p n=11)"},
         {"<for index=\"i\" start=\"0\" end=\"3\" incr=\"1\"><if i=\"1\"><p/></if></for>", "r(p)"},
+        // What a round defines ends with it.
+        {"<for index=\"i\" start=\"0\" end=\"3\" incr=\"1\"><ifndef name=\"d\"><p/></ifndef>"
+         "<define name=\"d\" value=\"1\"/></for><ifdef name=\"d\"><q/></ifdef>",
+         "r(p,p,p)"},
         {"<a/><for index=\"i\" start=\"0\" end=\"1\" incr=\"1\"><p><q v=\"$(i)$(k)\"/></p></for><b/>",
          "r(a,p(q v=0$(k)),b)"},
         // The last round ends at the top of the number range instead of starting over.
@@ -186,6 +190,13 @@ TEST_F(Preprocessor, WorkWithoutEndIsStopped)
     for (int i = 0; i < 10; ++i)
         wide += "<x v=\"$(a)" + std::string(1000, 'v') + "\"/>";
     EXPECT_EQ(run("<for index=\"i\" start=\"0\" end=\"100000\" incr=\"1\">" + wide + "</for>", "a=1"),
+              prefix + "the document grows beyond 134217728 bytes");
+    std::string defines;
+    for (int i = 0; i < 10000; ++i)
+        defines += "<define name=\"m" + std::to_string(i) + "\" value=\"\"/>";
+    const std::string rounds = "<for index=\"i\" start=\"0\" end=\"100000\" incr=\"1\">";
+    EXPECT_EQ(run(defines + rounds + "</for>"), "r");
+    EXPECT_EQ(run(defines + rounds + "<define name=\"x\" value=\"1\"/></for>"),
               prefix + "the document grows beyond 134217728 bytes");
     std::string growing;
     for (int i = 0; i < 40; ++i)

@@ -29,11 +29,20 @@ TEST(Path, NormalisesStepsButKeepsWhatIsNone)
         {"/a/../../b", "/../b"},
         {"/a/b/c/../../d", "/a/d"},
         {"./a", "./a"},
+        {"/a/b//../c", "/a/c"},
+        {"/a//../b", "/b"},
+        {"a/../../b", "a/b"}, // the first step finds no slash before it and is a part for the second
+        {"/a/...", "."},
+        {"/.", ""},
     };
     for (auto [text, expected] : cases)
         EXPECT_EQ(Path(text).osPath(), expected) << text;
     EXPECT_EQ((Path("a") + "b").osPath(), "ab");
     EXPECT_TRUE(Path("/a/x/../b") == Path("/a/b"));
+    // Quadratic work would take minutes here.
+    EXPECT_EQ(Path("/a" + QString("/.").repeated(1000000)).osPath(), "/a");
+    EXPECT_EQ(Path(QString("/a").repeated(1000000) + QString("/..").repeated(1000000)).osPath(), "");
+    EXPECT_EQ(Path(QString(1000000, 'a') + QString("/..").repeated(1000000)).filePath().size(), 1000000);
 }
 
 TEST(Path, CopyKeepsItsTextWhenTheOriginalChanges)
@@ -59,6 +68,7 @@ TEST(Path, RelativeWays)
     EXPECT_EQ(Path::relativeFilePath("/a/b", "/a/x.c"), QString("../x.c"));
     EXPECT_EQ(Path::relativeFilePath("/a", "/a/x.c"), QString("x.c"));
     EXPECT_EQ(Path::relativeFilePath("/a", "/b/x.c"), QString("/b/x.c"));
+    EXPECT_EQ(Path::relativeFilePath("/a/b", "x.c"), QString("x.c")); // a bare name lies in `from`
 }
 
 TEST(QTx, MakesMissingParents)
