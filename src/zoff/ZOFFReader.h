@@ -109,6 +109,7 @@ private:
     void pushEntry(const Entry& entry);
     Entry popEntry();
     ZOFFObject* objectOf(const Entry& entry);
+    Entry shared(Entry entry);
 
     // Numbers that are kept in 32 bits, signed or not; sizes and counts, which are never negative.
     int32_t popInt32();

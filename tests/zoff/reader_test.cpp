@@ -264,6 +264,20 @@ TEST(ZOFFReader, AProgramIsReadWhole)
     EXPECT_EQ(items[4]->locus(), nullptr);
 }
 
+TEST(ZOFFReader, ALiteralHasOneTypeWhereverItIsReached)
+{
+    Records r = base();
+    r.text("a").tag(T::MkSymbol).lit(5).tag(T::Dup).lit(2).tags({T::Int, T::SetType, T::SymbolDef});
+    r.lit(6).lit(1).tag(T::MkAlias).alias(1).lit(4).tags({T::Float, T::SetType});
+    r.text("b").tag(T::MkSymbol).alias(1).tag(T::SymbolDef);
+    ModulePtr module = read(r);
+    ASSERT_NE(symbolNamed(module, "a")->type(), nullptr);
+    EXPECT_EQ(symbolNamed(module, "a")->type()->getName()->view(), "INT(2)");
+    ASSERT_NE(symbolNamed(module, "b")->type(), nullptr);
+    EXPECT_EQ(symbolNamed(module, "b")->type()->getName()->view(), "FLOAT(4)");
+    EXPECT_EQ(symbolNamed(module, "b")->evaluate().value, 6);
+}
+
 TEST(ZOFFReader, AQuickReadStopsBeforeTheSymbols)
 {
     Records r;
