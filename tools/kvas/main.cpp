@@ -103,6 +103,14 @@ Options parse(int argc, char** argv)
     return options;
 }
 
+// A full disk shows only when the last text leaves the buffer.
+int printed()
+{
+    if (fflush(stdout) != 0 || ferror(stdout))
+        return fail("cannot write to standard output");
+    return 0;
+}
+
 int assemble(Options& options)
 {
     if (options.job.sources.empty())
@@ -135,11 +143,13 @@ int main(int argc, char** argv)
         Options options = parse(argc, argv);
         if (options.help) {
             fputs(usage, stdout);
-            return 0;
+            return printed();
         }
         if (!options.dump.empty()) {
+            if (!options.job.sources.empty())
+                throw UsageError{"--dump takes one file and no sources"};
             kvas::dump(options.dump, stdout);
-            return 0;
+            return printed();
         }
         return assemble(options);
     } catch (const UsageError& error) {
