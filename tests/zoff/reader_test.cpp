@@ -388,6 +388,16 @@ TEST(ZOFFReader, NestingIsBounded)
     EXPECT_EQ(errorOf(base().lit(2).tag(T::Int).lit(0x7FFFFFFF).tag(T::Array)),
               "bad object file: operand value error (constant out of range)");
 
+    // A long chain of pointers cannot be walked again and again.
+    Records chained = base();
+    chained.lit(1).tag(T::Int).keep(0x100).drop();
+    for (int i = 1; i < 9'000; ++i)
+        chained.lit(2).tag(T::ForwardType).keep(0x100 + i).alias(0xFF + i).tag(T::Ptr);
+    EXPECT_EQ(errorOf(chained), "");
+    for (int i = 0; i < 4'000; ++i)
+        chained.lit(2).tag(T::ForwardType).alias(0x100 + 8'999).tag(T::Ptr);
+    EXPECT_EQ(errorOf(chained), "bad object file: types nested too deeply");
+
     // Symbols of symbols, each twice the one before: as many steps as a file has none.
     Records chain = base();
     chain.text("s0").tag(T::MkSymbol).keep(1).lit(1).tag(T::SymbolDef);
