@@ -1,8 +1,10 @@
 // The command: kvas [options] SOURCE...
 #include "support/HException.h"
+#include "tools/kvas/Cursor.h"
 #include "tools/kvas/Dump.h"
 #include "tools/kvas/Link.h"
 #include "tools/kvas/OutputFile.h"
+#include "tools/kvas/Registers.h"
 
 #include <charconv>
 #include <cstdio>
@@ -91,9 +93,11 @@ Options parse(int argc, char** argv)
             size_t equals = text.find('=');
             auto number =
                 equals == std::string::npos ? 1 : parseNumber(std::string_view(text).substr(equals + 1));
-            if (!number || equals == 0 || text.empty())
+            std::string name = text.substr(0, equals);
+            if (!number || name.empty() || name.front() == '.' || kvas::Cursor(name).identifier() != name ||
+                kvas::isRegisterName(name))
                 throw UsageError{"'" + text + "' is no definition"};
-            options.job.definitions.emplace_back(text.substr(0, equals), *number);
+            options.job.definitions.emplace_back(name, *number);
         } else if (word.size() > 1 && word[0] == '-') {
             throw UsageError{"unknown option " + std::string(word)};
         } else {

@@ -329,6 +329,9 @@ TEST_F(Sources, OutputIsWrittenWholeOrNotAtAll)
     EXPECT_NE(contents(dir / "text").find("NOP"), std::string::npos);
     EXPECT_EQ(run("--dump " + good), 1);
     EXPECT_EQ(run("--dump " + out + " " + good), 1);
+    for (const char* definition : {"=1", "1x", "'a b=1'", ".x", "SP=1", "x=0x", "x=y"})
+        EXPECT_EQ(run(std::string("-D ") + definition + " -o " + out + " " + good), 1) << definition;
+    EXPECT_EQ(run("-D _a.b=-3 -o " + out + " " + good), 0);
     EXPECT_EQ(system((std::string(KVAS_PROGRAM) + " --dump " + out + " >/dev/full 2>/dev/null").c_str()),
               1 << 8);
     // A pipe stays a pipe, and a link a link.
