@@ -181,7 +181,7 @@ void ZOFFReader::perform(unsigned number)
         push(nullptr);
         break;
     case ZOFFTag::Dup: {
-        Entry top = popEntry();
+        Entry top = shared(popEntry());
         pushEntry(top);
         pushEntry(top);
         break;
@@ -229,7 +229,7 @@ void ZOFFReader::perform(unsigned number)
     }
     case ZOFFTag::MkAlias: {
         auto n = size_t(popConst(0, m_input.size()));
-        Entry entry = popEntry();
+        Entry entry = shared(popEntry());
         if (n >= m_aliases.size())
             m_aliases.resize(n + 1);
         if (!m_aliases[n].isNull())

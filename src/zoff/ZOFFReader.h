@@ -109,6 +109,7 @@ private:
     void pushEntry(const Entry& entry);
     Entry popEntry();
     ZOFFObject* objectOf(const Entry& entry);
+    Entry shared(Entry entry);
 
     // Numbers that are kept in 32 bits, signed or not; sizes and counts, which are never negative.
     int32_t popInt32();
@@ -139,8 +140,9 @@ private:
     std::vector<Entry> m_aliases; // a null entry is a hole
     std::vector<ZOFFMarker*> m_markers;
     std::string_view m_strings;
-    int64_t m_nameBytes = 0; // of all names so far
-    int64_t m_codeBytes = 0; // of all items so far
+    int64_t m_nameBytes = 0;    // of all names so far
+    int64_t m_codeBytes = 0;    // of all items so far
+    int64_t m_pointerSteps = 0; // from pointer to pointer, in search of circles
 
     std::unique_ptr<Pool> m_pool; // until the module is handed out
     ZOFFModule* m_module = nullptr;

@@ -46,6 +46,16 @@ ZOFFObject* ZOFFReader::objectOf(const Entry& entry)
     }
 }
 
+// What is reached from two places is one object: a literal may get its type through one of them.
+ZOFFReader::Entry ZOFFReader::shared(Entry entry)
+{
+    if (entry.kind == Entry::Const) {
+        entry.object = objectOf(entry);
+        entry.kind = Entry::Object;
+    }
+    return entry;
+}
+
 ZOFFObject* ZOFFReader::popObject()
 {
     return objectOf(popEntry());

@@ -57,7 +57,10 @@ void ZOFFReader::performType(ZOFFTag tag)
         if (!pointer || !pointer->isPtr())
             throw HException("bad object file: operand type error (pointer expected)");
         m_lastPointer = static_cast<ZOFFPtrType*>(pointer);
-        m_lastPointer->setTarget(target);
+        m_pointerSteps += m_lastPointer->setTarget(target);
+        if (m_pointerSteps >
+            ZOFFLimits::PointerStepsFree + ZOFFLimits::PointerStepsPerByte * int64_t(m_input.size()))
+            bad("types nested too deeply");
         break;
     }
     case ZOFFTag::BytePtr:

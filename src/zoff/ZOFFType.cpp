@@ -156,7 +156,7 @@ void ZOFFCountedArrayType::printName(ZOFFTypeName& out) const
     out.add("]");
 }
 
-void ZOFFPtrType::setTarget(ZOFFType* target)
+int ZOFFPtrType::setTarget(ZOFFType* target)
 {
     int steps = 0;
     for (ZOFFType* at = target; at && at->isPtr(); at = static_cast<ZOFFPtrType*>(at)->m_target) {
@@ -166,6 +166,7 @@ void ZOFFPtrType::setTarget(ZOFFType* target)
             throw HException("bad object file: types nested too deeply");
     }
     m_target = target;
+    return steps;
 }
 
 void ZOFFPtrType::printName(ZOFFTypeName& out) const

@@ -113,8 +113,9 @@ class ZOFFPtrType : public ZOFFType {
 public:
     explicit ZOFFPtrType(int32_t size) : ZOFFType(size) {}
     ZOFFType* target() const { return m_target; }
-    // Throws HException when a chain of pointers would come back to itself or grow too long.
-    void setTarget(ZOFFType* target);
+    // Throws HException when a chain of pointers would come back to itself or grow too long. Answers how
+    // many pointers it walked to find out.
+    int setTarget(ZOFFType* target);
     ZOFFTag representation() const { return m_representation; }
     void setRepresentation(ZOFFTag tag) { m_representation = tag; }
     bool isPtr() const override { return true; }

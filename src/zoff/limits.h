@@ -20,5 +20,7 @@ constexpr size_t TypeNameLength = 65'536;    // of a printed name; what is longe
 constexpr int64_t NameLength = 65'536;       // of one name in a file
 constexpr int64_t NameBytesFree = 1 << 20;   // of all names of a file: this and so much a file byte
 constexpr int64_t NameBytesPerByte = 16;
+constexpr int64_t PointerStepsFree = 1 << 26; // along chains of pointers: this and so many a file byte
+constexpr int64_t PointerStepsPerByte = 16;
 
 } // namespace ZOFFLimits

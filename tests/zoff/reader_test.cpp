@@ -264,6 +264,20 @@ TEST(ZOFFReader, AProgramIsReadWhole)
     EXPECT_EQ(items[4]->locus(), nullptr);
 }
 
+TEST(ZOFFReader, ALiteralHasOneTypeWhereverItIsReached)
+{
+    Records r = base();
+    r.text("a").tag(T::MkSymbol).lit(5).tag(T::Dup).lit(2).tags({T::Int, T::SetType, T::SymbolDef});
+    r.lit(6).lit(1).tag(T::MkAlias).alias(1).lit(4).tags({T::Float, T::SetType});
+    r.text("b").tag(T::MkSymbol).alias(1).tag(T::SymbolDef);
+    ModulePtr module = read(r);
+    ASSERT_NE(symbolNamed(module, "a")->type(), nullptr);
+    EXPECT_EQ(symbolNamed(module, "a")->type()->getName()->view(), "INT(2)");
+    ASSERT_NE(symbolNamed(module, "b")->type(), nullptr);
+    EXPECT_EQ(symbolNamed(module, "b")->type()->getName()->view(), "FLOAT(4)");
+    EXPECT_EQ(symbolNamed(module, "b")->evaluate().value, 6);
+}
+
 TEST(ZOFFReader, AQuickReadStopsBeforeTheSymbols)
 {
     Records r;
@@ -373,6 +387,16 @@ TEST(ZOFFReader, NestingIsBounded)
     EXPECT_EQ(repeated(base().alias(0), 10'001, scope), "bad object file: scopes nested too deeply");
     EXPECT_EQ(errorOf(base().lit(2).tag(T::Int).lit(0x7FFFFFFF).tag(T::Array)),
               "bad object file: operand value error (constant out of range)");
+
+    // A long chain of pointers cannot be walked again and again.
+    Records chained = base();
+    chained.lit(1).tag(T::Int).keep(0x100).drop();
+    for (int i = 1; i < 9'000; ++i)
+        chained.lit(2).tag(T::ForwardType).keep(0x100 + i).alias(0xFF + i).tag(T::Ptr);
+    EXPECT_EQ(errorOf(chained), "");
+    for (int i = 0; i < 4'000; ++i)
+        chained.lit(2).tag(T::ForwardType).alias(0x100 + 8'999).tag(T::Ptr);
+    EXPECT_EQ(errorOf(chained), "bad object file: types nested too deeply");
 
     // Symbols of symbols, each twice the one before: as many steps as a file has none.
     Records chain = base();

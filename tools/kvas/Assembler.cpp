@@ -431,20 +431,29 @@ void Assembler::finish()
     for (Unit& unit : m_units)
         resolve(unit);
     for (Section& section : m_program.sections) {
-        if (!section.defined)
+        // One without a place was only named in a line that is reported already.
+        if (!section.defined && section.place.line)
             m_diagnostics.error(section.place, "there is no section " + section.name);
     }
 }
 
-// A type that was given where the symbol is used counts when there is none where it is defined.
+// What is said of a symbol where it is used counts when nothing is said where it is defined.
 void Assembler::join(Symbol* symbol, Symbol* target)
 {
     symbol->target = target;
-    if (!symbol->type || target->type)
-        return;
-    target->type = symbol->type;
-    target->declared = symbol->declared;
-    target->declaredFile = symbol->declaredFile;
+    if (!target->type)
+        target->type = symbol->type;
+    if (target->declaredFile.empty()) {
+        target->declared = symbol->declared;
+        target->declaredFile = symbol->declaredFile;
+    }
+    if (target->codelet < 0)
+        target->codelet = symbol->codelet;
+    if (symbol->patchable && !target->patchable) {
+        target->patchable = true;
+        target->patchValue = symbol->patchValue;
+    }
+    target->patched |= symbol->patched;
 }
 
 void Assembler::resolve(Unit& unit)

@@ -59,7 +59,7 @@ private:
     void resolve(Unit& unit);
     static void join(Symbol* symbol, Symbol* target);
 
-    Place placeAt(uint32_t column) const { return {m_source->file, m_line, column}; }
+    Place placeAt(uint32_t column) const override { return {m_source->file, m_line, column}; }
     Symbol* symbol(std::string_view name);
     Symbol* defineSymbol(std::string_view name, uint32_t column);
     void defineLabel(std::string_view name, uint32_t column);
@@ -106,6 +106,7 @@ private:
     void linkIf();
     void endLinkIf();
     void sectionDirective();
+    uint32_t sectionFlags();
     void standardSection(const char* name, SectionKind kind, bool load);
     void code() { standardSection("code", SectionKind::Code, true); }
     void constants() { standardSection("const", SectionKind::Code, true); }

@@ -48,9 +48,11 @@ void Assembler::stackAdjust()
     m_stackAdjust = int32_t(number(INT32_MIN, INT32_MAX, "the stack adjust"));
 }
 
-// Where a symbol was declared: the line given by .LINE, or this one.
+// Where a symbol was declared: what .DECL said, the line given by .LINE, or this one.
 void Assembler::declare(Symbol* s)
 {
+    if (!s->declaredFile.empty())
+        return;
     bool given = m_lines == Lines::Given;
     s->declared = placeAt(1);
     s->declared.line = given ? m_givenLine : m_line;

@@ -192,6 +192,17 @@ void Assembler::standardSection(const char* name, SectionKind kind, bool load)
     enterSection(section, 1);
 }
 
+uint32_t Assembler::sectionFlags()
+{
+    constexpr uint32_t worded = 0x8000F; // the kind, and LOAD
+    m_cursor->peek();
+    uint32_t column = m_cursor->column();
+    uint32_t flags = uint32_t(number(0, 0xFFFFFFFF, "the flags"));
+    if (flags & worded)
+        Cursor::failAt(column, "flags 0xF and 0x80000 are given by the kind and by LOAD or NOLOAD");
+    return flags;
+}
+
 void Assembler::sectionDirective()
 {
     m_cursor->peek();
@@ -221,7 +232,7 @@ void Assembler::sectionDirective()
         else if (m_cursor->acceptWord("NOLOAD"))
             load = false;
         else
-            flags |= uint32_t(number(0, 0xFFFFFFFF, "the flags")) & ~0x8000Fu;
+            flags |= sectionFlags();
     }
     if (section->defined && (section->kind != kind || section->load != load || section->moreFlags != flags))
         Cursor::failAt(column, "the section was given other properties before");

@@ -78,9 +78,7 @@ private:
     {
         fprintf(m_out, "\nSymbols\n");
         for (ZOFFSymbol* symbol : m_module.allSymbols()) {
-            auto found = m_module.publicSymbols().find(symbol->name());
-            bool isPublic = found != m_module.publicSymbols().end() && found->second == symbol;
-            fprintf(m_out, "  %-24s %-6s %s", text(symbol->name()), isPublic ? "public" : "",
+            fprintf(m_out, "  %-24s %-6s %s", text(symbol->name()), isPublic(symbol) ? "public" : "",
                     value(*symbol).c_str());
             if (symbol->type())
                 fprintf(m_out, "  %s", text(symbol->type()->getName()));
@@ -88,6 +86,14 @@ private:
                 fprintf(m_out, "  %s:%d", fileOf(locus), locus->line());
             fprintf(m_out, "\n");
         }
+    }
+
+    bool isPublic(const ZOFFSymbol* symbol) const
+    {
+        if (!symbol->name())
+            return false;
+        auto found = m_module.publicSymbols().find(symbol->name());
+        return found != m_module.publicSymbols().end() && found->second == symbol;
     }
 
     // The address or number, or the expression when it has none: a register, say.

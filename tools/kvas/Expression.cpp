@@ -50,8 +50,13 @@ Value Evaluator::evaluate(const Expr* expr, unsigned symbols)
             return {0, "forward reference to label " + std::string(expr->marker->name)};
         return {expr->marker->pc, {}};
     case Expr::Kind::Register: return {0, "a register has no address"};
-    case Expr::Kind::SectionStart: return {expr->section->start, {}};
-    case Expr::Kind::SectionSize: return {int64_t(expr->section->end) - expr->section->start, {}};
+    case Expr::Kind::SectionStart:
+    case Expr::Kind::SectionSize:
+        if (!expr->section->placed)
+            return {0, "section " + expr->section->name + " has no address yet"};
+        if (expr->kind == Expr::Kind::SectionStart)
+            return {expr->section->start, {}};
+        return {int64_t(expr->section->end) - expr->section->start, {}};
     case Expr::Kind::Binary: break;
     }
     Value left = evaluate(expr->left, symbols);

@@ -121,7 +121,7 @@ const Expr* ExpressionParser::primary(Cursor& cursor, unsigned nesting)
             Section* section = m_program.section(m_program.keep(cursor.name("the name of a section")));
             cursor.expect(')', "behind the section");
             if (!section->place.line)
-                section->place = Place{0, 0, column};
+                section->place = m_names.placeAt(column);
             return m_program.ofSection(section, start ? Expr::Kind::SectionStart : Expr::Kind::SectionSize);
         }
         if (name == "WORDADDR") {

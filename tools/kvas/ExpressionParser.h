@@ -18,6 +18,7 @@ public:
     virtual ~Names() = default;
     virtual Symbol* reference(std::string_view name, uint32_t column) = 0;
     virtual Marker* here() = 0;
+    virtual Place placeAt(uint32_t column) const = 0;
 };
 
 class ExpressionParser {

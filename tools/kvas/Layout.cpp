@@ -41,12 +41,10 @@ void Layout::run()
     decideLinkIfs();
     if (m_diagnostics.failed())
         return;
-    if (!m_placement.data) {
-        auto found = m_program.publics.find("_RAM_Start_Address");
-        Value start =
-            found == m_program.publics.end() ? Value{} : m_evaluator.evaluate(m_program.of(found->second));
-        m_placement.data = start.resolved() ? uint32_t(start.number) : 0;
-    }
+    if (!m_placement.data)
+        m_placement.data = startOfData();
+    if (m_diagnostics.failed())
+        return;
     for (m_pass = 1; m_pass <= limits::Passes; ++m_pass) {
         bool moved = assignAddresses();
         m_evaluator.nextPass();
@@ -70,6 +68,20 @@ void Layout::run()
         return;
     }
     check();
+}
+
+uint32_t Layout::startOfData()
+{
+    auto found = m_program.publics.find("_RAM_Start_Address");
+    if (found == m_program.publics.end())
+        return 0;
+    Value start = m_evaluator.evaluate(m_program.of(found->second));
+    if (!start.resolved())
+        m_diagnostics.error(found->second->defined,
+                            "where data begins must not depend on addresses: " + start.why);
+    else if (start.number < 0 || uint64_t(start.number) > HighestAddress)
+        m_diagnostics.error(found->second->defined, "data cannot begin at " + std::to_string(start.number));
+    return uint32_t(start.number);
 }
 
 void Layout::decideLinkIfs()
@@ -125,6 +137,8 @@ bool Layout::assignAddresses()
             }
             first = first && empty;
         }
+        moved |= !section.placed;
+        section.placed = true;
     }
     return moved;
 }

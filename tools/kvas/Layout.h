@@ -28,6 +28,7 @@ public:
     void run();
 
 private:
+    uint32_t startOfData();
     void decideLinkIfs();
     bool assignAddresses();
     bool place(Fragment& fragment, uint64_t& pc);

@@ -132,6 +132,7 @@ struct Section {
     bool defined = false;
     Place place;
     std::deque<Fragment> fragments;
+    bool placed = false;         // start and end are known
     uint32_t start = 0, end = 0; // end is behind the last byte
 
     uint32_t flags() const { return uint32_t(kind) | (load ? 0x80000u : 0) | moreFlags; }

@@ -1,8 +1,10 @@
 // The command: kvas [options] SOURCE...
 #include "support/HException.h"
+#include "tools/kvas/Cursor.h"
 #include "tools/kvas/Dump.h"
 #include "tools/kvas/Link.h"
 #include "tools/kvas/OutputFile.h"
+#include "tools/kvas/Registers.h"
 
 #include <charconv>
 #include <cstdio>
@@ -91,9 +93,11 @@ Options parse(int argc, char** argv)
             size_t equals = text.find('=');
             auto number =
                 equals == std::string::npos ? 1 : parseNumber(std::string_view(text).substr(equals + 1));
-            if (!number || equals == 0 || text.empty())
+            std::string name = text.substr(0, equals);
+            if (!number || name.empty() || name.front() == '.' || kvas::Cursor(name).identifier() != name ||
+                kvas::isRegisterName(name))
                 throw UsageError{"'" + text + "' is no definition"};
-            options.job.definitions.emplace_back(text.substr(0, equals), *number);
+            options.job.definitions.emplace_back(name, *number);
         } else if (word.size() > 1 && word[0] == '-') {
             throw UsageError{"unknown option " + std::string(word)};
         } else {
@@ -101,6 +105,14 @@ Options parse(int argc, char** argv)
         }
     }
     return options;
+}
+
+// A full disk shows only when the last text leaves the buffer.
+int printed()
+{
+    if (fflush(stdout) != 0 || ferror(stdout))
+        return fail("cannot write to standard output");
+    return 0;
 }
 
 int assemble(Options& options)
@@ -135,11 +147,13 @@ int main(int argc, char** argv)
         Options options = parse(argc, argv);
         if (options.help) {
             fputs(usage, stdout);
-            return 0;
+            return printed();
         }
         if (!options.dump.empty()) {
+            if (!options.job.sources.empty())
+                throw UsageError{"--dump takes one file and no sources"};
             kvas::dump(options.dump, stdout);
-            return 0;
+            return printed();
         }
         return assemble(options);
     } catch (const UsageError& error) {

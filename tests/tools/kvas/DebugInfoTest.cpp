@@ -119,6 +119,18 @@ TEST_F(DebugInfo, TypesAsTheDebuggerPrintsThem)
     EXPECT_TRUE(node->findField(HString::intern("shared"))->isStatic());
 }
 
+TEST_F(DebugInfo, WhatAnotherFileSaysOfASymbolCounts)
+{
+    load({".CODE\nNOP\n.CODELET x, 4\n.PATCHABLE x, 5\n.PATCHED x\n.DECL x, \"prog.c\", 7\n.VAR x, INT(2)\n",
+          ".PUBLIC x\n.CODE\nx: NOP\n"});
+    EXPECT_EQ(symbol("x")->codeletIndex(), 4);
+    EXPECT_EQ(symbol("x")->patchValue(), 5);
+    EXPECT_TRUE(symbol("x")->patched());
+    EXPECT_EQ(typeOf("x"), "INT(2)");
+    ASSERT_NE(symbol("x")->locus(), nullptr);
+    EXPECT_EQ(symbol("x")->locus()->line(), 7);
+}
+
 TEST_F(DebugInfo, ModuleInformationAndWhatIsNotWritten)
 {
     dir.write("lib/extra.s", ".PUBLIC extra\n.CODE\nextra: NOP\n.LIBRARY extra\n");

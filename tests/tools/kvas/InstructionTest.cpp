@@ -20,6 +20,8 @@ public:
         return marker;
     }
 
+    Place placeAt(uint32_t column) const override { return {0, 1, column}; }
+
     // The opcode of one instruction at `at`; a text in place of it when it has a fault.
     std::string assemble(std::string_view text, uint32_t at, uint64_t& opcode)
     {

@@ -1,10 +1,14 @@
 // Layout, symbols of several files, data directives, and what hostile sources get.
 #include "tests/tools/kvas/Sources.h"
+#include "tests/zoff/Records.h"
 #include "tools/kvas/limits.h"
 #include "zoff/ZOFFItems.h"
 
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -164,6 +168,26 @@ TEST_F(Sources, SectionsFollowOneAnotherInTheirMemory)
               "source1.s:5:1: error: section x at 0x16 overlaps section code, which ends at 0x18\n");
 }
 
+TEST_F(Sources, WhatIsNotPlacedYetHasNoNumber)
+{
+    EXPECT_EQ(link({".DATA\nDB 1, 2\n.CODE\n.FILL SIZEOF(data), 1\n ORG STARTOF(data)\n",
+                    ".CODE\n DB STARTOF(none)\n.SECTION other\n"}),
+              "source1.s:4:7: error: the count must be known here: section data has no address yet\n"
+              "source1.s:5:6: error: the origin must be known here: section data has no address yet\n"
+              "source2.s:3:10: error: the first mention of a section names its kind\n"
+              "source2.s:2:5: error: there is no section none\n");
+    EXPECT_EQ(link({".DATA\nDB 1\n.CODE\nLINKIF SIZEOF(data)\nNOP\nENDLINKIF\n"}),
+              "source1.s:4:8: error: the condition must not depend on addresses: section data has no "
+              "address yet\n");
+    EXPECT_EQ(link({".PUBLIC _RAM_Start_Address\n_RAM_Start_Address = 1 << 31\n.DATA\nDB 1\n"}),
+              "source1.s:2:1: error: data cannot begin at 2147483648\n");
+    EXPECT_EQ(link({".SECTION x, CODE, 0x80002\n"}),
+              "source1.s:1:19: error: flags 0xF and 0x80000 are given by the kind and by LOAD or NOLOAD\n");
+    // Sections that come later have their sizes when the layout settles.
+    load({".BSS\ns: .SPACE SIZEOF(tail) + 1\n.SECTION tail, DATA4\nDB 1, 2, 3\n"});
+    EXPECT_EQ(section("bss")->getSize(), 4);
+}
+
 TEST_F(Sources, ConditionsAtLinkTimeDropWhatTheyEnclose)
 {
     load({".CODE\nLINKIF wanted\nNOP\nENDLINKIF\nLINKIF 1 - wanted\nRET\nENDLINKIF\nRL\n",
@@ -304,6 +328,33 @@ TEST_F(Sources, OutputIsWrittenWholeOrNotAtAll)
     EXPECT_EQ(run("--dump " + out), 0);
     EXPECT_NE(contents(dir / "text").find("NOP"), std::string::npos);
     EXPECT_EQ(run("--dump " + good), 1);
+    EXPECT_EQ(run("--dump " + out + " " + good), 1);
+    for (const char* definition : {"=1", "1x", "'a b=1'", ".x", "SP=1", "x=0x", "x=y"})
+        EXPECT_EQ(run(std::string("-D ") + definition + " -o " + out + " " + good), 1) << definition;
+    EXPECT_EQ(run("-D _a.b=-3 -o " + out + " " + good), 0);
+    EXPECT_EQ(system((std::string(KVAS_PROGRAM) + " --dump " + out + " >/dev/full 2>/dev/null").c_str()),
+              1 << 8);
+    // A pipe stays a pipe, and a link a link.
+    std::string pipe = dir / "pipe", alias = dir / "alias.kvx";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    int reader = open(pipe.c_str(), O_RDWR);
+    EXPECT_EQ(run("-o " + pipe + " " + good), 0);
+    std::string piped(4096, 0);
+    piped.resize(size_t(std::max<ssize_t>(read(reader, piped.data(), piped.size()), 0)));
+    close(reader);
+    std::filesystem::create_symlink(out, alias);
+    EXPECT_EQ(run("-o " + alias + " " + good), 0);
+    EXPECT_TRUE(std::filesystem::is_symlink(alias));
+    EXPECT_EQ(run("-o " + (dir / "pipe.kvx") + " " + good), 0);
+    EXPECT_EQ(piped, contents(dir / "pipe.kvx"));
+    // What other tools leave out: a symbol without a name.
+    std::string other = dir.write("other.kvx", Records()
+                                                   .module()
+                                                   .text("x")
+                                                   .tags({ZOFFTag::MkSymbol, ZOFFTag::Public, ZOFFTag::Null,
+                                                          ZOFFTag::MkSymbol, ZOFFTag::Drop})
+                                                   .file());
+    EXPECT_EQ(run("--dump " + other), 0);
     size_t files = 0;
     for (const auto& entry : std::filesystem::directory_iterator(dir.path()))
         files += entry.path().string().find("out.kvx.") != std::string::npos;
