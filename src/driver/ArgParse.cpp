@@ -50,7 +50,7 @@ void ArgParse::parse(int count, char** words)
                 }
         }
         if (found != m_options.end())
-            (this->*found->second.handler)(found->first.c_str(), value);
+            found->second.handler(found->first.c_str(), value);
         else if (*word == '@')
             parseArgsFromIndirectFile(word + 1);
         else if (*word == '-')

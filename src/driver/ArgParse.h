@@ -6,6 +6,7 @@
 
 #include "driver/Reporter.h"
 
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -29,13 +30,13 @@ public:
 
 protected:
     // A handler gets the option's text and its value, null for an option without argument.
-    using Handler = void (ArgParse::*)(const char* option, const char* value);
+    using Handler = std::function<void(const char* option, const char* value)>;
     enum class Argument { None, Separate, Attached };
 
     template <class Derived>
     void onOptionCall(const char* option, void (Derived::*handler)(const char*, const char*))
     {
-        m_options[option] = {Argument::None, static_cast<Handler>(handler)};
+        m_options[option] = {Argument::None, bound(handler)};
     }
     // The argument is the rest of the same word (attached) or the next word. Registering an existing
     // text replaces its record.
@@ -43,11 +44,17 @@ protected:
     void onOptionGetArgAndCall(const char* option, bool attached,
                                void (Derived::*handler)(const char*, const char*))
     {
-        m_options[option] = {attached ? Argument::Attached : Argument::Separate,
-                             static_cast<Handler>(handler)};
+        m_options[option] = {attached ? Argument::Attached : Argument::Separate, bound(handler)};
     }
 
 private:
+    template <class Derived> Handler bound(void (Derived::*handler)(const char*, const char*))
+    {
+        return [this, handler](const char* option, const char* value) {
+            (static_cast<Derived*>(this)->*handler)(option, value);
+        };
+    }
+
     struct Option {
         Argument argument;
         Handler handler;
