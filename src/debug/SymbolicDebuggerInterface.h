@@ -42,6 +42,8 @@ public:
     virtual unsigned numcalls() const = 0;
     virtual Frame* getFrame(unsigned number) const = 0;
 
+    // The window of disassembled code, around the address last located. Lines count from 0. -1 and false
+    // stand for what is not in it.
     virtual QStringList getDisassemblyModes() = 0;
     virtual void setDisassemblyMode(const QString& mode) = 0;
     virtual QString getDisassemblyMode() = 0;
@@ -49,7 +51,7 @@ public:
     virtual void getDisassemblyText(QStringList& lines) = 0;
     virtual void moreDisassemblyText(bool up) = 0;
     virtual int getDisassemblyLineNumber(uint32_t address) = 0;
-    virtual uint32_t getDisassemblyLineAddress(int line) = 0;
+    virtual bool getDisassemblyLineAddress(int line, uint32_t& address) = 0;
     virtual bool getSourceLocation(int disassemblyLine, Path& path, int& line) = 0;
     virtual bool getAssemblyLocation(const Path& path, int line, int& disassemblyLine) = 0;
     virtual void locateDisassembly(uint32_t address) = 0;

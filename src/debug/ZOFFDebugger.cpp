@@ -51,6 +51,7 @@ void ZOFFDebugger::setTargetInterface(TargetInterface* target)
     m_context.frame = nullptr;
     m_codeBreakpoints.clear();
     m_dataBreakpoints.clear();
+    m_disassembly.clear();
     m_codeCache.clear();
     m_target = target;
     m_monitor = dynamic_cast<HMonitor*>(target);

@@ -6,10 +6,12 @@
 // is known to the monitor; while m_ioEnabled the addresses of both words are good.
 //
 // The requests of a program are served in ZOFFDebuggerIO.cpp, runs, stops and breakpoints are in
-// ZOFFDebuggerRun.cpp, and what this version cannot do in ZOFFDebuggerLater.cpp.
+// ZOFFDebuggerRun.cpp, disassembled text in ZOFFDebuggerDisassembly.cpp, and what this version cannot do in
+// ZOFFDebuggerLater.cpp.
 #pragma once
 
 #include "debug/CodeCache.h"
+#include "debug/DisassemblyText.h"
 #include "debug/ExpressionContext.h"
 #include "debug/Frame.h"
 #include "debug/HMonitor.h"
@@ -48,7 +50,7 @@ public:
     void getDisassemblyText(QStringList& lines) override;
     void moreDisassemblyText(bool up) override;
     int getDisassemblyLineNumber(uint32_t address) override;
-    uint32_t getDisassemblyLineAddress(int line) override;
+    bool getDisassemblyLineAddress(int line, uint32_t& address) override;
     bool getSourceLocation(int disassemblyLine, Path& path, int& line) override;
     bool getAssemblyLocation(const Path& path, int line, int& disassemblyLine) override;
     void locateDisassembly(uint32_t address) override;
@@ -209,8 +211,11 @@ protected:
     QString formatAddress(uint32_t address) const;
 
 private:
+    class SourceListing;
     using Breakpoints = std::list<std::unique_ptr<ZOFFBreakpoint>>;
 
+    void generateDisassembly(DisassemblyInfo& block);
+    const DisassemblyInfo& shownBlock();
     void controlWordWritten() override;
     int controlWord();
     bool pollRequest(int& operation);
@@ -240,6 +245,7 @@ private:
     uint32_t m_controlWord = 0;
     bool m_serving = false;    // while a request is looked for and carried out
     bool m_linkFailed = false; // at the last poll
+    DisassemblyText m_disassembly;
     CodeCache m_codeCache;
     TargetInterface* m_target = nullptr;
     HMonitor* m_monitor = nullptr;

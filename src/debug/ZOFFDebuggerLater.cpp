@@ -1,75 +1,18 @@
-// What this version of the debugger cannot do: expressions and what is made of them, and the window of
-// disassembled text.
+// What this version of the debugger cannot do: expressions, and what is made of them.
 
 #include "debug/LaterVersion.h"
 #include "debug/ZOFFDebugger.h"
 
 namespace {
 
-constexpr char Disassembly[] = "show disassembly";
 constexpr char Values[] = "show values of a program";
 constexpr char Expressions[] = "evaluate expressions";
 
 } // namespace
 
-QStringList ZOFFDebugger::getDisassemblyModes()
-{
-    notInThisVersion(Disassembly);
-}
-
-void ZOFFDebugger::setDisassemblyMode(const QString&)
-{
-    notInThisVersion(Disassembly);
-}
-
-QString ZOFFDebugger::getDisassemblyMode()
-{
-    notInThisVersion(Disassembly);
-}
-
-void ZOFFDebugger::clearDisassemblyText()
-{
-    notInThisVersion(Disassembly);
-}
-
-void ZOFFDebugger::getDisassemblyText(QStringList&)
-{
-    notInThisVersion(Disassembly);
-}
-
-void ZOFFDebugger::moreDisassemblyText(bool)
-{
-    notInThisVersion(Disassembly);
-}
-
-int ZOFFDebugger::getDisassemblyLineNumber(uint32_t)
-{
-    notInThisVersion(Disassembly);
-}
-
-uint32_t ZOFFDebugger::getDisassemblyLineAddress(int)
-{
-    notInThisVersion(Disassembly);
-}
-
-bool ZOFFDebugger::getSourceLocation(int, Path&, int&)
-{
-    notInThisVersion(Disassembly);
-}
-
-bool ZOFFDebugger::getAssemblyLocation(const Path&, int, int&)
-{
-    notInThisVersion(Disassembly);
-}
-
-void ZOFFDebugger::locateDisassembly(uint32_t)
-{
-    notInThisVersion(Disassembly);
-}
-
 void ZOFFDebugger::setDisassemblyExecution(bool)
 {
-    notInThisVersion(Disassembly);
+    notInThisVersion("show what was executed in disassembly");
 }
 
 void ZOFFDebugger::dumpMemory(const QString&, uint32_t, unsigned, QStringList&)

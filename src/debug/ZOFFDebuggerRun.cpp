@@ -72,6 +72,7 @@ void ZOFFDebugger::clear()
     // The target has forgotten the records; a link that failed meanwhile does not keep ours alive.
     m_codeBreakpoints.clear();
     m_dataBreakpoints.clear();
+    m_disassembly.clear();
     m_codeCache.clear();
 }
 

@@ -12,7 +12,7 @@ namespace {
 
 bool g_pipeClosed = false;
 
-}
+} // namespace
 
 void write(std::string_view text)
 {

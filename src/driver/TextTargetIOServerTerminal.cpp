@@ -60,6 +60,13 @@ QString fromBytes(std::string_view bytes)
     return QString::fromLatin1(bytes.data(), qsizetype(bytes.size()));
 }
 
+// A text of the tool's own, in the locale's encoding.
+QString asBytes(const QString& text)
+{
+    QByteArray bytes = text.toLocal8Bit();
+    return fromBytes({bytes.constData(), size_t(bytes.size())});
+}
+
 } // namespace
 
 // A look at the keyboard costs time that a program on the simulator could have, so the timer is as slow as
@@ -130,7 +137,7 @@ void TextTargetIOServerTerminal::setPromptString(const QString& prompt)
 {
     if (!m_echo)
         return;
-    m_prompt = prompt;
+    m_prompt = asBytes(prompt);
     showPromptString();
 }
 
@@ -146,7 +153,7 @@ void TextTargetIOServerTerminal::showOutputWithPrompt(const QStringList& lines)
         write(repeated("\b \b", columns(m_prompt)));
     for (const QString& line : lines)
         if (!line.isEmpty())
-            write(line + QLatin1Char('\n'));
+            write(asBytes(line) + QLatin1Char('\n'));
     showPromptString();
 }
 
@@ -308,9 +315,7 @@ void TextTargetIOServerTerminal::onKey(KeyDecoder::Key key)
     case KeyDecoder::Key::Backspace: keyPressed(BackspaceKey); break;
     case KeyDecoder::Key::Enter: keyPressed(NewlineKey); break;
     case KeyDecoder::Key::Kill: setInputString(QString()); break;
-    case KeyDecoder::Key::EndOfFile:
-        m_inputEnded = edited().isEmpty();
-        break;
+    case KeyDecoder::Key::EndOfFile: m_inputEnded = edited().isEmpty(); break;
     }
 }
 

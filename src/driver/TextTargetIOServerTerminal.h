@@ -2,7 +2,8 @@
 // input, and edits the line that is being typed.
 //
 // Text is bytes: each QChar of a line holds one byte, as Latin-1, so that UTF-8 and any other encoding
-// reaches the program as it was typed. Cursor and erasing count a UTF-8 character as one.
+// reaches the program as it was typed; only the prompt and showOutputWithPrompt() take ordinary text. Cursor
+// and erasing count a UTF-8 character as one.
 //
 // Input that is no terminal is taken as it comes, in whole lines, without echo, prompt and editing; a
 // carriage return in front of a newline is dropped, and a last line without a newline counts.

@@ -363,6 +363,63 @@ TEST_F(Debugger, LinesNamesAndExecutables)
     EXPECT_THROW(subject.loadSymbols(Path(dir / "missing.kvx"), 0), HException);
 }
 
+TEST_F(Debugger, DisassemblyWithSourceAndLabels)
+{
+    QStringList text;
+    subject.setTargetInterface(nullptr);
+    subject.getDisassemblyText(text);
+    EXPECT_EQ(text.size(), 200);
+    subject.setTargetInterface(&target);
+    program(".PUBLIC main\n.CODE\nORG 0x200\n.FUNC main\nNOP\n\n\n\n\nCALL main\n\nRET\n.ENDFUNC\n", false);
+    subject.locateDisassembly(0x200);
+    subject.getDisassemblyText(text);
+    int at = int(text.indexOf("main:")) - 2;
+    ASSERT_GE(at, 0);
+    std::string shown = text.mid(at, 10).join('\n').toStdString();
+    EXPECT_EQ(shown, "--- program -- 5 -------------------------------------------\n"
+                     "line 5\n"
+                     "main:\n"
+                     "    da3a                NOP\n"
+                     "--- program -- 10 ------------------------------------------\n"
+                     "line 10\n"
+                     "    3dfe                CALL\t0x200 <main>\n"
+                     "line 11\n"
+                     "line 12\n"
+                     "    8c0d                RET");
+    EXPECT_EQ(subject.getDisassemblyLineNumber(0x202), at + 6);
+    uint32_t address = 0;
+    EXPECT_TRUE(subject.getDisassemblyLineAddress(at + 9, address));
+    EXPECT_EQ(address, 0x204u);
+    EXPECT_FALSE(subject.getDisassemblyLineAddress(at + 2, address));
+    Path path;
+    int number = 0;
+    EXPECT_TRUE(subject.getSourceLocation(at + 7, path, number));
+    EXPECT_EQ(number, 11);
+    EXPECT_TRUE(subject.getSourceLocation(at + 9, path, number));
+    EXPECT_EQ(number, 12);
+    EXPECT_TRUE(subject.getAssemblyLocation(Path(source), 10, number));
+    EXPECT_EQ(number, at + 6);
+    EXPECT_FALSE(subject.getAssemblyLocation(Path(source), 6, number));
+
+    qsizetype before = text.size();
+    EXPECT_EQ(subject.getDisassemblyLineNumber(0x100), -1);
+    subject.moreDisassemblyText(true);
+    EXPECT_GE(subject.getDisassemblyLineNumber(0x100), 0);
+    subject.moreDisassemblyText(false);
+    subject.getDisassemblyText(text);
+    EXPECT_EQ(text.size(), before + 256);
+    subject.locateDisassembly(2);
+    EXPECT_EQ(subject.getDisassemblyLineNumber(0), 0) << "cut at the memory's start";
+    target.code.linkLost = true;
+    subject.locateDisassembly(0x8000);
+    subject.getDisassemblyText(text);
+    EXPECT_TRUE(text.isEmpty());
+    EXPECT_EQ(host.errors, QStringList{"link lost"});
+    target.code.linkLost = false;
+    subject.getDisassemblyText(text);
+    EXPECT_FALSE(text.isEmpty());
+}
+
 TEST_F(Debugger, MemoryOnlyWhereItIs)
 {
     unsigned char bytes[4] = {1, 2, 3, 4};

@@ -157,6 +157,11 @@ TEST_F(Console, PromptAndOutputAboveIt)
     subject->showOutputWithPrompt({"one", "", "two"});
     subject->keyPressed(10);
     EXPECT_EQ(made(), "> < << <one\ntwo\n> \n> ");
+    testing::internal::CaptureStdout();
+    subject->showOutputWithPrompt({QStringLiteral("\u00e9 \u20ac")});
+    subject->addOutput(QStringLiteral("\u00c3\u00a9"));
+    EXPECT_EQ(made(), "< << <\xC3\xA9 \xE2\x82\xAC\n> \xC3\xA9")
+        << "text of the tool, and bytes of a program";
     subject.reset();
     open(false);
     testing::internal::CaptureStdout();
