@@ -153,7 +153,7 @@ TEST_F(SerialAdapter, ABabblingAdapterEndsTheSearch)
 TEST_F(SerialAdapter, ScansAreFramesOfTheBinaryMode)
 {
     ASSERT_EQ(open(opening()), "no failure");
-    link()->setTimeout(100);
+    link()->setTimeout(5000);
     unsigned char bytes[3] = {}, status = 0;
     EXPECT_EQ(
         exchange("\3\0\0\0"s, "\1\x11\2\x22\3\x33", [&] { EXPECT_EQ(binaryDataRead(link(), bytes, 3), 3); }),
@@ -201,7 +201,7 @@ TEST_F(SerialAdapter, ScansAreFramesOfTheBinaryMode)
 TEST_F(SerialAdapter, WrongAndMissingAnswersHaveTheirMessages)
 {
     ASSERT_EQ(open(opening()), "no failure");
-    link()->setTimeout(50);
+    link()->setTimeout(1000);
     unsigned char bytes[3] = {};
     EXPECT_EQ(exchange("\0\11"s, "\0"s, [&] { maxqd.setTMS(&maxqd, 1); }), "Cannot set TMS");
     EXPECT_EQ(exchange("\0\14"s, "\13", [&] { maxqd.setTDI(&maxqd, 0); }), "Cannot set TDI");
