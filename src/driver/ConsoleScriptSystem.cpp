@@ -76,10 +76,7 @@ void ConsoleScriptSystem::printWarnings()
     for (const ESWarning& warning : m_context->takeWarnings()) {
         QString line =
             QStringLiteral("warning: %1:%2: %3\n").arg(warning.file).arg(warning.line).arg(warning.text);
-        if (!m_warned.contains(line)) {
-            m_warned.insert(line);
-            fputs(line.toLocal8Bit().constData(), stderr);
-        }
+        fputs(line.toLocal8Bit().constData(), stderr);
     }
 }
 
