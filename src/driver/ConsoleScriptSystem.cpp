@@ -74,12 +74,10 @@ bool ConsoleScriptSystem::execute(const QString& text, bool)
 void ConsoleScriptSystem::printWarnings()
 {
     for (const ESWarning& warning : m_context->takeWarnings()) {
-        QString line =
-            QStringLiteral("warning: %1:%2: %3\n").arg(warning.file, QString::number(warning.line), warning.text);
-        if (!m_warned.contains(line)) {
-            m_warned.insert(line);
-            fputs(line.toLocal8Bit().constData(), stderr);
-        }
+        // All at once: the file's name may hold a percent sign.
+        QString line = QStringLiteral("warning: %1:%2: %3\n")
+                           .arg(warning.file, QString::number(warning.line), warning.text);
+        fputs(line.toLocal8Bit().constData(), stderr);
     }
 }
 

@@ -5,7 +5,6 @@
 #include "script/ESQObject.h"
 #include "script/ScriptSystem.h"
 
-#include <QSet>
 #include <memory>
 
 class ESContext;
@@ -32,7 +31,6 @@ private:
 
     std::unique_ptr<ESContext> m_context;
     QString m_sourceName;
-    QSet<QString> m_warned; // a script file is evaluated before every hook, but warned of once
     int m_depth = 0;
     bool m_stopRequested = false;
 };

@@ -78,11 +78,13 @@ int PeripheralSimulator::executeJavaScript(const QString& text)
     try {
         completion = m_context->eval(text, m_fileName);
     } catch (const ESFatalError& failure) {
+        printWarnings();
         throw HException(failure.text());
+    } catch (const HException&) {
+        printWarnings();
+        throw;
     }
-    for (const ESWarning& warning : m_context->takeWarnings())
-        fprintf(stderr, "warning: %s:%d: %s\n", warning.file.toLocal8Bit().constData(), warning.line,
-                warning.text.toLocal8Bit().constData());
+    printWarnings();
     if (completion.type == ESCompletion::Thrown) {
         if (m_context->iserrorobj(completion.value))
             throw HException(completion.text);
@@ -91,4 +93,11 @@ int PeripheralSimulator::executeJavaScript(const QString& text)
     double number = completion.value.isNumber() ? completion.value.number() : 0;
     // A register is 32 bits wide, signed or not.
     return std::fabs(number) < 9e15 ? int(uint32_t(int64_t(number))) : 0;
+}
+
+void PeripheralSimulator::printWarnings()
+{
+    for (const ESWarning& warning : m_context->takeWarnings())
+        fprintf(stderr, "warning: %s:%d: %s\n", warning.file.toLocal8Bit().constData(), warning.line,
+                warning.text.toLocal8Bit().constData());
 }

@@ -30,6 +30,7 @@ public:
 
 private:
     int executeJavaScript(const QString& text);
+    void printWarnings();
 
     std::unique_ptr<ESContext> m_context;
     QString m_fileName;

@@ -1,8 +1,12 @@
 #include "script/BuiltinScript.h"
 
 #include "script/Builtin.h"
+#include "support/HException.h"
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -32,7 +36,10 @@ void BuiltinScript::call(ESContext* context, ESObject* function, ESObject*, int,
     if (function->builtinId != Echo)
         context->throwError(QStringLiteral("bad signature in BuiltinScript::call"));
     QByteArray text = context->toString(argv[0], 10).toUtf8();
-    std::fwrite(text.constData(), 1, size_t(text.size()), stdout);
-    std::fflush(stdout);
     argv[0] = g_undefined;
+    // A script that writes for ever would not notice a closed pipe or a full disk; told once, it ends.
+    size_t size = size_t(text.size());
+    bool written = std::fwrite(text.constData(), 1, size, stdout) == size && std::fflush(stdout) == 0;
+    if (!written && !std::exchange(m_failed, true))
+        throw HException(std::string("cannot write to standard output: ") + std::strerror(errno));
 }

@@ -1,5 +1,6 @@
 // The objects of a context that stands by itself: `Script`, also named `WScript`, with Echo(text), which
 // writes the text to standard output without a newline, and Arguments, the array of the host's arguments.
+// The first Echo that cannot be written throws HException "cannot write to standard output: REASON".
 #pragma once
 
 #include "script/ESClass.h"
@@ -16,4 +17,5 @@ public:
 
 private:
     ESObject* m_arguments = nullptr;
+    bool m_failed = false;
 };

@@ -237,15 +237,12 @@ void markFrames(ESNode* function)
 ESCompiler::ESLocation ESCompiler::resolve(ESNode* function, ESCode* code, ESString* name, int withDepth,
                                            int pass, bool make)
 {
-    if (pass == 1 && function) {
-        if (name == g_argumentsString) {
-            ESProperty* variable = findVariable(code, name);
-            if (!variable || !(variable->attributes & ESProperty::Parameter)) {
+    if (pass == 1 && function && (name == g_argumentsString || name == g_evalString)) {
+        // A parameter of that name hides the object.
+        ESProperty* variable = findVariable(code, g_argumentsString);
+        if (!variable || !(variable->attributes & ESProperty::Parameter)) {
+            if (name == g_argumentsString)
                 markFrames(function);
-                code->needsArguments = true;
-                codevar(function, code, name, 0, false);
-            }
-        } else if (name == g_evalString) {
             code->needsArguments = true;
             codevar(function, code, g_argumentsString, 0, false);
         }

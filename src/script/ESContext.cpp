@@ -17,8 +17,6 @@
 #include "script/ESNativeString.h"
 #include "script/ESThread.h"
 
-#include <algorithm>
-
 namespace {
 
 // Variables of a function that are reached by name live in an object of this class.
@@ -227,7 +225,7 @@ std::vector<ESWarning> ESContext::takeWarnings()
 void ESContext::addWarning(int line, const QString& text)
 {
     ESWarning warning{m_sourceFile, line, text};
-    if (std::find(m_warnings.begin(), m_warnings.end(), warning) == m_warnings.end())
+    if (m_warned.insert(warning).second)
         m_warnings.push_back(warning);
 }
 

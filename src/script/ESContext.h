@@ -17,6 +17,8 @@
 
 #include <QString>
 #include <memory>
+#include <set>
+#include <tuple>
 #include <vector>
 
 class ESCode;
@@ -38,6 +40,10 @@ struct ESWarning {
     int line;
     QString text;
     bool operator==(const ESWarning&) const = default;
+    bool operator<(const ESWarning& other) const
+    {
+        return std::tie(line, file, text) < std::tie(other.line, other.file, other.text);
+    }
 };
 
 class ESContext {
@@ -67,7 +73,7 @@ public:
     ESCompletion eval(const QString& source, const QString& file = QString());
     // Runs code at top level and returns its value.
     ESValue exec(ESCode* code);
-    // The warnings of all compilations since the last call, each once.
+    // The warnings of all compilations since the last call, but for those that were answered before.
     std::vector<ESWarning> takeWarnings();
     void addWarning(int line, const QString& text);
 
@@ -306,5 +312,6 @@ private:
     int m_closuresLeft = 0;
 
     QString m_sourceFile;
-    std::vector<ESWarning> m_warnings;
+    std::vector<ESWarning> m_warnings; // not taken yet
+    std::set<ESWarning> m_warned;
 };

@@ -220,7 +220,7 @@ uint32_t ESContext::hugeToUint32(double number)
 double ESContext::toInteger(const ESValue& value)
 {
     double number = ToNumber(value);
-    return std::isnan(number) ? NaN : std::trunc(number);
+    return std::isnan(number) ? 0 : std::trunc(number);
 }
 
 ESObject* ESContext::convertToObject(const ESValue& value)

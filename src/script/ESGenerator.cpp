@@ -182,6 +182,14 @@ void ESGenerator::statement(ESNode* node, bool want)
     case ESToken::Label: {
         Inside inside(this, node);
         statement(node->kids[0], want);
+        if (want && node->breakChain != ESNode::EmptyChain) {
+            // A statement that was left has no value.
+            int end = plant(VM_J, ESNode::EmptyChain);
+            patchHere(node->breakChain);
+            gen0(VM_UNDEFINED);
+            patchHere(end);
+            return;
+        }
         patchHere(node->breakChain);
         return;
     }

@@ -56,12 +56,12 @@ inline ESProperty* elementSlot(ESObject* object, ESString* name, int index)
 
 inline double modulo(double left, double right)
 {
-    // Whole numbers of 32 bits divide much faster than fmod does; the sign of -0 is fmod's business.
+    // Whole numbers of 32 bits divide much faster than fmod does; the sign of a -0 stays.
     if (left >= 0 && left <= 4294967295.0 && right >= 1 && right <= 4294967295.0) {
         uint32_t l = uint32_t(left);
         uint32_t r = uint32_t(right);
         if (l == left && r == right)
-            return l % r;
+            return std::copysign(double(l % r), left);
     }
     return std::fmod(left, right);
 }

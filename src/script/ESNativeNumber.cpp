@@ -42,8 +42,6 @@ void ESNativeNumber::install(ESContext* context)
 QString ESNativeNumber::toFixed(ESContext* context, const ESValue& number, const ESValue& digits)
 {
     double precision = digits.isUndefined() ? 0 : context->toInteger(digits);
-    if (std::isnan(precision))
-        precision = 0;
     if (precision < 0 || precision > 20)
         context->throwRangeError(QStringLiteral("fraction digits should 0 through 20"));
     // As printf's %f, but with a point in every locale.

@@ -1,7 +1,6 @@
 #include "script/ESNativeString.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace {
 
@@ -51,13 +50,12 @@ constexpr Builtin members[] = {
     {"toLocaleUpperCase", "String.prototype.toLocaleUpperCase", 0, false, ToLocaleUpperCase},
 };
 
-// A position as an int: NaN is 0, and infinities are the ends of the integer range.
+// A position as an int: infinities are the ends of the integer range.
 int position(ESContext* context, const ESValue& value, int missing)
 {
     if (value.isUndefined())
         return missing;
-    double number = context->toInteger(value);
-    return std::isnan(number) ? 0 : int(std::clamp(number, -2147483648.0, 2147483647.0));
+    return int(std::clamp(context->toInteger(value), -2147483648.0, 2147483647.0));
 }
 
 } // namespace
@@ -192,7 +190,6 @@ void ESNativeString::call(ESContext* context, ESObject* function, ESObject* self
     const int length = subject->length();
     if (id == CharAt || id == CharCodeAt) {
         double at = context->toInteger(first);
-        at = std::isnan(at) ? 0 : at;
         bool inside = at >= 0 && at < length;
         if (id == CharAt)
             argv[0] = ESValue(inside ? ESStringPool::character(subject->unit(int(at))) : g_emptyString);

@@ -73,7 +73,7 @@ void ESQObject::setProperty(QObject* object, ESContext* context, ESValue* argv)
         QString text = context->toString(given, 10);
         int number = property.enumerator().keyToValue(text.toUtf8().constData());
         const char* key = property.enumerator().valueToKey(number);
-        if (QString::fromUtf8(key) != text)
+        if (!key || QString::fromUtf8(key) != text)
             throw HException(QStringLiteral("invalid enum value: ") + text);
         value = number;
     } else {

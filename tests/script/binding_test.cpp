@@ -88,6 +88,7 @@ TEST(HostBinding, HostExceptionsPassThroughAndPutTheStateBack)
         {"Lamp.GetProperty('absent')", "unknown property: absent"},
         {"Lamp.SetProperty('absent', 1)", "unknown property: absent"},
         {"Lamp.SetProperty('color', 'Blue')", "invalid enum value: Blue"},
+        {"Lamp.SetProperty('color', '')", "invalid enum value: "},
         {"with ({}) [1, 2].sort(function() { return Lamp.fail() })", "lamp broken"},
         {"function F() { eval('Lamp.fail()') } new F", "lamp broken"},
     };

@@ -66,6 +66,12 @@ TEST(Compiler, CompletionValueIsThatOfTheLastStatement)
     EXPECT_EQ(world.value("/* never closed"), "undefined");
     EXPECT_EQ(world.value("{ 1; { 2 } }"), "2");
     EXPECT_EQ(world.value("a\n++x"), "2");
+    // Where a label can be left, all ways give one value.
+    EXPECT_EQ(world.value("a: { 5 }"), "5");
+    EXPECT_EQ(world.value("a: { if (x) break a; 5 }"), "undefined");
+    EXPECT_EQ(world.value("a: { if (!x) break a; 5 }"), "5");
+    EXPECT_EQ(world.value("7; a: for (;;) break a"), "undefined");
+    EXPECT_EQ(world.value("a: b: if (x) break a; else break b"), "undefined");
 }
 
 QString dump(const char* source)

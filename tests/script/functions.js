@@ -54,6 +54,8 @@ function mixed(a) { var x = a; switch (x) { default: x = 9; break; case 1: x = 2
 print(mixed(1), mixed(5));
 function assignOuter() { var v = 1; (function() { v = 2; w = 3; })(); return v; }
 print(assignOuter(), w);
+function hides(arguments) { return eval("1") + arguments; }
+print(hides(7));
 /* expect
 1:undefined:2 1:2:2 1:2:3
 10 1
@@ -81,4 +83,5 @@ function undefined true
 5
 3 14
 2 3
+8
 */

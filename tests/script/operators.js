@@ -21,7 +21,7 @@ var m = { a: 1, b: "5", i: 0 }, k = "a";
 m.a += 2; m[k] <<= 3; m.b++; --m["b"]; m.a >>= 1; m[k] >>>= 1; m[k] |= 1;
 print(m.a, m.b, typeof m.b, m.i++, m.i, ++m.i, m[k]--, m[k]);
 print(delete m.a, m.a, delete m.none, delete zzz, delete 5);
-print(1 / (0 * -1), -0 == 0, 1 / -0);
+print(1 / (0 * -1), -0 == 0, 1 / -0, 1 / (-0 % 5));
 var s = "5"; s++; print(s, typeof s);
 /* expect
 3 12 anull aundefined 2 1 NaN
@@ -40,6 +40,6 @@ b a 0 b 3 undefined
 13
 7 5 number 0 1 2 7 6
 true undefined true false true
--Infinity true -Infinity
+-Infinity true -Infinity -Infinity
 6 number
 */

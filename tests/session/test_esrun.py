@@ -59,9 +59,10 @@ class Esrun(SessionTest):
         return subprocess.Popen(command, cwd=self.folder, env=self.environment, stderr=subprocess.PIPE, **options)
 
     def test_ctrl_c_ends_a_runaway_script(self):
-        for text in ("while (true);", "function f() { f.apply; } for (;;) f()", "var a = [1, 2, 3]; for (;;) a.sort()"):
+        for text in ("while (true);", "function f() { f.apply; } for (;;) f()", "var a = [1, 2, 3]; for (;;) a.sort()",
+                     "x = {toString: function() { for (;;); }}"):
             with self.subTest(text):
-                child = self.start("-e", f"WScript.Echo('on'); {text}", stdout=subprocess.PIPE)
+                child = self.start("-p", "-e", f"WScript.Echo('on'); {text}", stdout=subprocess.PIPE)
                 self.assertEqual(os.read(child.stdout.fileno(), 2), b"on")
                 child.send_signal(signal.SIGINT)
                 out, err = child.communicate(timeout=60)
@@ -79,6 +80,8 @@ class Esrun(SessionTest):
     def test_full_disk_is_told(self):
         with open("/dev/full", "wb") as full:
             self.expect(self.esrun("-p", "-e", "1", stdout=full), 1, err="error: cannot write to standard output\n")
+            self.expect(self.esrun("-e", "for (;;) WScript.Echo('a')", stdout=full), 1,
+                        err=["error: cannot write to standard output: "])
 
 
 if __name__ == "__main__":

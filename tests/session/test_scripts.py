@@ -69,6 +69,14 @@ class Scripts(SessionTest):
                              EXAMPLES / "peripherals" / "ticks.hex")
         self.assertTrue(out.startswith(b"go\nttt"))
 
+    def test_uart_on_a_full_disk_ends_the_run(self):
+        with open("/dev/full", "wb") as full:
+            result = self.qburn("-target", "sim", "-solution", EXAMPLES / "first" / "first.kvp", "-project", "first",
+                                "-config", "Debug", "-quiet", "-setprop", "Enable Peripheral File=Yes", "-setprop",
+                                f"Peripheral File={EXAMPLES / 'peripherals' / 'board.js'}",
+                                EXAMPLES / "peripherals" / "ticks.hex", stdout=full)
+        self.expect(result, 1, err=["error: cannot write to standard output: "])
+
     def test_runaway_script_ends_with_ctrl_c(self):
         self.write("t.js", "")
         self.session("undefinedFunction()")  # writes the solution
@@ -77,11 +85,12 @@ class Scripts(SessionTest):
         self.run_until(b"on\n", "-target", "sim", "-solution", "s.kvp", "-project", "p", "-config", "Debug", "a.hex")
 
     def test_peripheral_script_that_fails(self):
-        self.write("p.js", "function reset() { return bad.x; }")
+        self.write("p.js", "try { } finally { }\nfunction reset() { eval('try { } finally { }'); return bad.x; }")
         self.write("s.kvp", solution())
         result = self.qburn("-target", "sim", "-solution", "s.kvp", "-project", "p", "-config", "Debug", "-setprop",
                             "Enable Peripheral File=1", "-setprop", "Peripheral File=p.js", "a.hex")
-        self.expect(result, 1, out="", err=["error: "])
+        self.expect(result, 1, out="", err=["warning: p.js:1: 'try' blocks do not run\n", "error: "])
+        self.assertEqual(result.err.count("warning:"), 1)
 
 
 if __name__ == "__main__":

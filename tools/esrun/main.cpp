@@ -106,6 +106,10 @@ int run(const Arguments& arguments)
     try {
         ESCompletion completion = context.eval(source, name);
         printWarnings(context);
+        QByteArray result;
+        if (completion.type == ESCompletion::Normal && arguments.print && !context.stopped())
+            result = context.toString(completion.value, 10).toUtf8() + '\n';
+        // The conversion runs script code, too.
         if (context.stopped()) {
             std::fflush(stdout);
             std::fputs("interrupted\n", stderr);
@@ -113,10 +117,7 @@ int run(const Arguments& arguments)
         }
         if (completion.type != ESCompletion::Normal)
             return fail(completion.text);
-        if (arguments.print) {
-            QByteArray text = context.toString(completion.value, 10).toUtf8() + '\n';
-            std::fwrite(text.constData(), 1, size_t(text.size()), stdout);
-        }
+        std::fwrite(result.constData(), 1, size_t(result.size()), stdout);
     } catch (const ESException& exception) {
         // Of the conversion for -p.
         ESValue value = exception.value();
