@@ -20,8 +20,9 @@ namespace {
 
 constexpr int PassMilliseconds = 1;
 // A program that has asked for nothing lately is polled less often: each poll of a board stops it for a
-// moment, and costs both sides.
-constexpr int IdlePollMilliseconds = 5;
+// moment, and costs both sides. It still has its answer within five milliseconds on average.
+constexpr int IdlePassMilliseconds = 5;
+constexpr int IdlePollMilliseconds = 10;
 constexpr int IdleAfterPolls = 100;
 constexpr int ClosedPipeStatus = 141; // as a shell tells of a program that SIGPIPE ended
 
@@ -50,14 +51,16 @@ public:
     RunScope(const RunScope&) = delete;
     RunScope& operator=(const RunScope&) = delete;
 
+    bool idle() const { return m_idlePolls == IdleAfterPolls; }
+
 private:
     void poll()
     {
         uint64_t before = m_system->m_terminal->server()->requests();
         m_system->poll();
-        bool idle = m_system->m_terminal->server()->requests() == before;
-        m_idlePolls = idle ? std::min(m_idlePolls + 1, IdleAfterPolls) : 0;
-        int interval = m_idlePolls < IdleAfterPolls ? PassMilliseconds : IdlePollMilliseconds;
+        bool asked = m_system->m_terminal->server()->requests() != before;
+        m_idlePolls = asked ? 0 : std::min(m_idlePolls + 1, IdleAfterPolls);
+        int interval = idle() ? IdlePollMilliseconds : PassMilliseconds;
         if (interval != m_timer.interval())
             m_timer.setInterval(interval);
     }
@@ -95,7 +98,7 @@ void System::run(const QString& entry)
             QCoreApplication::processEvents();
             Interrupt::check();
             if (!terminal.exited())
-                QTx::sleep(PassMilliseconds);
+                QTx::sleep(scope.idle() ? IdlePassMilliseconds : PassMilliseconds);
         }
         Interrupt::check();
     } catch (const Interrupted&) {
