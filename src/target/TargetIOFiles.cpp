@@ -20,6 +20,17 @@ bool isOutputHandle(int64_t handle)
     return handle == 1 || handle == 2;
 }
 
+// The modes of C alone. The host's library has more, among them files that are mapped into memory, where
+// a read of what another handle cut off would be the end of this process.
+std::string fileMode(const std::string& asked)
+{
+    std::string mode;
+    for (char c : asked.substr(0, asked.find(',')))
+        if (strchr("rwa+bx", c))
+            mode += c;
+    return mode;
+}
+
 } // namespace
 
 FILE* TargetIOServer::file(int64_t handle)
@@ -33,42 +44,54 @@ FILE* TargetIOServer::file(int64_t handle)
     return nullptr;
 }
 
-// The handle of a newly opened file; -1 when it is null or no entry is free.
-int TargetIOServer::enterFile(FILE* opened)
+// The first free handle, or -1. It is looked for before a file is opened, since opening may empty the file.
+int TargetIOServer::freeHandle()
 {
-    lastErrno = errno;
-    if (!opened)
-        return -1;
     for (int handle = FirstHandle; handle < MaxFiles; ++handle)
-        if (!openFiles[size_t(handle)]) {
-            openFiles[size_t(handle)] = opened;
+        if (!openFiles[size_t(handle)])
             return handle;
-        }
-    fclose(opened);
     lastErrno = EMFILE;
     return -1;
+}
+
+// Answers the handle of a newly opened file; -1 when it is null.
+void TargetIOServer::enterFile(int handle, FILE* opened)
+{
+    lastErrno = errno;
+    openFiles[size_t(handle)] = opened;
+    result(opened ? handle : -1);
 }
 
 void TargetIOServer::fileOpen()
 {
     beginBlock();
     std::string name = nextString();
-    std::string mode = nextString();
+    std::string mode = fileMode(nextString());
+    int handle = freeHandle();
+    if (handle < 0) {
+        result(-1);
+        return;
+    }
     errno = 0;
-    result(enterFile(fopen(name.c_str(), mode.c_str())));
+    enterFile(handle, fopen(name.c_str(), mode.c_str()));
 }
 
 void TargetIOServer::temporaryFile()
 {
+    int handle = freeHandle();
+    if (handle < 0) {
+        result(-1);
+        return;
+    }
     errno = 0;
-    result(enterFile(tmpfile()));
+    enterFile(handle, tmpfile());
 }
 
 void TargetIOServer::fileReopen()
 {
     beginBlock();
     std::string name = nextString();
-    std::string mode = nextString();
+    std::string mode = fileMode(nextString());
     int64_t handle = nextWord();
     if (FILE* open = file(handle)) {
         FILE*& entry = openFiles[size_t(handle)];
@@ -222,7 +245,8 @@ void TargetIOServer::fileWrite()
     FILE* open = nullptr;
     if (!console && !(open = file(handle)))
         return;
-    if (!transferable(buffer, size * count)) {
+    // Constants lie where no data range does, so only the memory knows what it can read.
+    if (!addressable(buffer, size * count)) {
         result(-1);
         return;
     }
@@ -234,6 +258,7 @@ void TargetIOServer::fileWrite()
         result(int64_t(count));
         return;
     }
+    errno = 0;
     size_t items = fwrite(bytes.data(), size, count, open);
     lastErrno = errno;
     result(int64_t(items));
@@ -259,6 +284,7 @@ void TargetIOServer::fileSetPosition()
     uint32_t address = uint32_t(nextWord());
     if (FILE* open = file(handle)) {
         uint32_t position = uint32_t(m_data->peekNumber(address, 4));
+        errno = 0;
         int status = fseek(open, long(position), SEEK_SET);
         lastErrno = errno;
         result(status);
@@ -320,8 +346,9 @@ void TargetIOServer::fileError()
 void TargetIOServer::removeFile()
 {
     beginBlock();
+    std::string name = nextString();
     errno = 0;
-    int status = remove(nextString().c_str());
+    int status = remove(name.c_str());
     lastErrno = errno;
     result(status);
 }
@@ -364,9 +391,15 @@ void TargetIOServer::handleFilePrintf(FILE* open, const std::string& format)
     __printf_tag filePrintf;
     filePrintf.limit = INT_MAX;
     filePrintf.file = open;
-    filePrintf.output = [](int character, __printf_tag* tag) { fputc(character, tag->file); };
+    // A file that takes no more is not asked for each of a billion blanks.
+    filePrintf.output = [](int character, __printf_tag* tag) {
+        if (fputc(character, tag->file) == EOF) {
+            tag->error = errno;
+            tag->output = nullptr;
+        }
+    };
     __vfprintf(&filePrintf, format.c_str(), m_listFunctions, this);
-    lastErrno = errno;
+    lastErrno = filePrintf.error;
     result(filePrintf.count);
 }
 
@@ -375,9 +408,14 @@ void TargetIOServer::handleFileScanf(FILE* open, const std::string& format)
     __scanf_source fileScanf;
     fileScanf.isString = false;
     fileScanf.file = open;
-    fileScanf.getc = [](__scanf_source* source) { return fgetc(source->file); };
+    fileScanf.getc = [](__scanf_source* source) {
+        int character = fgetc(source->file);
+        if (character == EOF && ferror(source->file))
+            source->error = errno;
+        return character;
+    };
     fileScanf.ungetc = [](int character, __scanf_source* source) { ungetc(character, source->file); };
     int items = __vfscanf(&fileScanf, format.c_str(), m_listFunctions, this);
-    lastErrno = errno;
+    lastErrno = fileScanf.error;
     result(items);
 }

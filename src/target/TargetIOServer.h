@@ -87,9 +87,11 @@ private:
     void result(int64_t value);
     std::string dumpString(uint32_t address, bool fromCode);
     std::string nextString();
+    bool addressable(uint32_t address, uint64_t size);
     bool transferable(uint32_t address, uint64_t size);
     FILE* file(int64_t handle); // null and EBADF when the handle is bad
-    int enterFile(FILE* opened);
+    int freeHandle();
+    void enterFile(int handle, FILE* opened);
     void toConsole(const std::string& text);
     bool readLine(std::string& line); // false, with the told result, when there is none
     void handleFormat(const Family& family, bool floats, bool formatInCode);
