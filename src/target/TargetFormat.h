@@ -61,7 +61,8 @@ struct __scanf_source {
     int (*getc)(__scanf_source* source) = nullptr; // -1 at the end
     void (*ungetc)(int character, __scanf_source* source) = nullptr;
     FILE* file = nullptr;
-    int error = 0; // what getc met, as errno
+    int error = 0;     // what getc met, as errno
+    int64_t taken = 0; // characters read and not pushed back
 };
 
 // The number of items stored, or -1 when the input ends before the first conversion.

@@ -59,7 +59,15 @@ void TargetIOServer::enterFile(int handle, FILE* opened)
 {
     lastErrno = errno;
     openFiles[size_t(handle)] = opened;
+    m_pushedBack[size_t(handle)] = 0;
     result(opened ? handle : -1);
+}
+
+// A read that succeeds takes at least one of the characters that were pushed back.
+void TargetIOServer::noteRead(int64_t handle)
+{
+    unsigned& count = m_pushedBack[size_t(handle)];
+    count -= count > 0;
 }
 
 void TargetIOServer::fileOpen()
@@ -129,6 +137,8 @@ void TargetIOServer::fileGetc()
     } else if (FILE* open = file(handle)) {
         int character = fgetc(open);
         lastErrno = errno;
+        if (character != EOF)
+            noteRead(handle);
         result(character);
     }
 }
@@ -137,9 +147,12 @@ void TargetIOServer::fileUngetc()
 {
     beginBlock();
     int64_t character = nextWord();
-    if (FILE* open = file(nextWord())) {
-        int status = ungetc(int(character), open);
-        lastErrno = errno;
+    int64_t handle = nextWord();
+    if (FILE* open = file(handle)) {
+        unsigned& count = m_pushedBack[size_t(handle)];
+        int status = count < MaxPushedBack ? ungetc(int(character), open) : EOF;
+        lastErrno = count < MaxPushedBack ? errno : ENOBUFS;
+        count += status != EOF;
         result(status);
     }
 }
@@ -164,8 +177,10 @@ void TargetIOServer::fileGets()
     std::vector<char> line(size);
     bool read = fgets(line.data(), int(size), open) != nullptr;
     lastErrno = errno;
-    if (read)
+    if (read) {
+        noteRead(handle);
         m_data->pokeBytes(buffer, size, reinterpret_cast<const unsigned char*>(line.data()));
+    }
     result(read ? 0 : -1);
 }
 
@@ -230,6 +245,8 @@ void TargetIOServer::fileRead()
     std::vector<unsigned char> bytes(size * count);
     size_t items = fread(bytes.data(), size, count, open);
     lastErrno = errno;
+    if (items > 0)
+        noteRead(handle);
     m_data->pokeBytes(buffer, unsigned(size * items), bytes.data());
     result(int64_t(items));
 }
@@ -403,7 +420,7 @@ void TargetIOServer::handleFilePrintf(FILE* open, const std::string& format)
     result(filePrintf.count);
 }
 
-void TargetIOServer::handleFileScanf(FILE* open, const std::string& format)
+void TargetIOServer::handleFileScanf(int64_t handle, FILE* open, const std::string& format)
 {
     __scanf_source fileScanf;
     fileScanf.isString = false;
@@ -412,10 +429,16 @@ void TargetIOServer::handleFileScanf(FILE* open, const std::string& format)
         int character = fgetc(source->file);
         if (character == EOF && ferror(source->file))
             source->error = errno;
+        source->taken += character != EOF;
         return character;
     };
-    fileScanf.ungetc = [](int character, __scanf_source* source) { ungetc(character, source->file); };
+    fileScanf.ungetc = [](int character, __scanf_source* source) {
+        ungetc(character, source->file);
+        --source->taken;
+    };
     int items = __vfscanf(&fileScanf, format.c_str(), m_listFunctions, this);
     lastErrno = fileScanf.error;
+    if (fileScanf.taken > 0)
+        noteRead(handle);
     result(items);
 }

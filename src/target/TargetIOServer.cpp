@@ -321,7 +321,7 @@ void TargetIOServer::handleFormat(const Family& family, bool floats, bool format
     if (!open)
         return;
     if (family.scans)
-        handleFileScanf(open, format);
+        handleFileScanf(handle, open, format);
     else
         handleFilePrintf(open, format);
 }

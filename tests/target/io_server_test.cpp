@@ -377,6 +377,19 @@ TEST_F(IOServer, FilesThatFailShrinkOrNeverEnd)
     int zero = block(6, {text("/dev/zero"), text("r")});
     EXPECT_EQ(block(13, {uint32_t(zero), text("%*s%n%*s"), 0x400}), 0);
     EXPECT_LT(uint32_t(word(0x400)), 1u << 28);
+
+    // What is pushed back takes memory, so there is an end to it, but not to pushing back what was read.
+    for (int i = 0; i < 10000; ++i) {
+        EXPECT_EQ(direct(17, uint32_t(zero)), 0);
+        ASSERT_EQ(block(73, {0, uint32_t(zero)}), 0);
+    }
+    int pushed = 0;
+    while (pushed < 10000 && block(73, {'y', uint32_t(zero)}) == 'y')
+        ++pushed;
+    EXPECT_LT(pushed, 10000);
+    EXPECT_EQ(block(13, {uint32_t(zero), text("%2c"), 0x400}), 1);
+    EXPECT_EQ(at(0x400).substr(0, 2), "yy");
+    EXPECT_EQ(block(73, {'z', uint32_t(zero)}), 'z');
 }
 
 TEST_F(IOServer, CommandsAndSignals)
