@@ -163,7 +163,7 @@ private:
     unsigned m_operation = 0;
     uint64_t m_requests = 0;
     uint32_t m_comm = 0;
-    std::array<FILE*, MaxFiles> openFiles{}; // by handle; 0 to 2 stay empty
+    std::array<FILE*, MaxFiles> openFiles{};       // by handle; 0 to 2 stay empty
     std::array<unsigned, MaxFiles> m_pushedBack{}; // by handle; at least as many as wait in the file
     int lastErrno = 0;
     uint32_t argAddress = 0; // read cursor in the argument block
