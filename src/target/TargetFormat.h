@@ -48,6 +48,7 @@ struct __printf_tag {
     char* buffer = nullptr; // may be null; the last position below the limit becomes a zero
     void (*output)(int character, __printf_tag* tag) = nullptr; // may be null
     FILE* file = nullptr;                                       // for the output function
+    int error = 0;                                              // what it met, as errno
 };
 
 void __putc(__printf_tag* tag, int character);
@@ -60,6 +61,8 @@ struct __scanf_source {
     int (*getc)(__scanf_source* source) = nullptr; // -1 at the end
     void (*ungetc)(int character, __scanf_source* source) = nullptr;
     FILE* file = nullptr;
+    int error = 0;     // what getc met, as errno
+    int64_t taken = 0; // characters read and not pushed back
 };
 
 // The number of items stored, or -1 when the input ends before the first conversion.

@@ -20,6 +20,17 @@ bool isOutputHandle(int64_t handle)
     return handle == 1 || handle == 2;
 }
 
+// The modes of C alone. The host's library has more, among them files that are mapped into memory, where
+// a read of what another handle cut off would be the end of this process.
+std::string fileMode(const std::string& asked)
+{
+    std::string mode;
+    for (char c : asked.substr(0, asked.find(',')))
+        if (strchr("rwa+bx", c))
+            mode += c;
+    return mode;
+}
+
 } // namespace
 
 FILE* TargetIOServer::file(int64_t handle)
@@ -33,42 +44,62 @@ FILE* TargetIOServer::file(int64_t handle)
     return nullptr;
 }
 
-// The handle of a newly opened file; -1 when it is null or no entry is free.
-int TargetIOServer::enterFile(FILE* opened)
+// The first free handle, or -1. It is looked for before a file is opened, since opening may empty the file.
+int TargetIOServer::freeHandle()
 {
-    lastErrno = errno;
-    if (!opened)
-        return -1;
     for (int handle = FirstHandle; handle < MaxFiles; ++handle)
-        if (!openFiles[size_t(handle)]) {
-            openFiles[size_t(handle)] = opened;
+        if (!openFiles[size_t(handle)])
             return handle;
-        }
-    fclose(opened);
     lastErrno = EMFILE;
     return -1;
+}
+
+// Answers the handle of a newly opened file; -1 when it is null.
+void TargetIOServer::enterFile(int handle, FILE* opened)
+{
+    lastErrno = errno;
+    openFiles[size_t(handle)] = opened;
+    m_pushedBack[size_t(handle)] = 0;
+    result(opened ? handle : -1);
+}
+
+// A read that succeeds takes at least one of the characters that were pushed back.
+void TargetIOServer::noteRead(int64_t handle)
+{
+    unsigned& count = m_pushedBack[size_t(handle)];
+    count -= count > 0;
 }
 
 void TargetIOServer::fileOpen()
 {
     beginBlock();
     std::string name = nextString();
-    std::string mode = nextString();
+    std::string mode = fileMode(nextString());
+    int handle = freeHandle();
+    if (handle < 0) {
+        result(-1);
+        return;
+    }
     errno = 0;
-    result(enterFile(fopen(name.c_str(), mode.c_str())));
+    enterFile(handle, fopen(name.c_str(), mode.c_str()));
 }
 
 void TargetIOServer::temporaryFile()
 {
+    int handle = freeHandle();
+    if (handle < 0) {
+        result(-1);
+        return;
+    }
     errno = 0;
-    result(enterFile(tmpfile()));
+    enterFile(handle, tmpfile());
 }
 
 void TargetIOServer::fileReopen()
 {
     beginBlock();
     std::string name = nextString();
-    std::string mode = nextString();
+    std::string mode = fileMode(nextString());
     int64_t handle = nextWord();
     if (FILE* open = file(handle)) {
         FILE*& entry = openFiles[size_t(handle)];
@@ -106,6 +137,8 @@ void TargetIOServer::fileGetc()
     } else if (FILE* open = file(handle)) {
         int character = fgetc(open);
         lastErrno = errno;
+        if (character != EOF)
+            noteRead(handle);
         result(character);
     }
 }
@@ -114,9 +147,12 @@ void TargetIOServer::fileUngetc()
 {
     beginBlock();
     int64_t character = nextWord();
-    if (FILE* open = file(nextWord())) {
-        int status = ungetc(int(character), open);
-        lastErrno = errno;
+    int64_t handle = nextWord();
+    if (FILE* open = file(handle)) {
+        unsigned& count = m_pushedBack[size_t(handle)];
+        int status = count < MaxPushedBack ? ungetc(int(character), open) : EOF;
+        lastErrno = count < MaxPushedBack ? errno : ENOBUFS;
+        count += status != EOF;
         result(status);
     }
 }
@@ -141,8 +177,10 @@ void TargetIOServer::fileGets()
     std::vector<char> line(size);
     bool read = fgets(line.data(), int(size), open) != nullptr;
     lastErrno = errno;
-    if (read)
+    if (read) {
+        noteRead(handle);
         m_data->pokeBytes(buffer, size, reinterpret_cast<const unsigned char*>(line.data()));
+    }
     result(read ? 0 : -1);
 }
 
@@ -207,6 +245,8 @@ void TargetIOServer::fileRead()
     std::vector<unsigned char> bytes(size * count);
     size_t items = fread(bytes.data(), size, count, open);
     lastErrno = errno;
+    if (items > 0)
+        noteRead(handle);
     m_data->pokeBytes(buffer, unsigned(size * items), bytes.data());
     result(int64_t(items));
 }
@@ -222,7 +262,8 @@ void TargetIOServer::fileWrite()
     FILE* open = nullptr;
     if (!console && !(open = file(handle)))
         return;
-    if (!transferable(buffer, size * count)) {
+    // Constants lie where no data range does, so only the memory knows what it can read.
+    if (!addressable(buffer, size * count)) {
         result(-1);
         return;
     }
@@ -234,6 +275,7 @@ void TargetIOServer::fileWrite()
         result(int64_t(count));
         return;
     }
+    errno = 0;
     size_t items = fwrite(bytes.data(), size, count, open);
     lastErrno = errno;
     result(int64_t(items));
@@ -259,6 +301,7 @@ void TargetIOServer::fileSetPosition()
     uint32_t address = uint32_t(nextWord());
     if (FILE* open = file(handle)) {
         uint32_t position = uint32_t(m_data->peekNumber(address, 4));
+        errno = 0;
         int status = fseek(open, long(position), SEEK_SET);
         lastErrno = errno;
         result(status);
@@ -320,8 +363,9 @@ void TargetIOServer::fileError()
 void TargetIOServer::removeFile()
 {
     beginBlock();
+    std::string name = nextString();
     errno = 0;
-    int status = remove(nextString().c_str());
+    int status = remove(name.c_str());
     lastErrno = errno;
     result(status);
 }
@@ -364,20 +408,37 @@ void TargetIOServer::handleFilePrintf(FILE* open, const std::string& format)
     __printf_tag filePrintf;
     filePrintf.limit = INT_MAX;
     filePrintf.file = open;
-    filePrintf.output = [](int character, __printf_tag* tag) { fputc(character, tag->file); };
+    // A file that takes no more is not asked for each of a billion blanks.
+    filePrintf.output = [](int character, __printf_tag* tag) {
+        if (fputc(character, tag->file) == EOF) {
+            tag->error = errno;
+            tag->output = nullptr;
+        }
+    };
     __vfprintf(&filePrintf, format.c_str(), m_listFunctions, this);
-    lastErrno = errno;
+    lastErrno = filePrintf.error;
     result(filePrintf.count);
 }
 
-void TargetIOServer::handleFileScanf(FILE* open, const std::string& format)
+void TargetIOServer::handleFileScanf(int64_t handle, FILE* open, const std::string& format)
 {
     __scanf_source fileScanf;
     fileScanf.isString = false;
     fileScanf.file = open;
-    fileScanf.getc = [](__scanf_source* source) { return fgetc(source->file); };
-    fileScanf.ungetc = [](int character, __scanf_source* source) { ungetc(character, source->file); };
+    fileScanf.getc = [](__scanf_source* source) {
+        int character = fgetc(source->file);
+        if (character == EOF && ferror(source->file))
+            source->error = errno;
+        source->taken += character != EOF;
+        return character;
+    };
+    fileScanf.ungetc = [](int character, __scanf_source* source) {
+        ungetc(character, source->file);
+        --source->taken;
+    };
     int items = __vfscanf(&fileScanf, format.c_str(), m_listFunctions, this);
-    lastErrno = errno;
+    lastErrno = fileScanf.error;
+    if (fileScanf.taken > 0)
+        noteRead(handle);
     result(items);
 }

@@ -5,9 +5,11 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <sys/wait.h>
 
 namespace {
 
@@ -181,7 +183,7 @@ std::string TargetIOServer::dumpString(uint32_t address, bool fromCode)
     std::string text;
     while (text.size() < MaxString) {
         // A string may end right where its memory does: no piece reaches beyond.
-        unsigned count = StringPiece;
+        unsigned count = std::min(StringPiece, MaxString - unsigned(text.size()));
         if (const AddressRange* range = memory->addressRanges().find(address))
             count = unsigned(std::min<uint64_t>(count, uint64_t(range->high) - address + 1));
         unsigned char piece[StringPiece];
@@ -202,12 +204,23 @@ std::string TargetIOServer::nextString()
     return dumpString(uint32_t(nextWord()), false);
 }
 
-// A buffer that can exist, before memory is taken for it. What cannot is an error of the target's.
+// A transfer that is no larger than one may be, before memory is taken for it. What is not is an error of
+// the target's.
+bool TargetIOServer::addressable(uint32_t address, uint64_t size)
+{
+    bool possible = size <= MaxTransfer && uint64_t(address) + size <= uint64_t(1) << 32;
+    if (!possible)
+        lastErrno = EFAULT;
+    return possible;
+}
+
+// The same for a buffer to write to, which must exist.
 bool TargetIOServer::transferable(uint32_t address, uint64_t size)
 {
+    if (!addressable(address, size))
+        return false;
     bool exists =
-        size <= MaxTransfer && uint64_t(address) + size <= uint64_t(1) << 32 &&
-        (m_data->addressRanges().isEmpty() || size == 0 || m_data->memoryExists(address, unsigned(size)));
+        m_data->addressRanges().isEmpty() || size == 0 || m_data->memoryExists(address, unsigned(size));
     if (!exists)
         lastErrno = EFAULT;
     return exists;
@@ -308,7 +321,7 @@ void TargetIOServer::handleFormat(const Family& family, bool floats, bool format
     if (!open)
         return;
     if (family.scans)
-        handleFileScanf(open, format);
+        handleFileScanf(handle, open, format);
     else
         handleFilePrintf(open, format);
 }
@@ -373,9 +386,18 @@ void TargetIOServer::environmentVariable()
 void TargetIOServer::systemCommand()
 {
     beginBlock();
+    std::string command = nextString();
+    // This process ignores a closed pipe, which a command would take over.
+    struct sigaction earlier, usual = {};
+    usual.sa_handler = SIG_DFL;
+    sigaction(SIGPIPE, &usual, &earlier);
     errno = 0;
-    int status = system(nextString().c_str());
+    int status = system(command.c_str());
     lastErrno = errno;
+    sigaction(SIGPIPE, &earlier, nullptr);
+    // While a command runs Ctrl-C reaches it alone, but the user means the whole run.
+    if (status != -1 && WIFSIGNALED(status) && WTERMSIG(status) == SIGINT)
+        raise(SIGINT);
     result(status);
 }
 

@@ -54,6 +54,7 @@ public:
     static constexpr unsigned ConsoleBuffer = 1024;
     static constexpr unsigned MaxString = 1024;               // bytes of a target string, its zero included
     static constexpr uint64_t MaxTransfer = 64 * 1024 * 1024; // bytes of one read or write
+    static constexpr unsigned MaxPushedBack = 4096;           // characters of one file; each takes memory
 
     // Neither is owned; both may be one object.
     TargetIOServer(TargetIOServerHelperFunctions* helpers, TargetIOServerTerminalInterface* terminal);
@@ -87,16 +88,19 @@ private:
     void result(int64_t value);
     std::string dumpString(uint32_t address, bool fromCode);
     std::string nextString();
+    bool addressable(uint32_t address, uint64_t size);
     bool transferable(uint32_t address, uint64_t size);
     FILE* file(int64_t handle); // null and EBADF when the handle is bad
-    int enterFile(FILE* opened);
+    int freeHandle();
+    void enterFile(int handle, FILE* opened);
+    void noteRead(int64_t handle);
     void toConsole(const std::string& text);
     bool readLine(std::string& line); // false, with the told result, when there is none
     void handleFormat(const Family& family, bool floats, bool formatInCode);
     void handlePrintf(const std::string& format);
     void handleScanf(const std::string& format);
     void handleFilePrintf(FILE* file, const std::string& format);
-    void handleFileScanf(FILE* file, const std::string& format);
+    void handleFileScanf(int64_t handle, FILE* file, const std::string& format);
     void handleGets(uint32_t buffer, uint32_t size);
     void handleGetchar();
     void storeNumber(unsigned size, bool isSigned);
@@ -159,7 +163,8 @@ private:
     unsigned m_operation = 0;
     uint64_t m_requests = 0;
     uint32_t m_comm = 0;
-    std::array<FILE*, MaxFiles> openFiles{}; // by handle; 0 to 2 stay empty
+    std::array<FILE*, MaxFiles> openFiles{};       // by handle; 0 to 2 stay empty
+    std::array<unsigned, MaxFiles> m_pushedBack{}; // by handle; at least as many as wait in the file
     int lastErrno = 0;
     uint32_t argAddress = 0; // read cursor in the argument block
     QStringList m_args;

@@ -39,7 +39,7 @@ void put(__printf_tag* tag, std::string_view text)
 // Padding can be a billion characters wide: what nobody takes is only counted.
 void pad(__printf_tag* tag, char c, int64_t count)
 {
-    while (count > 0 && tag->count < tag->limit) {
+    while (count > 0 && tag->count < tag->limit && (tag->buffer || tag->output)) {
         __putc(tag, c);
         --count;
     }

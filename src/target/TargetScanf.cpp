@@ -4,11 +4,13 @@
 
 #include <charconv>
 #include <climits>
-#include <cstdlib>
+#include <cmath>
 
 namespace {
 
 constexpr size_t MaxNumberText = 512; // a longer number is cut
+// What one scan may read: a device such as /dev/zero has no end.
+constexpr int64_t MaxScan = 16 * 1024 * 1024;
 
 enum class Length { None, Char, Short, Long, LongLong, LongDouble };
 
@@ -19,7 +21,9 @@ public:
     int get()
     {
         int c;
-        if (m_source->isString)
+        if (m_count >= MaxScan)
+            c = -1;
+        else if (m_source->isString)
             c = *m_source->string ? uint8_t(*m_source->string++) : -1;
         else
             c = m_source->getc(m_source);
@@ -215,8 +219,14 @@ Scan::Outcome Scan::scanDouble(const Conversion& c)
     const char* start = text.c_str() + (text[0] == '+');
     double value = 0;
     auto parsed = std::from_chars(start, text.c_str() + text.size(), value);
-    if (parsed.ec == std::errc::result_out_of_range)
-        value = strtod(start, nullptr);
+    if (parsed.ec == std::errc::result_out_of_range) {
+        // The value is untouched then. A wider type tells whether it is huge or tiny; where that is too
+        // narrow as well, no number of digits outweighs the exponent.
+        long double wide = text.find("e-") == std::string::npos ? HUGE_VALL : 0;
+        wide = *start == '-' ? -wide : wide;
+        std::from_chars(start, text.c_str() + text.size(), wide);
+        value = double(wide);
+    }
     uint32_t address = m_functions.getPtrArg(m_data);
     if (c.length == Length::LongDouble)
         m_functions.writePtrArgLongDouble(m_data, address, value);

@@ -5,6 +5,8 @@
 #include "target/TargetIOServer.h"
 
 #include <cmath>
+#include <csignal>
+#include <fstream>
 
 namespace {
 
@@ -222,6 +224,10 @@ TEST_F(IOServer, ScanfReadsOneLine)
     EXPECT_EQ(scan("-", "%d", {0x400}), 0);
     EXPECT_EQ(scan("18446744073709551615", "%llu", {0x400}), 1);
     EXPECT_EQ(data.peekNumber(0x400, 8), ~uint64_t(0));
+    EXPECT_EQ(scan("1.5e999 -1.5e9999 1e-999", "%lf%lf%lf", {0x400, 0x408, 0x410}), 3);
+    EXPECT_EQ(data.peekNumber(0x400, 8), uint64_t(half(INFINITY, 1)) << 32);
+    EXPECT_EQ(data.peekNumber(0x408, 8), uint64_t(half(-INFINITY, 1)) << 32);
+    EXPECT_EQ(data.peekNumber(0x410, 8), 0u);
     EXPECT_EQ(scan("beef", "%p", {0x400}), 1);
     EXPECT_EQ(word(0x400), 0xbeef);
 }
@@ -331,12 +337,74 @@ TEST_F(IOServer, TheFileTableFillsAndEmpties)
     uint32_t name = text(dir / "f"), mode = text("w");
     for (int handle = 3; handle < TargetIOServer::MaxFiles; ++handle)
         ASSERT_EQ(block(6, {name, mode}), handle);
-    EXPECT_EQ(block(6, {name, mode}), -1);
+    std::ofstream(dir / "kept") << "precious";
+    EXPECT_EQ(block(6, {text(dir / "kept"), mode}), -1);
+    EXPECT_EQ(std::filesystem::file_size(dir / "kept"), 8u); // what could not be opened was not emptied
     EXPECT_EQ(direct(80, 0), -1);
     EXPECT_EQ(direct(8, 77), 0);
     EXPECT_EQ(direct(80, 0), 77);
     server.init({});
     EXPECT_EQ(block(6, {name, mode}), 3);
+}
+
+TEST_F(IOServer, FilesThatFailShrinkOrNeverEnd)
+{
+    auto reason = [&] {
+        console.output.clear();
+        block(77, {text("")});
+        return console.output;
+    };
+    // A full disk is not asked again for each blank of a width.
+    EXPECT_EQ(block(6, {text("/dev/full"), text("w")}), 3);
+    EXPECT_EQ(block(9, {3, text("%2000000000d"), 1}), 2000000000);
+    EXPECT_EQ(reason(), ": No space left on device\n");
+    EXPECT_EQ(direct(41, 3), 1);
+    EXPECT_EQ(block(13, {3, text("%d"), 0x400}), -1); // written only
+    EXPECT_EQ(reason(), ": Bad file descriptor\n");
+
+    // A file that another handle cuts off while it is being read, with modes that only this host knows.
+    std::string name = dir / "long";
+    std::ofstream(name) << std::string(100000, 'x');
+    for (const char* mode : {"rm", "r+bm", "r,ccs=UTF-8"}) {
+        int f = block(6, {text(name), text(mode)});
+        ASSERT_GT(f, 0) << mode;
+        EXPECT_EQ(direct(17, uint32_t(f)), 'x') << mode;
+        std::filesystem::resize_file(name, 1);
+        EXPECT_LT(block(33, {0x4000, 1, 50000, uint32_t(f)}), 50000) << mode;
+        std::ofstream(name) << std::string(100000, 'x');
+    }
+
+    int zero = block(6, {text("/dev/zero"), text("r")});
+    EXPECT_EQ(block(13, {uint32_t(zero), text("%*s%n%*s"), 0x400}), 0);
+    EXPECT_LT(uint32_t(word(0x400)), 1u << 28);
+
+    // What is pushed back takes memory, so there is an end to it, but not to pushing back what was read.
+    for (int i = 0; i < 10000; ++i) {
+        EXPECT_EQ(direct(17, uint32_t(zero)), 0);
+        ASSERT_EQ(block(73, {0, uint32_t(zero)}), 0);
+    }
+    int pushed = 0;
+    while (pushed < 10000 && block(73, {'y', uint32_t(zero)}) == 'y')
+        ++pushed;
+    EXPECT_LT(pushed, 10000);
+    EXPECT_EQ(block(13, {uint32_t(zero), text("%2c"), 0x400}), 1);
+    EXPECT_EQ(at(0x400).substr(0, 2), "yy");
+    EXPECT_EQ(block(73, {'z', uint32_t(zero)}), 'z');
+}
+
+TEST_F(IOServer, CommandsAndSignals)
+{
+    static volatile sig_atomic_t interrupted = 0;
+    auto earlier = signal(SIGINT, [](int) { interrupted = 1; });
+    EXPECT_EQ(block(83, {text("exit 2")}), 2 << 8);
+    EXPECT_EQ(interrupted, 0);
+    EXPECT_EQ(block(83, {text("kill -INT $$")}), SIGINT); // Ctrl-C during a command ends the run, too
+    EXPECT_EQ(interrupted, 1);
+    signal(SIGINT, earlier);
+
+    earlier = signal(SIGPIPE, SIG_IGN);
+    EXPECT_EQ(block(83, {text("kill -PIPE $$")}), SIGPIPE); // a command does not inherit that
+    EXPECT_EQ(signal(SIGPIPE, earlier), SIG_IGN);
 }
 
 TEST_F(IOServer, BadHandlesAndBuffersAreErrors)
@@ -352,6 +420,14 @@ TEST_F(IOServer, BadHandlesAndBuffersAreErrors)
     EXPECT_EQ(block(33, {0x1FFF0, 1, 100, 3}), -1); // beyond memory
     EXPECT_EQ(block(33, {0, 0xFFFFFFFF, 0xFFFFFFFF, 3}), -1);
     EXPECT_EQ(block(34, {0, 0x10000, 0x10000, 1}), -1);
+    EXPECT_EQ(block(34, {0xFFFFFFF0, 1, 100, 1}), -1);
+    EXPECT_THROW(block(34, {0x1FFF0, 1, 100, 1}), HException);
+    // Constants can be read where no data range is.
+    data.bytes.resize(0x20100);
+    console.output.clear();
+    EXPECT_EQ(block(34, {0x20000, 1, 0x100, 1}), 0x100);
+    EXPECT_EQ(console.output.size(), 0x100u);
+    data.bytes.resize(0x20000);
     EXPECT_EQ(block(18, {0, 0xFFFFFFFF, 3}), -1);
     EXPECT_EQ(block(18, {0, 0, 3}), -1);
     EXPECT_EQ(block(33, {0, 0, 5, 3}), 0);
