@@ -80,22 +80,18 @@ bool ZOFFDebugger::handleDebugIO(int& operation)
 }
 
 // A request can fail because the link does, or because it asks for what is not there. The control word
-// tells: while it can be read, the request is tried once more and then gets an error for an answer; else
-// the next poll tries again.
+// tells: while it can be read, the request gets an error for an answer, since what it has done here already
+// must not be done twice; else the next poll sees it again.
 void ZOFFDebugger::serve(int operation)
 {
     TargetMemoryInterface* data = checkedTarget().dataMemory();
     try {
         carryOut(operation);
-    } catch (const HException&) {
+    } catch (const HException& failure) {
         if (controlWord() == operation) {
-            try {
-                carryOut(operation);
-            } catch (const HException& failure) {
-                data->pokeWord(m_commWord, RefusedAnswer);
-                m_helper->displayError(QStringLiteral("request %1 of the program failed: ").arg(operation) +
-                                       failure.text());
-            }
+            data->pokeWord(m_commWord, RefusedAnswer);
+            m_helper->displayError(QStringLiteral("request %1 of the program failed: ").arg(operation) +
+                                   failure.text());
         }
     }
     if (operation != ExitOperation)
