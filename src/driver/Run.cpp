@@ -15,15 +15,26 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <ctime>
 
 namespace {
 
 constexpr int PassMilliseconds = 1;
 // A program that has asked for nothing lately is polled less often: each poll of a board stops it for a
-// moment, and costs both sides. It still has its answer within five milliseconds on average.
-constexpr int IdlePassMilliseconds = 5;
-constexpr int IdlePollMilliseconds = 10;
+// moment, and costs both sides. Polls then take a fiftieth of this processor at most, and a request still has
+// its answer within a few milliseconds.
+constexpr int IdlePassMilliseconds = 8;
+constexpr int IdlePollMilliseconds = 5;
+constexpr int IdlePollMaximum = 16; // milliseconds
+constexpr double IdleShare = 0.02;
 constexpr int IdleAfterPolls = 100;
+
+double processorMilliseconds()
+{
+    timespec time;
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return double(time.tv_sec) * 1e3 + double(time.tv_nsec) / 1e6;
+}
 constexpr int ClosedPipeStatus = 141; // as a shell tells of a program that SIGPIPE ended
 
 } // namespace
@@ -57,10 +68,14 @@ private:
     void poll()
     {
         uint64_t before = m_system->m_terminal->server()->requests();
+        double start = processorMilliseconds();
         m_system->poll();
+        double cost = processorMilliseconds() - start;
         bool asked = m_system->m_terminal->server()->requests() != before;
         m_idlePolls = asked ? 0 : std::min(m_idlePolls + 1, IdleAfterPolls);
-        int interval = idle() ? IdlePollMilliseconds : PassMilliseconds;
+        int interval = PassMilliseconds;
+        if (idle())
+            interval = std::clamp(int(std::min(cost / IdleShare, 1e3)), IdlePollMilliseconds, IdlePollMaximum);
         if (interval != m_timer.interval())
             m_timer.setInterval(interval);
     }
