@@ -287,8 +287,16 @@ TEST_F(Debugger, AStepThatCannotGoOnStops)
     EXPECT_THROW(subject.stepover(false), DebuggerBreakpointFailure);
 }
 
-TEST_F(Debugger, AStatementLargerThanTheMemoryIsNotRead)
+TEST_F(Debugger, AnExecutableMayClaimAnyLineAndLength)
 {
+    program(".CODE\n.LINE \"s.c\", 2147483646\nNOP\n.LINE 2147483647\nNOP\n", false);
+    QStringList text;
+    subject.getDisassemblyText(text);
+    EXPECT_EQ(text.mid(0, 5).join('|').toStdString(),
+              "--- s -- 2147483646 ----------------------------------------|"
+              "line 2147483646|    da3a                NOP|"
+              "line 2147483647|    da3a                NOP");
+    target.code.reads = 0;
     using R = MAXQ30Registers;
     R registers;
     registers.setPC(0x100);
@@ -368,9 +376,9 @@ TEST_F(Debugger, WhereAnInstructionLeads)
     target.data.pokeUint32(0x300, 0x3344);
     constexpr uint32_t byte0 = 0x44, word0 = 0x2244, pointer0 = 0x400;
     constexpr uint32_t byte1 = 0x88, word1 = 0x6688, pointer1 = 0x600;
-    const uint32_t expected[] = {byte0, byte0, byte0, pointer0, word0, word0, word0,   word0,
-                                 word0, word0, byte1, byte1,    byte1, pointer1, word1, word1,
-                                 word1, word1, word1, word1,    pointer0};
+    const uint32_t expected[] = {byte0, byte0, byte0, pointer0, word0, word0, word0,
+                                 word0, word0, word0, byte1,    byte1, byte1, pointer1,
+                                 word1, word1, word1, word1,    word1, word1, pointer0};
     for (unsigned index = 0; index < std::size(expected); ++index) {
         unsigned jump = 0x8C0F | (index & 15) << 4;
         unsigned char code[] = {0, 0x1B, uint8_t(jump), uint8_t(jump >> 8)};
