@@ -432,7 +432,11 @@ QString ZOFFDebugger::formatAddress(uint32_t address) const
 
 void ZOFFDebugger::setDisassembleRange(uint32_t start, uint32_t size)
 {
-    m_codeCache.load(checkedTarget().codeMemory(), start, size);
+    // How long a statement is tells the executable, which may claim more than any memory has.
+    TargetMemoryInterface* code = checkedTarget().codeMemory();
+    if (!code || (!code->addressRanges().isEmpty() && !code->memoryExists(start, size)))
+        throw HException(QStringLiteral("no code memory at 0x%1, %2 bytes").arg(start, 0, 16).arg(size));
+    m_codeCache.load(code, start, size);
 }
 
 void ZOFFDebugger::setDisassembleRange(uint32_t start, std::vector<unsigned char> bytes)

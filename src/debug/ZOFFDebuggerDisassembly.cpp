@@ -32,7 +32,8 @@ public:
 
     void show(const Path& file, int line)
     {
-        bool newStretch = file != m_file || line > m_line + MaxSourceStep || m_shown >= MaxLinesWithoutHeader;
+        bool newStretch =
+            file != m_file || line - int64_t(m_line) > MaxSourceStep || m_shown >= MaxLinesWithoutHeader;
         if (newStretch) {
             QString header = QLatin1String("--- ") + file.baseName() + QLatin1String(" -- ") +
                              QString::number(line) + QLatin1String(HeaderTail);
@@ -40,10 +41,10 @@ public:
             m_shown = 0;
         }
         int first = newStretch || line <= m_line ? line : m_line + 1;
-        for (int shown = first; shown <= line; ++shown) {
-            m_block.sourceLines[int(m_block.lines.size())] = {file, shown};
+        for (int64_t shown = first; shown <= line; ++shown) { // a line may be the largest int
+            m_block.sourceLines[int(m_block.lines.size())] = {file, int(shown)};
             m_block.lines.append(
-                m_helper->getDebugSourceText(m_helper->getDebugSourcePath(file), shown).simplified());
+                m_helper->getDebugSourceText(m_helper->getDebugSourcePath(file), int(shown)).simplified());
             ++m_shown;
         }
         m_file = file;

@@ -36,9 +36,9 @@ void ZOFFDebugger::enableDebugIO()
     m_controlWord = uint32_t(control);
     m_commWord = uint32_t(comm);
     m_linkFailed = false;
-    m_ioEnabled = true;
     data->pokeWord(m_controlWord, 0);
     data->pokeWord(m_commWord, 0);
+    m_ioEnabled = true; // not before: what failed is tried again with the next go()
     initialiseDebugOperation(m_controlWord);
     if (m_monitor)
         m_monitor->watchControlWord(m_controlWord, this);

@@ -105,7 +105,9 @@ bool ZOFFDebugger::continueStep(ZOFFBreakpoint* breakpoint)
     target.removeBreakpoint(record);
     record->address = nextInstruction(registers, breakpoint->stepOver(), breakpoint->rangeStart(),
                                       breakpoint->rangeLength());
-    target.setBreakpoint(record);
+    // Without its breakpoint the step would never end, so it ends here.
+    if (!target.setBreakpoint(record))
+        return false;
     go();
     return true;
 }

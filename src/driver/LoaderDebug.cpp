@@ -7,6 +7,7 @@
 #include "support/Path.h"
 
 #include <QFile>
+#include <QFileInfo>
 
 #include <cstdio>
 
@@ -69,7 +70,8 @@ QString Loader::getDebugSourceText(const Path& path, int line)
         m_sourcePath = path;
         m_sourceLines.clear();
         QFile file(path.canonicalPathQString());
-        if (file.size() <= MaxSourceFile && file.open(QIODevice::ReadOnly))
+        // The executable names the file; it may be a device that never ends.
+        if (QFileInfo(file).isFile() && file.size() <= MaxSourceFile && file.open(QIODevice::ReadOnly))
             m_sourceLines = QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'));
     }
     return line > 0 && line <= m_sourceLines.size() ? m_sourceLines[line - 1] : QString();

@@ -262,6 +262,48 @@ TEST_F(Debugger, StepsByLineOverIntoAndOut)
     EXPECT_EQ(target.file.getPC(), pc + 2);
 }
 
+TEST_F(Debugger, AStepThatCannotGoOnStops)
+{
+    program(Loop);
+    subject.start("main", true);
+    wait();
+    subject.locate(uint32_t(0x7000));
+    subject.stepinto(false);
+    EXPECT_EQ(target.singleSteps, 1) << "no line is known, so the target steps";
+    EXPECT_TRUE(target.breakpoints.empty());
+
+    // The breakpoint of a step moves along a statement that branches; the target has no room left.
+    program(".PUBLIC start\n.CODE\nstart: NOP\n.LINE \"s.c\", 5\nJUMP Z, .there\nNOP\n.there: NOP\nNOP\n",
+            false);
+    subject.start("0x2", true);
+    wait();
+    target.file.setValue(MAXQ30Registers::PSF, MAXQ30Registers::FlagZ);
+    subject.stepover(false);
+    ASSERT_EQ(target.breakpoints.size(), 1u);
+    target.capacity = 0;
+    EXPECT_EQ(wait(), 5);
+    EXPECT_EQ(target.file.getPC(), 8u);
+    EXPECT_TRUE(target.breakpoints.empty());
+    EXPECT_THROW(subject.stepover(false), DebuggerBreakpointFailure);
+}
+
+TEST_F(Debugger, AnExecutableMayClaimAnyLineAndLength)
+{
+    program(".CODE\n.LINE \"s.c\", 2147483646\nNOP\n.LINE 2147483647\nNOP\n", false);
+    QStringList text;
+    subject.getDisassemblyText(text);
+    EXPECT_EQ(text.mid(0, 5).join('|').toStdString(),
+              "--- s -- 2147483646 ----------------------------------------|"
+              "line 2147483646|    da3a                NOP|"
+              "line 2147483647|    da3a                NOP");
+    target.code.reads = 0;
+    using R = MAXQ30Registers;
+    R registers;
+    registers.setPC(0x100);
+    EXPECT_THROW(subject.nextInstruction(&registers, false, 0x100, 0xF0000000), HException);
+    EXPECT_EQ(target.code.reads, 0);
+}
+
 TEST_F(Debugger, CallsAreFoundOnTheStack)
 {
     program(".LIBRARY console\n.PUBLIC main, far\n.CODE\n.FUNC main\nPUSH A[4]\n.ADJUST -4\nPUSH "
@@ -325,6 +367,29 @@ TEST_F(Debugger, WhereAnInstructionLeads)
     EXPECT_EQ(next(6, 4, 6), 0u);
     EXPECT_EQ(next(22, 22, 2), 0x222u);
     EXPECT_EQ(next(24, 24, 4), 0x2000u);
+
+    // Through the data pointers: a byte, 16 or 32 bits, or the pointer itself. Indexes from 16 up need the
+    // prefix's source bit.
+    registers.setValue(R::DP0, 0x200);
+    registers.setValue(R::DP1, 0x300);
+    target.data.pokeUint32(0x200, 0x1122);
+    target.data.pokeUint32(0x300, 0x3344);
+    constexpr uint32_t byte0 = 0x44, word0 = 0x2244, pointer0 = 0x400;
+    constexpr uint32_t byte1 = 0x88, word1 = 0x6688, pointer1 = 0x600;
+    const uint32_t expected[] = {byte0, byte0, byte0, pointer0, word0, word0, word0,
+                                 word0, word0, word0, byte1,    byte1, byte1, pointer1,
+                                 word1, word1, word1, word1,    word1, word1, pointer0};
+    for (unsigned index = 0; index < std::size(expected); ++index) {
+        unsigned jump = 0x8C0F | (index & 15) << 4;
+        unsigned char code[] = {0, 0x1B, uint8_t(jump), uint8_t(jump >> 8)};
+        target.core.writeCode(0x1000, sizeof code, code);
+        subject.setDisassembleRange(0, 2); // what was cached has changed
+        unsigned first = index < 16 ? 0x1002 : 0x1000;
+        EXPECT_EQ(next(first, first, 0x1004 - first), expected[index]) << index;
+    }
+    target.data.pokeUint32(0x200, 0x11122);
+    registers.setValue(R::DP0, 0x1FFFF);
+    EXPECT_EQ(next(0x1000, 0x1000, 4), 0x1004u) << "beyond all code";
 
     uint32_t length = 0, destination = 0;
     bool isJump = false;
