@@ -32,6 +32,16 @@ TEST_F(DebugInfo, LinesAreThoseOfTheSourceOrOfAnotherFile)
     EXPECT_EQ(section("data")->findInsnAt(0)->locus(), nullptr);
 }
 
+TEST_F(DebugInfo, LineOfAnotherFileGoesOnBehindAnOrigin)
+{
+    load({".CODE\n.LINE \"prog.c\", 7\nNOP\nORG 0x40\nx: NOP\nNOP\n.NOLINE\nNOP\nORG 0x80\nNOP\n"});
+    EXPECT_EQ(lineAt(0), "prog.c:7");
+    EXPECT_EQ(lineAt(0x40), "prog.c:7");
+    EXPECT_EQ(lineAt(0x42), "prog.c:7");
+    EXPECT_EQ(lineAt(0x44), "");
+    EXPECT_EQ(lineAt(0x80), "");
+}
+
 TEST_F(DebugInfo, FunctionsBlocksAndTheirVariables)
 {
     load({".TYPE int, INT(4)\n.CODE\n.PUBLIC f\nNOP\n.FUNC f, FRAME=8\n.SAVED A[4], A[15]\n"
