@@ -70,6 +70,14 @@ class FaultsTest(SessionTest):
         finally:
             board.clean_up()
 
+    def whole_session(self, name, usb, *arguments):
+        """The same; once more where a busy machine has kept the adapter's prompt for too long."""
+        for attempt in range(10):
+            done, board = self.session(f"{name}-{attempt}", usb, *arguments)
+            if b"no echo response" not in done.stderr:
+                break
+        return done, board
+
     def verdict(self, usb, number, fault):
         """What is wrong with how a session with this fault ended, or None; and whether it succeeded."""
         try:
@@ -90,7 +98,7 @@ class FaultsTest(SessionTest):
     def lengths(self, usb):
         """The bytes of a whole session in both directions."""
         log = self.folder / f"log{usb}"
-        done, board = self.session(f"reference{usb}", usb, "--log", log)
+        done, board = self.whole_session(f"reference{usb}", usb, "--log", log)
         self.assertEqual((done.returncode, done.stderr), (0, b""))
         self.assertEqual((board.result.status, board.result.err), (0, ""))
         self.assertEqual(board.code(), IMAGE + bytes([0xFF] * 768))
@@ -125,7 +133,7 @@ class FaultsTest(SessionTest):
 
     def test_usb(self):
         # A byte that is lost costs the ten seconds of the time-out.
-        succeeded = self.run_grid(True, {"cut={}": 50, "change={}": 50, "drop={}": 12, "late={}:400": 12})
+        succeeded = self.run_grid(True, {"cut={}": 100, "change={}": 100, "drop={}": 100, "late={}:400": 100})
         self.assertFalse(any(ok for fault, ok in succeeded.items() if fault.startswith("cut")))
         self.assertTrue(all(ok for fault, ok in succeeded.items() if fault.startswith("late")))
 
@@ -143,7 +151,7 @@ class FaultsTest(SessionTest):
         for usb in (False, True):
             for number, (arguments, status, message) in enumerate(cases):
                 with self.subTest(usb=usb, arguments=arguments):
-                    done, board = self.session(f"kind{usb}{number}", usb, *arguments)
+                    done, board = self.whole_session(f"kind{usb}{number}", usb, *arguments)
                     self.assertEqual(done.returncode, status, done.stderr)
                     self.assertIn(message, done.stderr.decode())
                     self.assertEqual(board.result.err, "")
