@@ -23,9 +23,9 @@ constexpr int PassMilliseconds = 1;
 // A program that has asked for nothing lately is polled less often: each poll of a board stops it for a
 // moment, and costs both sides. Polls then take a fiftieth of this processor at most, and a request still has
 // its answer within a few milliseconds.
-constexpr int IdlePassMilliseconds = 8;
+constexpr int IdlePassMilliseconds = 9;
 constexpr int IdlePollMilliseconds = 5;
-constexpr int IdlePollMaximum = 16; // milliseconds
+constexpr int IdlePollMaximum = 18; // milliseconds
 constexpr double IdleShare = 0.02;
 constexpr int IdleAfterPolls = 100;
 
