@@ -65,6 +65,7 @@ public:
     QList<int> lineNumbers(const QString& executable, const Path& source) override;
     QStringList symbolNames(const QString& executable) override;
 
+    // Throws what the target failed with, but forgets everything in any case.
     void clear() override;
 
     QStringList getBreakTriggers() override;

@@ -8,6 +8,7 @@
 #include "target/TargetRegisterInterface.h"
 
 #include <algorithm>
+#include <exception>
 
 namespace {
 
@@ -61,19 +62,37 @@ void ZOFFDebugger::stop()
 
 void ZOFFDebugger::clear()
 {
+    // A link that fails on the way keeps nothing alive here, and no record of ours in the target.
+    std::exception_ptr failure;
+    auto attempt = [&failure](auto&& step) {
+        try {
+            step();
+        } catch (const HException&) {
+            if (!failure)
+                failure = std::current_exception();
+        }
+    };
     if (m_target && m_target->isConnected()) {
-        disableDebugIO();
-        m_target->clear();
+        attempt([this] { disableDebugIO(); });
+        attempt([this] { m_target->clear(); });
     } else {
         withdraw();
+        if (m_monitor) // it takes the record off its list before it finds the link closed
+            for (Breakpoints* list : {&m_codeBreakpoints, &m_dataBreakpoints})
+                for (const auto& breakpoint : *list)
+                    try {
+                        m_monitor->removeBreakpoint(breakpoint->record());
+                    } catch (const HException&) {
+                    }
     }
     m_frames.clear();
     m_context.frame = nullptr;
-    // The target has forgotten the records; a link that failed meanwhile does not keep ours alive.
     m_codeBreakpoints.clear();
     m_dataBreakpoints.clear();
     m_disassembly.clear();
     m_codeCache.clear();
+    if (failure)
+        std::rethrow_exception(failure);
 }
 
 void ZOFFDebugger::handleBreakpoint()

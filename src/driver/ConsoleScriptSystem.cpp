@@ -4,9 +4,8 @@
 #include "driver/StandardOutput.h"
 #include "script/Builtin.h"
 #include "script/ESContext.h"
+#include "script/HostEvaluation.h"
 #include "support/HException.h"
-
-#include <cstdio>
 
 namespace {
 
@@ -49,17 +48,10 @@ bool ConsoleScriptSystem::execute(const QString& text, bool)
 {
     m_stopRequested = false;
     ESCompletion completion;
-    try {
+    {
         Depth depth(m_depth);
-        completion = m_context->eval(text, m_sourceName);
-    } catch (const ESFatalError& failure) {
-        printWarnings();
-        throw HException(failure.text());
-    } catch (const HException&) {
-        printWarnings();
-        throw;
+        completion = evaluateForHost(m_context.get(), text, m_sourceName);
     }
-    printWarnings();
     Interrupt::check();
     if (m_context->stopped())
         throw HException("script stopped");
@@ -69,16 +61,6 @@ bool ConsoleScriptSystem::execute(const QString& text, bool)
         throw HException(QLatin1String("uncaught exception - ") + completion.text);
     }
     return true;
-}
-
-void ConsoleScriptSystem::printWarnings()
-{
-    for (const ESWarning& warning : m_context->takeWarnings()) {
-        // All at once: the file's name may hold a percent sign.
-        QString line = QStringLiteral("warning: %1:%2: %3\n")
-                           .arg(warning.file, QString::number(warning.line), warning.text);
-        fputs(line.toLocal8Bit().constData(), stderr);
-    }
 }
 
 ESObject* Console::installScriptObject(ESContext* context)

@@ -27,7 +27,6 @@ public:
     void setSourceName(const QString& name) override { m_sourceName = name; }
 
 private:
-    void printWarnings();
 
     std::unique_ptr<ESContext> m_context;
     QString m_sourceName;

@@ -19,10 +19,11 @@
 
 namespace {
 
+constexpr int ClosedPipeStatus = 141; // as a shell tells of a program that SIGPIPE ended
 constexpr int PassMilliseconds = 1;
 // A program that has asked for nothing lately is polled less often: each poll of a board stops it for a
-// moment, and costs both sides. Polls then take a fiftieth of this processor at most, and a request still has
-// its answer within a few milliseconds.
+// moment, and costs both sides. Polls then aim at a fiftieth of this processor, and a request is still seen
+// within the longest interval.
 constexpr int IdlePassMilliseconds = 9;
 constexpr int IdlePollMilliseconds = 5;
 constexpr int IdlePollMaximum = 18; // milliseconds
@@ -35,7 +36,6 @@ double processorMilliseconds()
     clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
     return double(time.tv_sec) * 1e3 + double(time.tv_nsec) / 1e6;
 }
-constexpr int ClosedPipeStatus = 141; // as a shell tells of a program that SIGPIPE ended
 
 } // namespace
 

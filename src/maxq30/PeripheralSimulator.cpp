@@ -2,6 +2,7 @@
 
 #include "script/ESContext.h"
 #include "script/ESNativeGlobal.h"
+#include "script/HostEvaluation.h"
 #include "script/ScriptSystem.h"
 #include "support/HException.h"
 #include "target/TargetInterface.h"
@@ -10,7 +11,6 @@
 #include <QFileInfo>
 
 #include <cmath>
-#include <cstdio>
 
 namespace {
 
@@ -74,17 +74,7 @@ int PeripheralSimulator::pollForInterrupts(unsigned requests)
 
 int PeripheralSimulator::executeJavaScript(const QString& text)
 {
-    ESCompletion completion;
-    try {
-        completion = m_context->eval(text, m_fileName);
-    } catch (const ESFatalError& failure) {
-        printWarnings();
-        throw HException(failure.text());
-    } catch (const HException&) {
-        printWarnings();
-        throw;
-    }
-    printWarnings();
+    ESCompletion completion = evaluateForHost(m_context.get(), text, m_fileName);
     if (completion.type == ESCompletion::Thrown) {
         if (m_context->iserrorobj(completion.value))
             throw HException(completion.text);
@@ -93,11 +83,4 @@ int PeripheralSimulator::executeJavaScript(const QString& text)
     double number = completion.value.isNumber() ? completion.value.number() : 0;
     // A register is 32 bits wide, signed or not.
     return std::fabs(number) < 9e15 ? int(uint32_t(int64_t(number))) : 0;
-}
-
-void PeripheralSimulator::printWarnings()
-{
-    for (const ESWarning& warning : m_context->takeWarnings())
-        fprintf(stderr, "warning: %s:%d: %s\n", warning.file.toLocal8Bit().constData(), warning.line,
-                warning.text.toLocal8Bit().constData());
 }

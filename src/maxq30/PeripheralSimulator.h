@@ -30,7 +30,6 @@ public:
 
 private:
     int executeJavaScript(const QString& text);
-    void printWarnings();
 
     std::unique_ptr<ESContext> m_context;
     QString m_fileName;

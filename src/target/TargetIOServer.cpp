@@ -4,6 +4,7 @@
 #include "target/TargetMemoryInterface.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
@@ -99,6 +100,7 @@ TargetIOServer::TargetIOServer(TargetIOServerHelperFunctions* helpers,
                                TargetIOServerTerminalInterface* terminal)
     : m_helpers(helpers), m_terminal(terminal), m_listFunctions(makeListFunctions())
 {
+    assert(std::ranges::is_sorted(g_operations, {}, &Operation::code));
 }
 
 TargetIOServer::~TargetIOServer()
@@ -132,11 +134,11 @@ void TargetIOServer::handleOperation(TargetMemoryInterface* data, TargetMemoryIn
     m_operation = operation;
     m_comm = commAddress;
     m_listFunctions.intSize = data->wordLength();
-    for (const Operation& known : g_operations)
-        if (known.code == operation) {
-            (this->*known.handler)();
-            return;
-        }
+    auto known = std::ranges::lower_bound(g_operations, operation, {}, &Operation::code);
+    if (known != std::end(g_operations) && known->code == operation) {
+        (this->*known->handler)();
+        return;
+    }
     for (const Family& family : g_families)
         for (unsigned form = 0; form < 4; ++form)
             if (family.codes[form] == operation) {

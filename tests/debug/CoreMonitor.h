@@ -64,7 +64,7 @@ public:
 
     void connect(bool) override {}
     void disconnect() override {}
-    bool isConnected() const override { return true; }
+    bool isConnected() const override { return connected; }
     // Each look lets a running program go on for a while.
     bool isStopped() override
     {
@@ -130,6 +130,7 @@ public:
     size_t capacity = 8;
     HBreakpoint* hit = nullptr;
     bool stopped = true;
+    bool connected = true;
     int singleSteps = 0;
 
 private:

@@ -192,6 +192,22 @@ TEST_F(Debugger, ALinkThatFailsIsToldAndTriedAgain)
     EXPECT_EQ(output, "hello\n");
 }
 
+TEST_F(Debugger, NothingIsLeftInATargetThatIsClearedOverABrokenLink)
+{
+    program(".LIBRARY console\n.PUBLIC main\n.CODE\n.FUNC main\n.again: JUMP .again\n.ENDFUNC\n");
+    subject.start("start", false);
+    ASSERT_TRUE(subject.setBreakpoint(0, false, false, 0, -1, QString()));
+    target.data.linkLost = true;
+    EXPECT_THROW(subject.clear(), HException);
+    EXPECT_TRUE(target.breakpoints.empty()) << "records that are gone";
+    EXPECT_TRUE(target.stopped) << "cleared, too";
+
+    ASSERT_TRUE(subject.setBreakpoint(0, false, false, 0, -1, QString()));
+    target.connected = false;
+    subject.clear();
+    EXPECT_TRUE(target.breakpoints.empty());
+}
+
 TEST_F(Debugger, ARequestForMemoryThatIsNotThereGetsAnErrorForAnAnswer)
 {
     program(".LIBRARY console\n.PUBLIC main\n.CODE\n.FUNC main\nMOVE A[0], #0x7FFFFFF0\nCALL puts\nCMP #-1\n"

@@ -7,6 +7,7 @@
 // Ctrl-C.
 #include "script/BuiltinScript.h"
 #include "script/ESContext.h"
+#include "script/HostEvaluation.h"
 #include "support/HException.h"
 
 #include <QFile>
@@ -75,13 +76,6 @@ bool readSource(const Arguments& arguments, QString& source)
     return true;
 }
 
-void printWarnings(ESContext& context)
-{
-    for (const ESWarning& warning : context.takeWarnings())
-        std::fprintf(stderr, "warning: %s:%d: %s\n", qPrintable(warning.file), warning.line,
-                     qPrintable(warning.text));
-}
-
 int fail(const QString& text)
 {
     std::fflush(stdout);
@@ -105,7 +99,7 @@ int run(const Arguments& arguments)
     int status = 0;
     try {
         ESCompletion completion = context.eval(source, name);
-        printWarnings(context);
+        printScriptWarnings(&context);
         QByteArray result;
         if (completion.type == ESCompletion::Normal && arguments.print && !context.stopped())
             result = context.toString(completion.value, 10).toUtf8() + '\n';
@@ -125,10 +119,10 @@ int run(const Arguments& arguments)
         status = fail(error ? context.toString(context.get(value.object(), g_messageString))
                             : QStringLiteral("?"));
     } catch (const ESFatalError& failure) {
-        printWarnings(context);
+        printScriptWarnings(&context);
         status = fail(failure.text());
     } catch (const HException& failure) {
-        printWarnings(context);
+        printScriptWarnings(&context);
         status = fail(failure.text());
     }
     return status;
