@@ -8,7 +8,12 @@ ZOFFProcessorInsn* ZOFFMAXQ30Reader::makeInsn()
     return new ZOFFMAXQ30Insn(opcode, popExpr(true));
 }
 
-ZOFFReader* newZOFFReader(const HByteStream* input, bool keepLoci)
+ZOFFProcessorInsn* newZOFFInsn(uint64_t opcode, ZOFFExpr* operand)
+{
+    return new ZOFFMAXQ30Insn(opcode, operand);
+}
+
+ZOFFReader* newZOFFReader(HFileBlocks* input, bool keepLoci)
 {
     return new ZOFFMAXQ30Reader(input, keepLoci);
 }

@@ -2,11 +2,12 @@
 
 #include "support/HException.h"
 
-#include <cstdio>
+#include <cerrno>
 #include <cstdlib>
-#include <memory>
+#include <fcntl.h>
 #include <new>
 #include <sys/stat.h>
+#include <unistd.h>
 
 HByteStream::HByteStream() = default;
 
@@ -40,20 +41,47 @@ void HByteStream::put(unsigned char byte)
     *m_dataEnd++ = byte;
 }
 
-HFileInputByteStream::HFileInputByteStream(const std::string& name)
+HFileBlocks::HFileBlocks(const std::string& name) : m_name(name)
 {
-    std::unique_ptr<FILE, int (*)(FILE*)> file(fopen(name.c_str(), "rb"), fclose);
-    if (!file)
+    do
+        m_file = open(name.c_str(), O_RDONLY | O_CLOEXEC);
+    while (m_file < 0 && errno == EINTR);
+    if (m_file < 0)
         throw HException("can't open file " + name);
     struct stat status;
     // A directory opens, and tells a length that means nothing.
-    if (fstat(fileno(file.get()), &status) != 0 || !S_ISREG(status.st_mode))
+    if (fstat(m_file, &status) != 0 || !S_ISREG(status.st_mode)) {
+        close(m_file);
         throw HException("can't read file " + name);
-    size_t length = size_t(status.st_size);
-    auto* buffer = static_cast<unsigned char*>(malloc(length ? length : 1));
+    }
+    m_size = m_left = size_t(status.st_size);
+}
+
+HFileBlocks::~HFileBlocks()
+{
+    close(m_file);
+}
+
+void HFileBlocks::read(unsigned char* to, size_t count)
+{
+    while (count > 0) {
+        ssize_t got = ::read(m_file, to, count);
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got <= 0 || size_t(got) > m_left)
+            throw HException("can't read file " + m_name);
+        to += got;
+        count -= size_t(got);
+        m_left -= size_t(got);
+    }
+}
+
+HFileInputByteStream::HFileInputByteStream(const std::string& name)
+{
+    HFileBlocks file(name);
+    auto* buffer = static_cast<unsigned char*>(malloc(file.size() ? file.size() : 1));
     if (!buffer)
         throw HException("can't read file " + name);
-    adopt(buffer, length);
-    if (fread(buffer, 1, length, file.get()) != length)
-        throw HException("can't read file " + name);
+    adopt(buffer, file.size());
+    file.read(buffer, file.size());
 }

@@ -1,4 +1,4 @@
-// A read cursor over a buffer of bytes that the stream owns.
+// A read cursor over a buffer of bytes that the stream owns, and files as such.
 #pragma once
 
 #include <cstddef>
@@ -39,8 +39,28 @@ private:
     unsigned char* m_capacityEnd = nullptr;
 };
 
-// The whole of a file, read at once. Throws HException "can't open file NAME" or "can't read file
-// NAME".
+// A file read from its first byte to its last, for who keeps no more than a part of it in memory. Throws
+// HException "can't open file NAME" or "can't read file NAME", as do the streams made of it.
+class HFileBlocks {
+public:
+    explicit HFileBlocks(const std::string& name);
+    ~HFileBlocks();
+    HFileBlocks(const HFileBlocks&) = delete;
+    HFileBlocks& operator=(const HFileBlocks&) = delete;
+
+    size_t size() const { return m_size; } // in bytes, when it was opened
+    size_t left() const { return m_left; }
+    // The next `count` bytes, of those that are left. A file that has become shorter can't be read.
+    void read(unsigned char* to, size_t count);
+
+private:
+    std::string m_name;
+    int m_file;
+    size_t m_size = 0;
+    size_t m_left = 0;
+};
+
+// The whole of a file, read at once.
 class HFileInputByteStream : public HByteStream {
 public:
     explicit HFileInputByteStream(const std::string& name);

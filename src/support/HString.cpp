@@ -1,14 +1,16 @@
 #include "support/HString.h"
 
+#include "support/Pool.h"
+
 #include <array>
 #include <charconv>
 #include <cstring>
+#include <new>
 #include <vector>
 
 namespace {
 
-constexpr size_t FirstBuckets = 1024;
-constexpr unsigned TextBlockSize = 4096;
+constexpr size_t FirstSlots = 8192;
 
 // 256 well-mixed values from the SplitMix64 generator; no one outside the process sees a hash.
 constexpr std::array<uint32_t, 256> makeHashTable()
@@ -26,25 +28,52 @@ constexpr std::array<uint32_t, 256> makeHashTable()
 }
 constexpr std::array<uint32_t, 256> g_hashTable = makeHashTable();
 
-unsigned g_count = 0;
-char* g_textBlock = nullptr;
-size_t g_textLeft = 0;
+// Finds entries by their hash: an open table of a power of two slots, never more than half full, in which
+// one slot after another is tried. Slots are small and hashes stand apart from the entries, so that a
+// text that is new, as most are, touches little memory.
+class Table {
+public:
+    Table() : m_slots(FirstSlots) {}
 
-// Entries and texts are never freed, so they come from blocks that are simply abandoned when full.
-char* storeText(const char* text, size_t length)
-{
-    if (g_textLeft < length + 1) {
-        g_textLeft = length + TextBlockSize;
-        g_textBlock = new char[g_textLeft];
+    // The entry of this text; null when there is none, and then the slot where it belongs.
+    template <class Same> const HString* find(unsigned hash, Same&& same, size_t& slot) const
+    {
+        for (slot = place(hash); m_slots[slot]; slot = next(slot)) {
+            unsigned number = m_slots[slot] - 1;
+            if (m_hashes[number] == hash && same(m_entries[number]))
+                return m_entries[number];
+        }
+        return nullptr;
     }
-    char* stored = g_textBlock;
-    if (length)
-        memcpy(stored, text, length);
-    stored[length] = 0;
-    g_textBlock += length + 1;
-    g_textLeft -= length + 1;
-    return stored;
-}
+    unsigned count() const { return unsigned(m_entries.size()); }
+    void insert(size_t slot, const HString* entry)
+    {
+        m_entries.push_back(entry);
+        m_hashes.push_back(entry->hash());
+        m_slots[slot] = count();
+        if (m_entries.size() > m_slots.size() / 2)
+            grow();
+    }
+
+private:
+    // The hash's low bits come from the last characters alone; the product mixes in all of them.
+    size_t place(unsigned hash) const { return (hash * 0x9E3779B1u >> 5) & (m_slots.size() - 1); }
+    size_t next(size_t slot) const { return (slot + 1) & (m_slots.size() - 1); }
+    void grow()
+    {
+        m_slots = std::vector<unsigned>(4 * m_slots.size());
+        for (unsigned number = 0; number < count(); ++number) {
+            size_t slot = place(m_hashes[number]);
+            while (m_slots[slot])
+                slot = next(slot);
+            m_slots[slot] = number + 1;
+        }
+    }
+
+    std::vector<unsigned> m_slots; // number of an entry plus 1; 0 is free
+    std::vector<const HString*> m_entries;
+    std::vector<unsigned> m_hashes;
+};
 
 std::string modified(const char* text, int length, HString::Modifier modifier)
 {
@@ -75,33 +104,23 @@ const HString* HString::intern(const char* text, int length, Modifier modifier)
     unsigned hash = 0;
     for (int i = 0; i < length; ++i)
         hash = g_hashTable[uint8_t(text[i])] + 2 * hash;
-    // A power of two, doubled when the chains get longer than one entry on average. Entries are used by
-    // other statics to the end of the process, so the table is never destroyed.
-    static std::vector<HString*>& buckets = *new std::vector<HString*>(FirstBuckets);
-    for (HString* entry = buckets[hash & (buckets.size() - 1)]; entry; entry = entry->m_next)
-        if (entry->m_hash == hash && entry->m_length == length &&
-            (length == 0 || memcmp(entry->m_text, text, size_t(length)) == 0))
-            return entry;
-    auto* entry = new HString;
-    entry->m_hash = hash;
-    entry->m_text = storeText(text, size_t(length));
-    entry->m_length = length;
-    entry->m_serial = g_count++;
-    if (g_count > buckets.size()) {
-        std::vector<HString*> grown(2 * buckets.size());
-        for (HString* moved : buckets)
-            while (moved) {
-                HString* next = moved->m_next;
-                HString*& place = grown[moved->m_hash & (grown.size() - 1)];
-                moved->m_next = place;
-                place = moved;
-                moved = next;
-            }
-        buckets.swap(grown);
-    }
-    HString*& bucket = buckets[hash & (buckets.size() - 1)];
-    entry->m_next = bucket;
-    bucket = entry;
+    // Entries are used by other statics to the end of the process, so the table is never destroyed.
+    static Table& table = *new Table;
+    size_t slot;
+    auto same = [=](const HString* entry) {
+        return entry->m_length == length && (length == 0 || memcmp(entry->c_str(), text, size_t(length)) == 0);
+    };
+    if (const HString* found = table.find(hash, same, slot))
+        return found;
+    // Entries with their texts are never freed.
+    static Pool& pool = *new Pool;
+    char* at = static_cast<char*>(pool.allocate(sizeof(HString) + size_t(length) + 1));
+    auto* entry = new (at) HString(hash, length, table.count());
+    char* stored = at + sizeof(HString);
+    if (length)
+        memcpy(stored, text, size_t(length));
+    stored[length] = 0;
+    table.insert(slot, entry);
     return entry;
 }
 

@@ -24,9 +24,9 @@ public:
     // The decimal text of a number.
     static const HString* intern(long number);
 
-    const char* c_str() const { return m_text; }
+    const char* c_str() const { return reinterpret_cast<const char*>(this + 1); }
     int length() const { return m_length; }
-    std::string_view view() const { return {m_text, size_t(m_length)}; }
+    std::string_view view() const { return {c_str(), size_t(m_length)}; }
     unsigned hash() const { return m_hash; }
     // Position in the order of interning, from 0: a sort key that two runs share, which an address
     // is not.
@@ -38,10 +38,10 @@ public:
     };
 
 private:
-    HString() = default;
-    unsigned m_hash = 0;
-    char* m_text = nullptr;
-    int m_length = 0;
-    unsigned m_serial = 0;
-    HString* m_next = nullptr;
+    HString(unsigned hash, int length, unsigned serial) : m_hash(hash), m_length(length), m_serial(serial) {}
+
+    // The text stands right behind the entry, with a zero at its end.
+    unsigned m_hash;
+    int m_length;
+    unsigned m_serial;
 };

@@ -8,7 +8,7 @@
 namespace {
 
 constexpr size_t ChunkSize = 8192;
-// Chunks of ordinary size are cut from slabs. The first ones are small, since most pools are; later ones
+// Chunks of ordinary size are cut from slabs. The first ones are small, since most pools are; large ones
 // are filled with pages at once, which costs a large module far less than a fault for each page.
 constexpr size_t SmallSlab = 256 * 1024;
 constexpr size_t LargeSlab = 1024 * 1024;
@@ -16,7 +16,7 @@ constexpr size_t LargeSlabsFrom = 1024 * 1024; // bytes taken so far
 
 void* newSlab(size_t size)
 {
-    if (size < LargeSlab)
+    if (size <= SmallSlab)
         return malloc(size);
     void* slab = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (slab == MAP_FAILED)
@@ -69,7 +69,7 @@ void* Pool::allocateFromNewChunk(size_t rounded)
         if (wanted > size_t(-1) - sizeof(Chunk))
             refuse();
         size_t size = sizeof(Chunk) + wanted;
-        chunk = static_cast<Chunk*>(wanted == ChunkSize ? cutFromSlab(size) : malloc(size));
+        chunk = static_cast<Chunk*>(wanted == ChunkSize ? cutFromSlab(size) : newSlab(size));
         if (!chunk)
             refuse();
         chunk->size = wanted;

@@ -4,11 +4,13 @@
 
 #include "support/Pool.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <functional>
 #include <map>
 #include <set>
+#include <stdexcept>
 #include <type_traits>
 
 // A growing array of small values, 16 bytes while empty. Storage comes from the pool that is current
@@ -27,6 +29,7 @@ public:
         m_data[m_size++] = value;
     }
     void clear() { m_size = 0; }
+    void truncate(uint32_t size) { m_size = size; } // at most the present size
 
     bool empty() const { return m_size == 0; }
     uint32_t size() const { return m_size; }
@@ -53,6 +56,67 @@ private:
     T* m_data = nullptr;
     uint32_t m_size = 0;
     uint32_t m_capacity = 0;
+};
+
+// A map of few bytes, for one that is filled first and then asked: a list that is put in order when it is
+// asked for something. Grow it only as a PoolList.
+template <class K, class V, class Less> class PoolTable {
+public:
+    struct Entry {
+        K first;
+        V second;
+    };
+    using const_iterator = const Entry*;
+
+    // In place of an entry of that key.
+    void set(K key, V value)
+    {
+        m_ordered = m_ordered && (m_entries.empty() || Less()(m_entries.back().first, key));
+        m_entries.push_back({key, value});
+    }
+    const_iterator find(K key) const
+    {
+        auto found = std::lower_bound(begin(), end(), key,
+                                      [](const Entry& entry, K wanted) { return Less()(entry.first, wanted); });
+        return found != end() && !Less()(key, found->first) ? found : end();
+    }
+    // Throws std::out_of_range where there is none.
+    V at(K key) const
+    {
+        const_iterator found = find(key);
+        if (found == end())
+            throw std::out_of_range("PoolTable::at");
+        return found->second;
+    }
+    void erase(const_iterator entry)
+    {
+        std::copy(entry + 1, end(), m_entries.begin() + (entry - begin()));
+        m_entries.truncate(m_entries.size() - 1);
+    }
+    bool empty() const { return m_entries.empty(); }
+    uint32_t size() const { return ordered().size(); }
+    const_iterator begin() const { return ordered().begin(); }
+    const_iterator end() const { return ordered().end(); }
+
+private:
+    const PoolList<Entry>& ordered() const
+    {
+        if (!m_ordered) {
+            std::stable_sort(m_entries.begin(), m_entries.end(),
+                             [](const Entry& a, const Entry& b) { return Less()(a.first, b.first); });
+            // The last one of each key counts.
+            uint32_t kept = 0;
+            for (uint32_t i = 0; i < m_entries.size(); ++i)
+                if (i + 1 == m_entries.size() || Less()(m_entries[i].first, m_entries[i + 1].first))
+                    m_entries[kept++] = m_entries[i];
+            m_entries.truncate(kept);
+            m_ordered = true;
+        }
+        return m_entries;
+    }
+
+    mutable PoolList<Entry> m_entries;
+    mutable bool m_ordered = true;
 };
 
 // Takes from the pool that was current when the container was made, whichever is current later.

@@ -1,7 +1,9 @@
-// A run of items with consecutive addresses. A new one starts wherever a linker may cut a section.
+// A run of items with consecutive addresses. A new one starts wherever a linker may cut a section. After
+// reading, the items are packed until somebody walks over them.
 #pragma once
 
 #include "zoff/ZOFFInsn.h"
+#include "zoff/ZOFFPackedItems.h"
 
 #include <iterator>
 
@@ -41,14 +43,34 @@ public:
     // Appends an item, which is in no fragment yet. Null is a programming error and stops the program.
     void addInsn(ZOFFInsn* insn);
 
-    iterator begin() const { return iterator(m_first); }
+    iterator begin() const { return iterator(first()); }
     iterator end() const { return iterator(); }
-    ZOFFInsn* first() const { return m_first; } // null when empty
-    ZOFFInsn* last() const { return m_last; }
+    ZOFFInsn* first() const // null when empty
+    {
+        if (m_packed)
+            unpack();
+        return m_first;
+    }
+    ZOFFInsn* last() const
+    {
+        if (m_packed)
+            unpack();
+        return m_last;
+    }
     ZOFFSection* section() const { return m_section; }
 
+    // The items while they are packed; null when they are objects all.
+    const ZOFFPackedItems* packed() const { return m_packed; }
+    void unpack() const;
+
 private:
-    ZOFFInsn* m_first = nullptr;
-    ZOFFInsn* m_last = nullptr;
+    friend class ZOFFItemPacker;
+    friend class ZOFFPackedItems;
+    void link(ZOFFInsn* insn);
+    void link(ZOFFInsn* insn, ZOFFLocus* locus);
+
+    mutable ZOFFInsn* m_first = nullptr;
+    mutable ZOFFInsn* m_last = nullptr;
     ZOFFSection* m_section;
+    mutable ZOFFPackedItems* m_packed = nullptr;
 };

@@ -1,5 +1,7 @@
 #include "zoff/ZOFFInsn.h"
 
+#include "zoff/ZOFFFragment.h"
+
 #include <algorithm>
 #include <bit>
 #include <cstdio>
@@ -31,6 +33,11 @@ std::string ZOFFInsn::printOpCode() const
     return text;
 }
 
+void ZOFFInsn::unpackFragment() const
+{
+    m_fragment->unpack();
+}
+
 void ZOFFInsn::copyBytes(uint8_t* to) const
 {
     for (int i = 0, count = length(); i < count; ++i)
@@ -50,7 +57,7 @@ void ZOFFInsn::appendBytes(std::string_view more)
         m_bytes = to = grown;
     }
     memcpy(to + count, more.data(), more.size());
-    m_byteCount = total & 0x7FFFFFFF;
+    m_byteCount = total & 0x3FFFFFFF;
 }
 
 void ZOFFProcessorInsn::copyBytes(uint8_t* to) const

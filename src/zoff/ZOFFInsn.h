@@ -1,12 +1,14 @@
 // An item of a fragment, whether it emits bytes or not: a machine instruction, a directive, a label, a
 // source position. Items of a fragment are linked to one another, so an item is its own place in the
-// list.
+// list. An item of a fragment that is still packed (ZOFFPackedItems.h) has no neighbours and no source
+// position yet; who asks for them unpacks the fragment.
 #pragma once
 
 #include "zoff/ZOFFExpr.h"
 
 #include <span>
 
+class ZOFFFilename;
 class ZOFFFragment;
 class ZOFFLocus;
 
@@ -33,10 +35,22 @@ public:
     std::string printString() const;
 
     // Neighbours in the fragment, null at its ends.
-    ZOFFInsn* next() const { return m_next; }
-    ZOFFInsn* previous() const { return m_previous; }
+    ZOFFInsn* next() const
+    {
+        needUnpacked();
+        return m_next;
+    }
+    ZOFFInsn* previous() const
+    {
+        needUnpacked();
+        return m_previous;
+    }
     ZOFFFragment* fragment() const { return m_fragment; } // null until it is added to one
-    ZOFFLocus* locus() const { return m_locus; }          // may be null
+    ZOFFLocus* locus() const                              // may be null
+    {
+        needUnpacked();
+        return m_locus;
+    }
     void setLocus(ZOFFLocus* locus) { m_locus = locus; }
     int32_t pc() const { return m_pc; } // -1 means unplaced
     int byteCount() const { return int(m_byteCount); }
@@ -56,7 +70,7 @@ public:
     void setExtensionWord(uint16_t word) { m_extensionWord = word; }
     int32_t instrumentationData() const { return m_instrumentationData; }
     void setInstrumentationData(int32_t data) { m_instrumentationData = data; }
-    ZOFFExpr* operand() const { return m_operand; } // may be null
+    ZOFFExpr* operand() const { return kind() < ZOFFKind::Marker ? m_operand : nullptr; } // may be null
     void setOperand(ZOFFExpr* operand) { m_operand = operand; }
 
 protected:
@@ -64,21 +78,46 @@ protected:
 
 private:
     friend class ZOFFFragment;
+    friend class ZOFFItemPacker;
     static constexpr uint32_t InlineBytes = 8;
+
+    void needUnpacked() const
+    {
+        if (m_packed) [[unlikely]]
+            unpackFragment();
+    }
+    void unpackFragment() const;
 
     // What a walk over all items touches stands in front, in one cache line.
     uint16_t m_extensionWord = 0;
     ZOFFInsn* m_next = nullptr;
+
+protected:
+    // A program has as many source positions as lines, so a marker keeps what it has where other items
+    // have their bytes and their operand.
+    struct MarkerNumbers {
+        int32_t number;      // a label's writer index, or a source position's line
+        int32_t printNumber; // or a source position's record tag
+    };
     union {
         uint8_t m_inline[InlineBytes] = {}; // up to 8 bytes
         uint8_t* m_bytes;                   // in a pool, with room for the next power of two
+        mutable MarkerNumbers m_numbers;
     };
+
+private:
     int32_t m_pc = -1;
-    uint32_t m_byteCount : 31 = 0;
+    uint32_t m_byteCount : 30 = 0;
     uint32_t m_hidden : 1 = false;
+    uint32_t m_packed : 1 = false;
 
 protected:
-    ZOFFExpr* m_operand;
+    union {
+        ZOFFExpr* m_operand;
+        ZOFFSymbol* m_label;       // of a label
+        const HString* m_fileName; // of a file name
+        ZOFFFilename* m_file;      // of a source position
+    };
 
 private:
     ZOFFInsn* m_previous = nullptr;
@@ -102,3 +141,6 @@ protected:
 
     uint64_t m_opcode;
 };
+
+// An instruction of this build's processor, in the current pool; defined where the processor is.
+ZOFFProcessorInsn* newZOFFInsn(uint64_t opcode, ZOFFExpr* operand);

@@ -40,22 +40,21 @@ void ZOFFLoadFile::addSection(ZOFFSection* section, int64_t& total)
         else
             m_sections.add(std::move(run));
     };
-    section->find([&](ZOFFInsn* insn) {
-        int count = insn->length();
+    section->forEachRun([&](const ZOFFRun& bytes) {
+        int64_t count = bytes.size();
         if (count <= 0)
-            return false;
+            return;
         total += count;
         if (total > ZOFFLimits::CodeBytes)
             throw HException("bad object file: section " + name + " is too large");
-        if (insn->pc() < 0)
+        if (bytes.address() < 0)
             throw HException("bad object file: section " + name + " has bytes without an address");
-        auto pc = uint32_t(insn->pc());
+        auto pc = uint32_t(bytes.address());
         if (!run || run->end() != pc) {
             finishRun();
             run = std::make_unique<ExpandingLoadFileSection>(name, pc);
         }
-        insn->copyBytes(run->expand(uint32_t(count)));
-        return false;
+        bytes.copyBytes(run->expand(uint32_t(count)));
     });
     finishRun();
 }

@@ -8,10 +8,10 @@ void ZOFFMarker::print(std::string& out) const
         out += m_name->view();
         return;
     }
-    if (m_printNumber == -1)
-        m_printNumber = m_markCount++;
+    if (m_numbers.printNumber == -1)
+        m_numbers.printNumber = m_markCount++;
     out += '@';
-    out += std::to_string(m_printNumber);
+    out += std::to_string(m_numbers.printNumber);
 }
 
 void ZOFFFilename::print(std::string& out) const

@@ -13,8 +13,8 @@ public:
     void print(std::string& out) const override;
 
     // For a writer; -1 before it has a number, and for anything but a label.
-    int32_t writerIndex() const { return kind() == ZOFFKind::Marker ? m_number : -1; }
-    void setWriterIndex(int32_t index) { m_number = index; }
+    int32_t writerIndex() const { return kind() == ZOFFKind::Marker ? m_numbers.number : -1; }
+    void setWriterIndex(int32_t index) { m_numbers.number = index; }
     // The symbol whose value is this place; null when there is none.
     ZOFFSymbol* label() const { return kind() == ZOFFKind::Marker ? m_label : nullptr; }
     void setLabel(ZOFFSymbol* symbol) { m_label = symbol; }
@@ -22,16 +22,7 @@ public:
     static int32_t m_markCount;
 
 protected:
-    explicit ZOFFMarker(ZOFFKind kind) : ZOFFInsn(kind) {}
-
-    // A program has as many source positions as lines, so the kinds of markers share their room.
-    union {
-        ZOFFSymbol* m_label = nullptr; // of a label
-        const HString* m_fileName;     // of a file name
-        ZOFFFilename* m_file;          // of a source position
-    };
-    int32_t m_number = -1;              // a label's writer index, or a source position's line
-    mutable int32_t m_printNumber = -1; // or a source position's record tag
+    explicit ZOFFMarker(ZOFFKind kind) : ZOFFInsn(kind) { m_numbers = {-1, -1}; }
 };
 
 // The name of a source file. It stands in no fragment.
@@ -49,11 +40,10 @@ public:
     ZOFFLocus(ZOFFFilename* file, int line, ZOFFTag tag) : ZOFFMarker(ZOFFKind::Locus)
     {
         m_file = file;
-        m_number = line;
-        m_printNumber = int32_t(tag);
+        m_numbers = {line, int32_t(tag)};
     }
     ZOFFFilename* file() const { return m_file; }
-    int line() const { return m_number; }
-    ZOFFTag recordTag() const { return ZOFFTag(m_printNumber); }
+    int line() const { return m_numbers.number; }
+    ZOFFTag recordTag() const { return ZOFFTag(m_numbers.printNumber); }
     void print(std::string& out) const override;
 };

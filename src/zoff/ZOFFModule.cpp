@@ -4,6 +4,7 @@
 #include "zoff/ZOFFSection.h"
 #include "zoff/ZOFFSymbol.h"
 
+#include <algorithm>
 #include <memory>
 
 ZOFFModule::ZOFFModule(Pool* pool) : ZOFFScope(ZOFFKind::Module), m_pool(pool) {}
@@ -37,7 +38,7 @@ ZOFFSection* ZOFFModule::findSection(const HString* name) const
 
 void ZOFFModule::makePublic(ZOFFSymbol* symbol)
 {
-    m_publicSymbols[symbol->name()] = symbol;
+    m_publicSymbols.set(symbol->name(), symbol);
 }
 
 void ZOFFModule::makePrivate(ZOFFSymbol* symbol)
@@ -49,10 +50,8 @@ void ZOFFModule::makePrivate(ZOFFSymbol* symbol)
 
 bool ZOFFModule::hasHiddenInsns() const
 {
-    for (ZOFFSection* section : m_sections)
-        if (section->find([](ZOFFInsn* insn) { return insn->hidden(); }))
-            return true;
-    return false;
+    return std::any_of(m_sections.begin(), m_sections.end(),
+                       [](const ZOFFSection* section) { return section->hasHiddenInsns(); });
 }
 
 void ZOFFModule::nameLabels()

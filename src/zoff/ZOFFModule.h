@@ -10,7 +10,7 @@ class ZOFFSection;
 class ZOFFModule : public ZOFFScope {
 public:
     using Sections = PoolMap<const HString*, ZOFFSection*, HString::Earlier>;
-    using PublicSymbols = PoolMap<const HString*, ZOFFSymbol*, HString::Earlier>;
+    using PublicSymbols = PoolTable<const HString*, ZOFFSymbol*, HString::Earlier>;
     using Libraries = PoolSet<const HString*, HString::Earlier>;
     using Attributes = PoolMap<const HString*, const HString*, HString::Earlier>;
 
@@ -63,6 +63,19 @@ public:
     static constexpr int processorAddressSize() { return 2; }
     static constexpr bool processorBigEndian() { return false; }
     static constexpr uint32_t processorAddress(uint32_t address) { return address; }
+    // Bytes of an instruction: as many words as its opcode has, the first word in the highest bits.
+    static constexpr unsigned processorInsnLength(uint64_t opcode)
+    {
+        return opcode <= 0xFFFF ? 2 : opcode >> 48 ? 8 : opcode >> 32 ? 6 : 4;
+    }
+    // The opcode that `count` bytes of code stand for, 2 to 8.
+    static constexpr uint64_t processorOpcode(const uint8_t* bytes, unsigned count)
+    {
+        uint64_t opcode = 0;
+        for (unsigned i = 0; i < count; i += 2)
+            opcode = opcode << 16 | unsigned(bytes[i] | bytes[i + 1] << 8);
+        return opcode;
+    }
 
 private:
     explicit ZOFFModule(Pool* pool);

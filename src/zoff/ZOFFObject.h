@@ -1,4 +1,4 @@
-// The base of everything in a module: a pool object with a type, a name and a scope. All of a module's
+// The base of everything in a module: a pool object with a type and a name. All of a module's
 // objects live in one Pool and go with it; no destructor runs then.
 #pragma once
 
@@ -51,9 +51,8 @@ public:
 
     // May be null. Types make a printed name on demand.
     virtual const HString* getName() const { return m_name; }
-    // The first call counts, later ones are ignored. The scope enters the object into its name map under
-    // getName(), in place of an object of that name; a nameless object is not entered.
-    virtual void setScope(ZOFFScope* scope);
+    // Puts a symbol or a scope into a scope. Nothing else stands in one.
+    virtual void setScope(ZOFFScope* scope) { (void)scope; }
     virtual void markReachable(bool on) { m_reachable = on; }
     virtual ~ZOFFObject() = default;
 
@@ -67,7 +66,6 @@ public:
     // The name as it was given; null when there is none.
     const HString* name() const { return m_name; }
     void setName(const HString* name) { m_name = name; }
-    ZOFFScope* scope() const { return m_scope; }
     // SCOPE_MODULE, SCOPE_FUNCTION or SCOPE_BLOCK; only scopes use it.
     ZOFFTag scopeKind() const { return ZOFFTag(m_scopeKind); }
     void setScopeKind(ZOFFTag tag) { m_scopeKind = uint8_t(tag); }
@@ -89,7 +87,6 @@ protected:
 
     ZOFFType* m_type = nullptr;
     mutable const HString* m_name;
-    ZOFFScope* m_scope = nullptr;
     int32_t m_aliasNumber = 0;
     // A linked executable holds one object an instruction, so small things share bytes. Two bytes
     // behind these are open to derived classes.

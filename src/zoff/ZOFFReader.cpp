@@ -38,13 +38,12 @@ ZOFFModule* ZOFFReader::readFileQuickly(bool verbose)
 inline void ZOFFReader::readWideLiteral()
 {
     uint64_t value = 0;
-    size_t count = getByte();
-    if (count > m_input.size() - m_position) [[unlikely]]
+    const unsigned char* from = m_input.at();
+    if (m_input.left() < 1 || m_input.left() < 1 + size_t(*from)) [[unlikely]]
         endOfInput();
-    const unsigned char* from = m_input.data() + m_position;
-    for (size_t i = 0; i < count; ++i)
-        value = value << 8 | from[i];
-    m_position += count;
+    for (size_t count = *from++; count > 0; --count)
+        value = value << 8 | *from++;
+    m_input.moveTo(from);
     pushConst(int64_t(value));
 }
 
@@ -64,10 +63,9 @@ inline void ZOFFReader::makeString()
 void ZOFFReader::readStringPool()
 {
     auto size = size_t(popConst(0, ZOFFLimits::StringPoolBytes));
-    if (size > m_input.size() - m_position)
+    m_strings = m_input.take(size);
+    if (m_strings.size() != size)
         endOfInput();
-    m_strings = {reinterpret_cast<const char*>(m_input.data()) + m_position, size};
-    m_position += size;
 }
 
 // ---- the machine ----
@@ -78,11 +76,13 @@ ZOFFModule* ZOFFReader::read(bool verbose)
 {
     m_pool = std::make_unique<Pool>();
     CurrentPool current(m_pool.get());
-    while (m_position < m_input.size()) {
-        size_t offset = m_position;
-        unsigned tag = getByte();
+    while (!m_input.atEnd()) {
         if (verbose)
-            trace(offset, tag);
+            trace(m_input.position(), *m_input.at());
+        else if (m_packer.isOpen() && !readPacked())
+            break;
+        unsigned tag = *m_input.at();
+        m_input.moveTo(m_input.at() + 1);
         // The records that every instruction needs are done here; see perform() for all others.
         switch (ZOFFTag(tag)) {
         case ZOFFTag::LitX: readWideLiteral(); break;
@@ -101,6 +101,8 @@ ZOFFModule* ZOFFReader::read(bool verbose)
                 perform(tag);
         }
     }
+    m_packer.close();
+    chargeCode(0);
     m_strings = {};
     if (m_depth != 0)
         bad("stack not empty at EOF");
@@ -151,13 +153,6 @@ void ZOFFReader::needSection() const
 {
     if (!m_section)
         bad("no defined section");
-}
-
-ZOFFInsn& ZOFFReader::currentInsn() const
-{
-    if (!m_insn)
-        bad("no instruction defined");
-    return *m_insn;
 }
 
 ZOFFMarker* ZOFFReader::marker(uint64_t number)
@@ -327,7 +322,7 @@ void ZOFFReader::perform(unsigned number)
         if (m_quick) {
             // The module's scope may still wait on the stack for its symbols.
             m_depth = 0;
-            m_position = m_input.size();
+            m_input.skipAll();
         }
         break;
 
@@ -337,7 +332,10 @@ void ZOFFReader::perform(unsigned number)
         push(section);
         break;
     }
-    case ZOFFTag::Section: m_section = popSection(); break;
+    case ZOFFTag::Section:
+        m_section = popSection();
+        m_packer.close();
+        break;
 
     case ZOFFTag::SetScope:
     case ZOFFTag::ScopeModule:
@@ -369,8 +367,17 @@ void ZOFFReader::perform(unsigned number)
     case ZOFFTag::BytePtr:
     case ZOFFTag::WordPtr: performType(tag); break;
 
-    case ZOFFTag::ResetLocus: m_locus = nullptr; break;
-    case ZOFFTag::AdjustStack: m_stackAdjust = popInt32(); break;
+    case ZOFFTag::ResetLocus:
+        m_locus = nullptr;
+        m_packedLocus.operation = nullptr;
+        if (m_packer.isOpen())
+            m_packer.resetLocus();
+        break;
+    case ZOFFTag::AdjustStack:
+        m_stackAdjust = popInt32();
+        if (m_packer.isOpen())
+            m_packer.setStackAdjust(m_stackAdjust);
+        break;
     case ZOFFTag::InstrumentationData: {
         int32_t data = popInt32();
         currentInsn().setInstrumentationData(data);

@@ -5,11 +5,11 @@
 // the size of the file: what a file asks for beyond that (limits.h) makes it a bad one.
 #pragma once
 
-#include "zoff/ZOFFObject.h"
+#include "zoff/ZOFFInput.h"
+#include "zoff/ZOFFItemPacker.h"
 #include "zoff/limits.h"
 
 #include <memory>
-#include <span>
 #include <string_view>
 #include <vector>
 
@@ -18,11 +18,7 @@ class ZOFFExpr;
 class ZOFFFilename;
 class ZOFFFunctionType;
 class ZOFFInitInsn;
-class ZOFFInsn;
-class ZOFFLocus;
-class ZOFFMarker;
 class ZOFFModule;
-class ZOFFProcessorInsn;
 class ZOFFPtrType;
 class ZOFFSection;
 class ZOFFStrucType;
@@ -34,6 +30,8 @@ public:
     // position in force; without, only the first one behind it does.
     ZOFFReader(const HByteStream* input, bool keepLoci);
     ZOFFReader(std::span<const unsigned char> input, bool keepLoci) : m_input(input), m_keepLoci(keepLoci) {}
+    // The file outlives the reader, too; it is read up to its end.
+    ZOFFReader(HFileBlocks* input, bool keepLoci) : m_input(input), m_keepLoci(keepLoci) {}
     virtual ~ZOFFReader();
     ZOFFReader(const ZOFFReader&) = delete;
     ZOFFReader& operator=(const ZOFFReader&) = delete;
@@ -70,9 +68,10 @@ private:
     // An entry of the stack or of the alias table. Literals and strings become objects only where one
     // is asked for: an executable has several of each for every instruction.
     struct Entry {
-        enum Kind : uint32_t { Object, Const, String };
+        enum Kind : uint8_t { Object, Const, String };
         Kind kind = Object;
-        uint32_t length = 0; // of a string
+        ZOFFKind objectKind = ZOFFKind::Other; // which saves a look at the object
+        uint32_t length = 0;                   // of a string
         union {
             ZOFFObject* object = nullptr;
             int64_t value;
@@ -81,7 +80,13 @@ private:
         bool isNull() const { return kind == Object && !object; }
         ZOFFObject* objectOfKind(ZOFFKind wanted) const
         {
-            return kind == Object && object && object->kind() == wanted ? object : nullptr;
+            return kind == Object && objectKind == wanted ? object : nullptr;
+        }
+        void setObject(ZOFFObject* value)
+        {
+            kind = Object;
+            object = value;
+            objectKind = value ? value->kind() : ZOFFKind::Other;
         }
     };
 
@@ -98,13 +103,13 @@ private:
     [[noreturn]] static void outOfRange();
     [[noreturn]] static void endOfInput();
 
-    unsigned char getByte();
     void readWideLiteral();
     void readStringPool();
     void makeString();
     void setBytes();
     void setPC();
     void addProcessorInsn(bool hidden);
+    void addLocus();
     void pushConst(int64_t value);
     void pushEntry(const Entry& entry);
     Entry popEntry();
@@ -122,16 +127,24 @@ private:
     ZOFFFunctionType* popFunction();
     const HString* nameOf(std::string_view bytes);
     void chargeNameBytes(size_t count);
+    void chargeCode(size_t count);
 
     ZOFFModule& module() const;
     void needSection() const;
-    ZOFFInsn& currentInsn() const;
+    ZOFFInsn& currentInsn();
+    ZOFFLocus* currentLocus();
     ZOFFMarker* marker(uint64_t number);
     void place(ZOFFInsn* insn);
+    void placeMarker(uint64_t number, const HString* name);
     void placeAsCurrent(ZOFFInsn* insn);
 
-    std::span<const unsigned char> m_input;
-    size_t m_position = 0;
+    // The packed way of instructions and source positions, for keepLoci only: see ZOFFReaderPacked.cpp.
+    void openPacker();
+    bool readPacked();
+    bool packInsn(uint64_t opcode, ZOFFExpr* operand, bool hidden);
+    void packLocus(ZOFFFilename* file, int32_t line);
+
+    ZOFFInput m_input;
     bool m_keepLoci;
     bool m_quick = false;
 
@@ -149,6 +162,22 @@ private:
     ZOFFSection* m_section = nullptr;
     ZOFFInsn* m_insn = nullptr;
     ZOFFLocus* m_locus = nullptr;
+    // The two registers above while they are packed items; they become objects when one is asked for.
+    struct PackedInsn {
+        const uint8_t* operation = nullptr; // null when the register is none
+        const uint8_t* bytes;
+        ZOFFFragment* fragment;
+        int32_t pc;
+        int32_t stackAdjust;
+    } m_packedInsn;
+    struct PackedLocus {
+        const uint8_t* operation = nullptr;
+        ZOFFFragment* fragment;
+        ZOFFFilename* file;
+        int32_t line;
+        int32_t pc;
+    } m_packedLocus;
+    ZOFFItemPacker m_packer;
     int32_t m_pc = -1;
     int32_t m_stackAdjust = 0;
     bool m_breakPending = false;
@@ -157,4 +186,4 @@ private:
 };
 
 // The reader of this build's processor; defined where the processor is. The caller deletes it.
-ZOFFReader* newZOFFReader(const HByteStream* input, bool keepLoci);
+ZOFFReader* newZOFFReader(HFileBlocks* input, bool keepLoci);

@@ -3,13 +3,6 @@
 
 #include "zoff/ZOFFReader.h"
 
-inline unsigned char ZOFFReader::getByte()
-{
-    if (m_position >= m_input.size()) [[unlikely]]
-        endOfInput();
-    return m_input[m_position++];
-}
-
 inline void ZOFFReader::pushEntry(const Entry& entry)
 {
     if (m_depth >= ZOFFLimits::StackEntries) [[unlikely]]

@@ -11,9 +11,13 @@
 void ZOFFReader::place(ZOFFInsn* insn)
 {
     insn->setPC(m_pc);
+    if (m_keepLoci) {
+        openPacker();
+        m_packer.addObject(insn);
+        return;
+    }
     insn->setLocus(m_locus);
-    if (!m_keepLoci)
-        m_locus = nullptr;
+    m_locus = nullptr;
     m_section->addInsn(insn);
 }
 
@@ -21,10 +25,19 @@ void ZOFFReader::placeAsCurrent(ZOFFInsn* insn)
 {
     place(insn);
     m_insn = insn;
+    m_packedInsn.operation = nullptr;
 }
 
 void ZOFFReader::addProcessorInsn(bool hidden)
 {
+    if (m_keepLoci && m_depth >= 2 && m_stack[m_depth - 1].kind == Entry::Const) {
+        const Entry& operand = m_stack[m_depth - 2];
+        if (operand.kind == Entry::Object && (!operand.object || operand.object->isExpr()) &&
+            packInsn(uint64_t(m_stack[m_depth - 1].value), static_cast<ZOFFExpr*>(operand.object), hidden)) {
+            m_depth -= 2;
+            return;
+        }
+    }
     ZOFFInsn* insn = makeInsn();
     insn->setStackAdjust(m_stackAdjust);
     insn->setHidden(hidden);
@@ -44,10 +57,26 @@ void ZOFFReader::setBytes()
 {
     std::string_view bytes = popString();
     ZOFFInsn& insn = currentInsn();
-    m_codeBytes += int64_t(bytes.size());
-    if (m_codeBytes > ZOFFLimits::CodeBytes)
-        bad("too much code");
+    chargeCode(bytes.size());
     insn.appendBytes(bytes);
+}
+
+void ZOFFReader::chargeCode(size_t count)
+{
+    m_codeBytes += int64_t(count);
+    if (m_codeBytes + m_packer.codeBytes() > ZOFFLimits::CodeBytes)
+        bad("too much code");
+}
+
+// The number has been checked against the size of the file; the name may be null.
+void ZOFFReader::placeMarker(uint64_t number, const HString* name)
+{
+    ZOFFMarker* placed = marker(number);
+    if (placed->fragment())
+        bad("marker defined more than once");
+    if (name)
+        placed->setName(name);
+    place(placed);
 }
 
 void ZOFFReader::performItem(ZOFFTag tag)
@@ -79,26 +108,24 @@ void ZOFFReader::performItem(ZOFFTag tag)
         break;
     }
     case ZOFFTag::MarkerDef: {
-        ZOFFMarker* placed = marker(uint64_t(popConst(0, m_input.size())));
-        const HString* name = popNameOrNull();
-        if (placed->fragment())
-            bad("marker defined more than once");
-        if (name)
-            placed->setName(name);
-        place(placed);
+        auto number = uint64_t(popConst(0, m_input.size()));
+        placeMarker(number, popNameOrNull());
         break;
     }
     case ZOFFTag::Locus: {
         int32_t line = popInt32();
-        auto* locus = new ZOFFLocus(popFile(), line, tag);
-        locus->setPC(m_pc);
-        m_section->addInsn(locus);
-        m_locus = locus;
-        if (m_keepLoci)
-            locus->setLocus(locus);
+        ZOFFFilename* file = popFile();
+        if (m_keepLoci) {
+            packLocus(file, line);
+            break;
+        }
+        m_locus = new ZOFFLocus(file, line, tag);
+        m_locus->setPC(m_pc);
+        m_section->addInsn(m_locus);
         break;
     }
     case ZOFFTag::Break:
+        m_packer.close();
         m_section->newFragment();
         m_breakPending = true;
         break;

@@ -33,7 +33,7 @@ void ZOFFReader::endOfInput()
 void ZOFFReader::push(ZOFFObject* object)
 {
     Entry entry;
-    entry.object = object;
+    entry.setObject(object);
     pushEntry(entry);
 }
 
@@ -49,10 +49,8 @@ ZOFFObject* ZOFFReader::objectOf(const Entry& entry)
 // What is reached from two places is one object: a literal may get its type through one of them.
 ZOFFReader::Entry ZOFFReader::shared(Entry entry)
 {
-    if (entry.kind == Entry::Const) {
-        entry.object = objectOf(entry);
-        entry.kind = Entry::Object;
-    }
+    if (entry.kind == Entry::Const)
+        entry.setObject(objectOf(entry));
     return entry;
 }
 

@@ -9,7 +9,7 @@ class ZOFFSymbol;
 
 class ZOFFScope : public ZOFFObject {
 public:
-    using Symbols = PoolMap<const HString*, ZOFFObject*, HString::Earlier>;
+    using Symbols = PoolTable<const HString*, ZOFFObject*, HString::Earlier>;
 
     // The kind is SCOPE_FUNCTION or SCOPE_BLOCK; start and end may be null.
     explicit ZOFFScope(ZOFFTag kind, ZOFFMarkerExpr* start = nullptr, ZOFFMarkerExpr* end = nullptr);
@@ -17,6 +17,7 @@ public:
     // Stores the parent and appends this scope to its children, at each call. Throws HException when
     // scopes are nested too deeply.
     void setScope(ZOFFScope* parent) override;
+    ZOFFScope* scope() const { return m_scope; } // may be null
 
     // Ordered by when a name was first seen.
     Symbols& symbols() { return m_symbols; }
@@ -34,6 +35,7 @@ protected:
 
 private:
     uint16_t m_depth = 0;
+    ZOFFScope* m_scope = nullptr;
     Symbols m_symbols;
     PoolList<ZOFFScope*> m_children;
     ZOFFMarkerExpr* m_start = nullptr;

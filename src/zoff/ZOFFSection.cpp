@@ -1,6 +1,7 @@
 #include "zoff/ZOFFSection.h"
 
 #include <algorithm>
+#include <cstring>
 
 ZOFFFragment* ZOFFSection::newFragment()
 {
@@ -16,14 +17,26 @@ void ZOFFSection::addInsn(ZOFFInsn* insn)
 
 ZOFFInsn* ZOFFSection::findInsnAt(uint32_t address) const
 {
-    return find([address](ZOFFInsn* insn) { return uint32_t(insn->pc()) == address && insn->length() > 0; });
+    return findAround(address, [address](ZOFFInsn* insn) {
+        return uint32_t(insn->pc()) == address && insn->length() > 0;
+    });
 }
 
 ZOFFInsn* ZOFFSection::findInsnInRange(uint32_t address) const
 {
-    return find([address](ZOFFInsn* insn) {
+    return findAround(address, [address](ZOFFInsn* insn) {
         uint32_t pc = uint32_t(insn->pc());
         return pc <= address && address < uint64_t(pc) + uint64_t(std::max(insn->length(), 0));
+    });
+}
+
+bool ZOFFSection::hasHiddenInsns() const
+{
+    return std::any_of(m_fragments.begin(), m_fragments.end(), [](const ZOFFFragment* fragment) {
+        if (const ZOFFPackedItems* packed = fragment->packed())
+            return packed->hasHiddenInsns();
+        return std::any_of(fragment->begin(), fragment->end(),
+                           [](const ZOFFInsn* insn) { return insn->hidden(); });
     });
 }
 
@@ -33,16 +46,17 @@ void ZOFFSection::measure()
     int64_t sum = 0;
     uint32_t lowest = UnknownAddress, highest = 0;
     bool placed = false;
-    find([&](ZOFFInsn* insn) {
-        int length = insn->length();
-        sum += std::max(length, 0);
-        if (length > 0 && insn->pc() >= 0) {
-            uint32_t pc = uint32_t(insn->pc());
-            lowest = std::min(lowest, pc);
-            highest = std::max(highest, pc + uint32_t(length) - 1);
+    forEachRun([&](const ZOFFRun& run) {
+        int64_t size = run.size();
+        if (size <= 0)
+            return;
+        sum += size;
+        if (run.address() >= 0) {
+            auto from = uint32_t(run.address());
+            lowest = std::min(lowest, from);
+            highest = std::max(highest, from + uint32_t(size) - 1);
             placed = true;
         }
-        return false;
     });
     m_accumulatedSize = sum;
     m_lowest = lowest;
@@ -80,16 +94,19 @@ void ZOFFSection::forgetMetrics()
 void ZOFFSection::dump(size_t size, uint8_t* buffer)
 {
     computeSectionMetrics();
-    find([&](ZOFFInsn* insn) {
-        int length = insn->length();
-        if (length <= 0 || insn->pc() < 0)
-            return false;
-        size_t at = uint32_t(insn->pc()) - m_lowest;
-        if (at + size_t(length) <= size)
-            insn->copyBytes(buffer + at);
+    forEachRun([&](const ZOFFRun& run) {
+        int64_t count = run.size();
+        if (count <= 0 || run.address() < 0)
+            return;
+        size_t at = uint32_t(run.address()) - m_lowest;
+        if (at >= size)
+            return;
+        if (size_t(count) <= size - at)
+            run.copyBytes(buffer + at);
+        else if (run.item)
+            for (size_t i = 0; i < size - at; ++i)
+                buffer[at + i] = run.item->getByte(int(i));
         else
-            for (int i = 0; i < length && at + size_t(i) < size; ++i)
-                buffer[at + size_t(i)] = insn->getByte(i);
-        return false;
+            memcpy(buffer + at, run.bytes, size - at);
     });
 }

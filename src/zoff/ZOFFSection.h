@@ -43,6 +43,8 @@ public:
     // For an assembler, after items were moved or changed.
     void forgetMetrics();
 
+    bool hasHiddenInsns() const;
+
     // Stores each byte of each placed item at its distance from the lowest address. Bytes that would
     // fall beyond `size` are left out.
     void dump(size_t size, uint8_t* buffer);
@@ -51,13 +53,40 @@ public:
     template <class Visitor> ZOFFInsn* find(Visitor&& visit) const
     {
         for (ZOFFFragment* fragment : m_fragments)
-            for (ZOFFInsn* insn = fragment->first(); insn; insn = insn->next())
-                if (visit(insn))
-                    return insn;
+            if (ZOFFInsn* found = findIn(fragment, visit))
+                return found;
         return nullptr;
+    }
+    // Calls `visit` with each run of bytes (ZOFFRun), in order, and makes no objects of packed items.
+    template <class Visitor> void forEachRun(Visitor&& visit) const
+    {
+        for (ZOFFFragment* fragment : m_fragments) {
+            if (const ZOFFPackedItems* packed = fragment->packed())
+                for (const ZOFFRun& run : packed->runs())
+                    visit(run);
+            else
+                for (ZOFFInsn* insn : *fragment)
+                    visit(ZOFFRun{insn, nullptr, 0, 0});
+        }
     }
 
 private:
+    template <class Visitor> static ZOFFInsn* findIn(ZOFFFragment* fragment, Visitor& visit)
+    {
+        for (ZOFFInsn* insn = fragment->first(); insn; insn = insn->next())
+            if (visit(insn))
+                return insn;
+        return nullptr;
+    }
+    // The first item for which `visit` is true, of those that may stand at an address.
+    template <class Visitor> ZOFFInsn* findAround(uint32_t address, Visitor&& visit) const
+    {
+        for (ZOFFFragment* fragment : m_fragments)
+            if (!fragment->packed() || fragment->packed()->covers(address))
+                if (ZOFFInsn* found = findIn(fragment, visit))
+                    return found;
+        return nullptr;
+    }
     void measure();
 
     bool m_metricsKnown = false;

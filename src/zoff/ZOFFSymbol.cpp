@@ -1,5 +1,17 @@
 #include "zoff/ZOFFSymbol.h"
 
+#include "zoff/ZOFFScope.h"
+
+void ZOFFSymbol::setScope(ZOFFScope* scope)
+{
+    if (m_scope)
+        return;
+    m_scope = scope;
+    const HString* name = getName();
+    if (scope && name)
+        scope->symbols().set(name, this);
+}
+
 ZOFFEvaluation ZOFFSymbol::evaluate() const
 {
     if (!m_value)

@@ -9,6 +9,11 @@ class ZOFFSymbol : public ZOFFObject {
 public:
     explicit ZOFFSymbol(const HString* name) : ZOFFObject(ZOFFKind::Symbol, name) {}
 
+    // The first call counts, later ones are ignored. The scope enters the symbol into its name map under
+    // getName(), in place of an object of that name; a nameless symbol is not entered.
+    void setScope(ZOFFScope* scope) override;
+    ZOFFScope* scope() const { return m_scope; } // null in the module
+
     // Unresolved while the symbol has no value.
     ZOFFEvaluation evaluate() const;
 
@@ -32,6 +37,7 @@ public:
 private:
     bool m_patchable = false;
     bool m_patched = false;
+    ZOFFScope* m_scope = nullptr;
     ZOFFExpr* m_value = nullptr;
     ZOFFLocus* m_locus = nullptr;
     int32_t m_codeletIndex = -1;

@@ -29,7 +29,7 @@ ZOFFModule* ZOFFfiles::getModule(const Path& path)
     }
     // Time and size are those from before the read: a file that is written meanwhile is read again.
     openFilesInfo info{now, now.lastModified(), now.size()};
-    HFileInputByteStream input(now.osPath());
+    HFileBlocks input(now.osPath());
     std::unique_ptr<ZOFFReader> reader(newZOFFReader(&input, true));
     info.module = reader->readFile(false);
     if (!info.module)

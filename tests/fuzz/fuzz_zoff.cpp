@@ -67,26 +67,80 @@ void walk(ZOFFModule* module)
     walkScope(module);
 }
 
+ZOFFModule* read(const uint8_t* data, size_t size, bool keepLoci, bool quick, std::string& words)
+{
+    ZOFFMAXQ30Reader reader(std::span<const unsigned char>(data, size), keepLoci);
+    try {
+        return quick ? reader.readFileQuickly(false) : reader.readFile(false);
+    } catch (const HException& failure) {
+        words = failure.message();
+        if (words.empty())
+            abort();
+        return nullptr;
+    }
+}
+
+// Items with source positions are packed first, those without are objects at once.
+void compare(const ZOFFSection* packed, const ZOFFSection* objects)
+{
+    std::vector<const ZOFFInsn*> items;
+    packed->find([&](ZOFFInsn* insn) {
+        items.push_back(insn);
+        return false;
+    });
+    size_t i = 0;
+    objects->find([&](ZOFFInsn* other) {
+        const ZOFFInsn* insn = i < items.size() ? items[i++] : nullptr;
+        if (!insn || insn->kind() != other->kind() || insn->pc() != other->pc() ||
+            insn->hidden() != other->hidden() || insn->stackAdjust() != other->stackAdjust() ||
+            insn->printOpCode() != other->printOpCode() || insn->length() != other->length())
+            abort();
+        return false;
+    });
+    if (i != items.size())
+        abort();
+}
+
+void compare(const ZOFFModule* packed, const ZOFFModule* objects)
+{
+    if (packed->sections().size() != objects->sections().size())
+        abort();
+    for (uint32_t i = 0; i < packed->sections().size(); ++i) {
+        ZOFFSection* a = packed->sections()[i];
+        ZOFFSection* b = objects->sections()[i];
+        if (a->getSize() != b->getSize() || a->accumulatedSize() != b->accumulatedSize() ||
+            a->lowestAddress() != b->lowestAddress() || a->hasHiddenInsns() != b->hasHiddenInsns())
+            abort();
+        if (i % 2)
+            walkSection(a); // still packed
+        compare(a, b);
+    }
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-    for (bool keepLoci : {true, false}) {
-        ZOFFMAXQ30Reader reader(std::span<const unsigned char>(data, size), keepLoci);
-        ZOFFModule* module = nullptr;
-        try {
-            module = keepLoci ? reader.readFile(false) : reader.readFileQuickly(false);
-        } catch (const HException& failure) {
-            if (failure.message().empty())
-                abort();
-        }
+    std::string words, otherWords, quickWords;
+    ZOFFModule* packed = read(data, size, true, false, words);
+    ZOFFModule* objects = read(data, size, false, false, otherWords);
+    ZOFFModule* quick = read(data, size, false, true, quickWords);
+    if (words != otherWords || !packed != !objects)
+        abort();
+    try {
+        if (packed && objects)
+            compare(packed, objects);
+    } catch (const HException&) {
+    }
+    for (ZOFFModule* module : {packed, quick}) {
         if (!module)
             continue;
         try {
             walk(module);
         } catch (const HException&) {
         }
-        ZOFFReader::release(module);
     }
+    for (ZOFFModule* module : {packed, objects, quick})
+        ZOFFReader::release(module);
     return 0;
 }
