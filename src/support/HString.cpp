@@ -108,7 +108,8 @@ const HString* HString::intern(const char* text, int length, Modifier modifier)
     static Table& table = *new Table;
     size_t slot;
     auto same = [=](const HString* entry) {
-        return entry->m_length == length && (length == 0 || memcmp(entry->c_str(), text, size_t(length)) == 0);
+        return entry->m_length == length &&
+               (length == 0 || memcmp(entry->c_str(), text, size_t(length)) == 0);
     };
     if (const HString* found = table.find(hash, same, slot))
         return found;

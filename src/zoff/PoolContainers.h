@@ -76,8 +76,8 @@ public:
     }
     const_iterator find(K key) const
     {
-        auto found = std::lower_bound(begin(), end(), key,
-                                      [](const Entry& entry, K wanted) { return Less()(entry.first, wanted); });
+        auto found = std::lower_bound(
+            begin(), end(), key, [](const Entry& entry, K wanted) { return Less()(entry.first, wanted); });
         return found != end() && !Less()(key, found->first) ? found : end();
     }
     // Throws std::out_of_range where there is none.

@@ -85,12 +85,14 @@ void ZOFFPackedItems::unpack(ZOFFFragment& fragment) const
 {
     CurrentPool current(m_pool);
     std::vector<Made> made(m_made.begin(), m_made.end());
-    std::sort(made.begin(), made.end(), [](const Made& a, const Made& b) { return a.operation < b.operation; });
+    std::sort(made.begin(), made.end(),
+              [](const Made& a, const Made& b) { return a.operation < b.operation; });
     auto madeOf = [&made](const uint8_t* operation) -> ZOFFInsn* {
         if (made.empty())
             return nullptr;
-        auto found = std::lower_bound(made.begin(), made.end(), operation,
-                                      [](const Made& a, const uint8_t* wanted) { return a.operation < wanted; });
+        auto found =
+            std::lower_bound(made.begin(), made.end(), operation,
+                             [](const Made& a, const uint8_t* wanted) { return a.operation < wanted; });
         return found != made.end() && found->operation == operation ? found->item : nullptr;
     };
     CodeBytes code(m_runs);

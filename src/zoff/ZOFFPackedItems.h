@@ -52,15 +52,15 @@ private:
         Insn = 0, // 0 to 31: an instruction, words less one and the flags; the operand's pointer
         Hidden = 4,
         OperandMask = 24,
-        Object = 32,  // a pointer: an item that exists
-        Step,         // one signed byte: a source position, so many lines behind the last one
-        Line,         // a number: a source position
-        File,         // a pointer: the file of source positions from here on, whose lines count from 0
-        SetPC,        // a number: the address of the next item, where it isn't behind the last one
-        AdjustStack,  // a number: of instructions from here on
-        ResetLocus,   // items from here on have no source position
-        UseLocus,     // a pointer: items from here on have this one, from another fragment
-        Continue      // a pointer: where the stream goes on; null at its end
+        Object = 32, // a pointer: an item that exists
+        Step,        // one signed byte: a source position, so many lines behind the last one
+        Line,        // a number: a source position
+        File,        // a pointer: the file of source positions from here on, whose lines count from 0
+        SetPC,       // a number: the address of the next item, where it isn't behind the last one
+        AdjustStack, // a number: of instructions from here on
+        ResetLocus,  // items from here on have no source position
+        UseLocus,    // a pointer: items from here on have this one, from another fragment
+        Continue     // a pointer: where the stream goes on; null at its end
     };
 
     // An object that was made of a packed item before all others, by the place of its operation.

@@ -412,4 +412,3 @@ void ZOFFReader::perform(unsigned number)
     default: bad("unknown tag");
     }
 }
-

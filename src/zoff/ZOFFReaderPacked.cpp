@@ -89,7 +89,8 @@ inline const char* takeBytes(const unsigned char*& at, std::string_view strings,
     if (length != count || offset > strings.size() || strings.size() - offset < count)
         return nullptr;
     const char* code = strings.data() + offset;
-    return ZOFFModule::processorOpcode(reinterpret_cast<const uint8_t*>(code), count) == opcode ? code : nullptr;
+    return ZOFFModule::processorOpcode(reinterpret_cast<const uint8_t*>(code), count) == opcode ? code
+                                                                                                : nullptr;
 }
 
 // The same for an instruction of one word behind its usual records; `bytes` are the first of them.

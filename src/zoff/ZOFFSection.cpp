@@ -17,9 +17,8 @@ void ZOFFSection::addInsn(ZOFFInsn* insn)
 
 ZOFFInsn* ZOFFSection::findInsnAt(uint32_t address) const
 {
-    return findAround(address, [address](ZOFFInsn* insn) {
-        return uint32_t(insn->pc()) == address && insn->length() > 0;
-    });
+    return findAround(
+        address, [address](ZOFFInsn* insn) { return uint32_t(insn->pc()) == address && insn->length() > 0; });
 }
 
 ZOFFInsn* ZOFFSection::findInsnInRange(uint32_t address) const

@@ -71,7 +71,9 @@ public:
                 switchTo(int(random(3)));
             break;
         case 10: late(); break;
-        case 11: case 12: case 13: locus(m_line + int(random(5)) - 1, m_file); break;
+        case 11:
+        case 12:
+        case 13: locus(m_line + int(random(5)) - 1, m_file); break;
         default: insn();
         }
     }
@@ -133,16 +135,11 @@ private:
             m_records.lit(8).tag(T::Align);
             current(add(ZOFFKind::Align));
             break;
-        default:
-            m_records.lit(9).tag(T::LocalInsn);
-            current(add(ZOFFKind::Local));
+        default: m_records.lit(9).tag(T::LocalInsn); current(add(ZOFFKind::Local));
         }
     }
     void current(Item& item) { m_current = {m_section, size_t(&item - items[m_section].data())}; }
-    Item* currentItem()
-    {
-        return m_current.first < 0 ? nullptr : &items[m_current.first][m_current.second];
-    }
+    Item* currentItem() { return m_current.first < 0 ? nullptr : &items[m_current.first][m_current.second]; }
     void bytes(const std::string& text)
     {
         m_records.text(text).tag(T::SetBytes);
@@ -159,14 +156,13 @@ private:
             m_records.lit(77).tag(T::InstrumentationData);
             currentItem()->data = 77;
             break;
-        default:
-            m_records.lit(0x1234).tag(T::ExtensionWord);
-            currentItem()->extension = 0x1234;
+        default: m_records.lit(0x1234).tag(T::ExtensionWord); currentItem()->extension = 0x1234;
         }
     }
     void insn()
     {
-        static const uint64_t opcodes[] = {0xDA3A, 0x0912, 0x35, 0x0B123D45, 0x0B000B013D02, 0x0B010B020B033D04};
+        static const uint64_t opcodes[] = {0xDA3A,     0x0912,         0x35,
+                                           0x0B123D45, 0x0B000B013D02, 0x0B010B020B033D04};
         uint64_t opcode = opcodes[random(3) ? random(2) : random(6)];
         unsigned words = opcode > 0xFFFFFFFFFFFF ? 4 : opcode > 0xFFFFFFFF ? 3 : opcode > 0xFFFF ? 2 : 1;
         std::string code;
@@ -395,7 +391,8 @@ TEST(ZOFFInput, AFileInBlocksReadsLikeOneInMemory)
         for (size_t cut = size; cut < size + 12; ++cut) {
             std::string part = bytes.substr(0, cut);
             folder.write("long.kvx", part);
-            EXPECT_EQ(outcome([&] { return readBlocks(path); }), outcome([&] { return readSpan(part, true); }))
+            EXPECT_EQ(outcome([&] { return readBlocks(path); }),
+                      outcome([&] { return readSpan(part, true); }))
                 << cut;
         }
     }
