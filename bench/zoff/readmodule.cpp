@@ -1,6 +1,7 @@
-// Reads an executable, makes its load sections, and prints its disassembly into a buffer: the work of a
-// session as a process of its own. With "read" it does nothing but read. The rest of the process is the
-// same in both, so a run by itself can be compared with other programs.
+// Reads an executable, makes its load sections, then the objects of all its items, and prints the
+// disassembly into a buffer: the work of a session as a process of its own. With "read" it does nothing but
+// read, with "walk" it reads and makes the objects. The rest of the process is the same, so a run by itself
+// can be compared with other programs.
 #include "maxq30/ZOFFMAXQ30Insn.cpp"
 #include "maxq30/ZOFFMAXQ30Reader.cpp"
 
@@ -11,7 +12,6 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <new>
 #include <unistd.h>
 
@@ -66,14 +66,25 @@ int main(int argc, char** argv)
         ZOFFLoadFile file{Path(argv[1])};
         double read = seconds() - start;
         size_t memory = resident() - before;
-        if (argc > 2 && strcmp(argv[2], "read") == 0)
+        std::string only = argc > 2 ? argv[2] : "";
+        if (only == "read")
             return 0;
 
         start = seconds();
-        uint64_t bytes = file.loadFileSections().length();
+        uint64_t bytes = only == "walk" ? 0 : file.loadFileSections().length();
         double sections = seconds() - start;
 
         size_t count = 0, length = 0;
+        start = seconds();
+        for (ZOFFSection* section : file.module()->sections())
+            section->find([&](ZOFFInsn* insn) {
+                count += insn->kind() == ZOFFKind::Processor;
+                return false;
+            });
+        double objects = seconds() - start;
+        size_t memoryOfAll = resident() - before;
+        if (only == "walk")
+            return 0;
         std::string text;
         text.reserve(256);
         size_t allocations = g_allocations;
@@ -84,13 +95,12 @@ int main(int argc, char** argv)
                     text.clear();
                     insn->print(text);
                     length += text.size();
-                    ++count;
                 }
                 return false;
             });
         double disassembly = seconds() - start;
-        printf("%zu %zu %.6f %.6f %.6f %zu %zu %zu\n", count, memory, read, sections, disassembly,
-               g_allocations - allocations, size_t(bytes), length);
+        printf("%zu %zu %zu %.6f %.6f %.6f %.6f %zu %zu %zu\n", count, memory, memoryOfAll, read, sections,
+               objects, disassembly, g_allocations - allocations, size_t(bytes), length);
     } catch (const HException& failure) {
         fprintf(stderr, "%s\n", failure.message().c_str());
         return 1;

@@ -1,6 +1,7 @@
 #include "maxq30/ZOFFMAXQ30Reader.h"
 
 #include "maxq30/ZOFFMAXQ30Insn.h"
+#include "zoff/ZOFFReaderInline.h"
 
 ZOFFProcessorInsn* ZOFFMAXQ30Reader::makeInsn()
 {

@@ -119,11 +119,8 @@ Pool* Pool::setCurrentPool(Pool* pool)
     return previous;
 }
 
-Pool* Pool::currentPool()
+Pool* Pool::makeLastResort()
 {
-    if (!s_currentPool) {
-        static Pool* lastResort = new Pool;
-        s_currentPool = lastResort;
-    }
-    return s_currentPool;
+    static Pool* lastResort = new Pool;
+    return s_currentPool = lastResort;
 }

@@ -39,7 +39,7 @@ public:
     // The pool from which pool objects are made, process-wide; may be null. Answers the earlier one.
     static Pool* setCurrentPool(Pool* pool);
     // The current pool; when none is set a fresh one is made, which lives as long as the process.
-    static Pool* currentPool();
+    static Pool* currentPool() { return s_currentPool ? s_currentPool : makeLastResort(); }
 
 private:
     struct Chunk {
@@ -49,6 +49,7 @@ private:
     };
     void* allocateFromNewChunk(size_t rounded);
     [[noreturn]] static void* refuse();
+    static Pool* makeLastResort();
 
     Chunk* m_chunks = nullptr; // newest first
     char* m_data = nullptr;    // data of the newest chunk

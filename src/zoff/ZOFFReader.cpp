@@ -37,8 +37,13 @@ ZOFFModule* ZOFFReader::readFileQuickly(bool verbose)
 
 inline void ZOFFReader::readWideLiteral()
 {
-    uint64_t value = 0;
     const unsigned char* from = m_input.at();
+    if (uint64_t value; m_input.left() >= 9 && takeNumber(from, value)) [[likely]] {
+        m_input.moveTo(from);
+        pushConst(int64_t(value));
+        return;
+    }
+    uint64_t value = 0;
     if (m_input.left() < 1 || m_input.left() < 1 + size_t(*from)) [[unlikely]]
         endOfInput();
     for (size_t count = *from++; count > 0; --count)
@@ -70,54 +75,6 @@ void ZOFFReader::readStringPool()
 
 // ---- the machine ----
 
-// All objects, the module among them, go into one pool, which is the module's own once it is there; a
-// read that fails drops it.
-ZOFFModule* ZOFFReader::read(bool verbose)
-{
-    m_pool = std::make_unique<Pool>();
-    CurrentPool current(m_pool.get());
-    while (!m_input.atEnd()) {
-        if (verbose)
-            trace(m_input.position(), *m_input.at());
-        else if (m_packer.isOpen() && !readPacked())
-            break;
-        unsigned tag = *m_input.at();
-        m_input.moveTo(m_input.at() + 1);
-        // The records that every instruction needs are done here; see perform() for all others.
-        switch (ZOFFTag(tag)) {
-        case ZOFFTag::LitX: readWideLiteral(); break;
-        case ZOFFTag::Null: pushEntry(Entry()); break;
-        case ZOFFTag::MkString: makeString(); break;
-        case ZOFFTag::SetPC: setPC(); break;
-        case ZOFFTag::SetBytes: setBytes(); break;
-        case ZOFFTag::Insn:
-            needSection();
-            addProcessorInsn(false);
-            break;
-        default:
-            if (tag <= unsigned(ZOFFTag::Lit7))
-                pushConst(tag);
-            else
-                perform(tag);
-        }
-    }
-    m_packer.close();
-    chargeCode(0);
-    m_strings = {};
-    if (m_depth != 0)
-        bad("stack not empty at EOF");
-    // Sections that are filled from one another in a circle have no size.
-    for (ZOFFInitInsn* init : m_inits)
-        init->length();
-    if (!m_module) {
-        m_pool.reset();
-        return nullptr;
-    }
-    m_module->nameLabels();
-    m_pool.release(); // the module's from here on
-    return m_module;
-}
-
 void ZOFFReader::trace(size_t offset, unsigned tag) const
 {
     const char* name = tagName(tag);
@@ -142,6 +99,16 @@ std::string ZOFFReader::describe(const Entry& entry) const
 
 // ---- registers of the machine ----
 
+namespace {
+
+// Entries for a table in which there is none of that number yet: most numbers are the next ones.
+size_t grownTo(uint64_t number)
+{
+    return size_t(number + number / 2 + 64);
+}
+
+} // namespace
+
 ZOFFModule& ZOFFReader::module() const
 {
     if (!m_module)
@@ -158,7 +125,7 @@ void ZOFFReader::needSection() const
 ZOFFMarker* ZOFFReader::marker(uint64_t number)
 {
     if (number >= m_markers.size())
-        m_markers.resize(size_t(number) + 1);
+        m_markers.resize(grownTo(number));
     ZOFFMarker*& entry = m_markers[size_t(number)];
     if (!entry)
         entry = new ZOFFMarker;
@@ -167,10 +134,23 @@ ZOFFMarker* ZOFFReader::marker(uint64_t number)
 
 // ---- the records ----
 
-void ZOFFReader::perform(unsigned number)
+[[gnu::always_inline]] inline void ZOFFReader::perform(unsigned number)
 {
     auto tag = ZOFFTag(number);
     switch (tag) {
+    case ZOFFTag::Lit0:
+    case ZOFFTag::Lit1:
+    case ZOFFTag::Lit2:
+    case ZOFFTag::Lit3:
+    case ZOFFTag::Lit4:
+    case ZOFFTag::Lit5:
+    case ZOFFTag::Lit6:
+    case ZOFFTag::Lit7: pushConst(number); break;
+    case ZOFFTag::LitX: readWideLiteral(); break;
+    case ZOFFTag::Null: pushEntry(Entry()); break;
+    case ZOFFTag::MkString: makeString(); break;
+    case ZOFFTag::SetPC: setPC(); break;
+    case ZOFFTag::SetBytes: setBytes(); break;
     case ZOFFTag::NullNull:
         push(nullptr);
         push(nullptr);
@@ -226,7 +206,7 @@ void ZOFFReader::perform(unsigned number)
         auto n = size_t(popConst(0, m_input.size()));
         Entry entry = shared(popEntry());
         if (n >= m_aliases.size())
-            m_aliases.resize(n + 1);
+            m_aliases.resize(grownTo(n));
         if (!m_aliases[n].isNull())
             bad("alias defined more than once");
         m_aliases[n] = entry;
@@ -411,4 +391,36 @@ void ZOFFReader::perform(unsigned number)
 
     default: bad("unknown tag");
     }
+}
+
+// All objects, the module among them, go into one pool, which is the module's own once it is there; a
+// read that fails drops it.
+ZOFFModule* ZOFFReader::read(bool verbose)
+{
+    m_pool = std::make_unique<Pool>();
+    CurrentPool current(m_pool.get());
+    while (!m_input.atEnd()) {
+        if (verbose)
+            trace(m_input.position(), *m_input.at());
+        else if (m_packer.isOpen() && !readPacked())
+            break;
+        unsigned tag = *m_input.at();
+        m_input.moveTo(m_input.at() + 1);
+        perform(tag);
+    }
+    m_packer.close();
+    chargeCode(0);
+    m_strings = {};
+    if (m_depth != 0)
+        bad("stack not empty at EOF");
+    // Sections that are filled from one another in a circle have no size.
+    for (ZOFFInitInsn* init : m_inits)
+        init->length();
+    if (!m_module) {
+        m_pool.reset();
+        return nullptr;
+    }
+    m_module->nameLabels();
+    m_pool.release(); // the module's from here on
+    return m_module;
 }

@@ -100,6 +100,7 @@ private:
 
     [[noreturn]] static void bad(const char* what);
     [[noreturn]] static void badOperand(const char* expected);
+    [[noreturn]] static void notASymbol();
     [[noreturn]] static void outOfRange();
     [[noreturn]] static void endOfInput();
 

@@ -7,20 +7,11 @@
 #include "zoff/ZOFFModule.h"
 #include "zoff/ZOFFSection.h"
 
-#include <bit>
 #include <initializer_list>
 
 using Items = ZOFFPackedItems;
 
 namespace {
-
-// Eight bytes of the file, the first one lowest.
-inline uint64_t load(const unsigned char* at)
-{
-    uint64_t bytes;
-    memcpy(&bytes, at, sizeof bytes);
-    return std::endian::native == std::endian::little ? bytes : __builtin_bswap64(bytes);
-}
 
 constexpr unsigned Any = 256;
 
@@ -64,14 +55,8 @@ constexpr Pattern SetBytes3 = {LitX, 3, Any, Any, Any, 2, MkString, SetBytes};
 // A literal of at most eight bytes; ten bytes must be there. Others are left to the reader's main loop.
 inline bool takeLiteral(const unsigned char*& at, uint64_t& value)
 {
-    if (*at == LitX) {
-        unsigned count = at[1];
-        if (count - 1 > 7)
-            return false;
-        value = __builtin_bswap64(load(at + 2)) >> (64 - 8 * count);
-        at += 2 + count;
-        return true;
-    }
+    if (*at == LitX)
+        return takeNumber(++at, value);
     value = *at++;
     return value <= unsigned(ZOFFTag::Lit7);
 }

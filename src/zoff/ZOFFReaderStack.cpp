@@ -20,6 +20,11 @@ void ZOFFReader::badOperand(const char* expected)
     throw HException(std::string("bad object file: operand type error (") + expected + " expected)");
 }
 
+void ZOFFReader::notASymbol()
+{
+    throw HException("operand type error: symbol expected");
+}
+
 void ZOFFReader::outOfRange()
 {
     bad("operand value error (constant out of range)");
@@ -28,13 +33,6 @@ void ZOFFReader::outOfRange()
 void ZOFFReader::endOfInput()
 {
     throw HException("premature end of ZOFF file");
-}
-
-void ZOFFReader::push(ZOFFObject* object)
-{
-    Entry entry;
-    entry.setObject(object);
-    pushEntry(entry);
 }
 
 ZOFFObject* ZOFFReader::objectOf(const Entry& entry)
@@ -65,25 +63,6 @@ ZOFFObject* ZOFFReader::popAnyObject()
     if (!object)
         badOperand("object");
     return object;
-}
-
-int64_t ZOFFReader::popConst()
-{
-    Entry entry = popEntry();
-    if (entry.kind == Entry::Const) [[likely]]
-        return entry.value;
-    ZOFFObject* object = entry.objectOfKind(ZOFFKind::ConstExpr);
-    if (!object)
-        badOperand("constant expression");
-    return static_cast<ZOFFConstExpr*>(object)->value();
-}
-
-int64_t ZOFFReader::popConst(uint64_t min, uint64_t max)
-{
-    int64_t value = popConst();
-    if (uint64_t(value) < min || uint64_t(value) > max)
-        outOfRange();
-    return value;
 }
 
 int32_t ZOFFReader::popInt32()
@@ -146,14 +125,6 @@ ZOFFType* ZOFFReader::popType()
     if (!object)
         badOperand("type");
     return static_cast<ZOFFType*>(object);
-}
-
-ZOFFSymbol* ZOFFReader::popSymbol()
-{
-    ZOFFObject* object = popEntry().objectOfKind(ZOFFKind::Symbol);
-    if (!object)
-        throw HException("operand type error: symbol expected");
-    return static_cast<ZOFFSymbol*>(object);
 }
 
 ZOFFFilename* ZOFFReader::popFile()
