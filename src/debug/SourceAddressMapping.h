@@ -5,8 +5,8 @@
 #include "support/HString.h"
 
 #include <cstdint>
-#include <list>
 #include <map>
+#include <vector>
 
 class SymbolicDebug;
 class ZOFFInsn;
@@ -14,7 +14,7 @@ class ZOFFLocus;
 
 class SourceAddressMapping {
 public:
-    using Lines = std::list<uint32_t>;
+    using Lines = std::vector<uint32_t>;
 
     explicit SourceAddressMapping(const SymbolicDebug* symbols) : m_symbols(symbols) {}
 

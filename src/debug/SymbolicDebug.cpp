@@ -88,34 +88,53 @@ const HString* fileNameOf(const ZOFFLocus* locus)
 
 namespace {
 
-// A locus without a file comes before all others.
-ZOFFInsnListIteratorLocusLT::Place placeOf(const ZOFFLocus* locus)
+// In the order of their keys, those of one key as they come. Most files have them in that order already,
+// and comparing keys touches none of the objects again.
+template <class T, class KeyOf> void sortByKey(std::vector<T>& items, KeyOf keyOf)
 {
-    return {fileNameOf(locus), locus->line()};
+    std::vector<std::pair<uint64_t, T>> keyed;
+    keyed.reserve(items.size());
+    for (const T& item : items)
+        keyed.emplace_back(keyOf(item), item);
+    auto less = [](const auto& a, const auto& b) { return a.first < b.first; };
+    if (std::is_sorted(keyed.begin(), keyed.end(), less))
+        return;
+    std::stable_sort(keyed.begin(), keyed.end(), less);
+    std::transform(keyed.begin(), keyed.end(), items.begin(), [](const auto& entry) { return entry.second; });
 }
 
-bool earlier(const ZOFFInsnListIteratorLocusLT::Place& a, const ZOFFInsnListIteratorLocusLT::Place& b)
+// Numbers that are ordered as the places are. A locus without a file comes before all others.
+uint64_t keyOf(const HString* file, int line)
 {
-    if (a.first == b.first)
-        return a.second < b.second;
-    return !a.first || (b.first && HString::Earlier()(a.first, b.first));
+    uint64_t number = file ? uint64_t(file->serial()) + 1 : 0;
+    return number << 32 | (uint32_t(line) ^ 0x80000000);
+}
+
+uint64_t keyOf(const ZOFFLocus* locus)
+{
+    return keyOf(fileNameOf(locus), locus->line());
+}
+
+uint64_t keyOf(const ZOFFInsnListIteratorLocusLT::Place& place)
+{
+    return keyOf(place.first, place.second);
 }
 
 } // namespace
 
 bool ZOFFInsnListIteratorLocusLT::operator()(const ZOFFLocus* a, const ZOFFLocus* b) const
 {
-    return earlier(placeOf(a), placeOf(b));
+    return keyOf(a) < keyOf(b);
 }
 
 bool ZOFFInsnListIteratorLocusLT::operator()(const ZOFFLocus* a, const Place& b) const
 {
-    return earlier(placeOf(a), b);
+    return keyOf(a) < keyOf(b);
 }
 
 bool ZOFFInsnListIteratorLocusLT::operator()(const Place& a, const ZOFFLocus* b) const
 {
-    return earlier(a, placeOf(b));
+    return keyOf(a) < keyOf(b);
 }
 
 SymbolicDebug* newSymbolicDebug(const Path& path, ZOFFModule* module)
@@ -134,9 +153,8 @@ SymbolicDebug::SymbolicDebug(const Path& path, ZOFFModule* module)
     for (auto& [name, section] : module->sectionsByName())
         if (section->sectionKind() == ZOFFSection::NoMemory || section->sectionKind() == ZOFFSection::Code)
             addItems(section);
-    std::stable_sort(m_instructions.begin(), m_instructions.end(),
-                     [](ZOFFInsn* a, ZOFFInsn* b) { return uint32_t(a->pc()) < uint32_t(b->pc()); });
-    std::stable_sort(m_loci.begin(), m_loci.end(), ZOFFInsnListIteratorLocusLT());
+    sortByKey(m_instructions, [](const ZOFFInsn* insn) { return uint32_t(insn->pc()); });
+    sortByKey(m_loci, [](const ZOFFLocus* locus) { return keyOf(locus); });
     addSymbols();
 }
 
@@ -167,9 +185,7 @@ void SymbolicDebug::addSymbols()
         if (!value.unresolved)
             m_symbols.push_back({uint32_t(value.value), symbol});
     }
-    std::stable_sort(
-        m_symbols.begin(), m_symbols.end(),
-        [](const AddressedSymbol& a, const AddressedSymbol& b) { return a.address < b.address; });
+    sortByKey(m_symbols, [](const AddressedSymbol& symbol) { return symbol.address; });
 }
 
 ZOFFInsn* SymbolicDebug::GetInsn(uint32_t address) const
