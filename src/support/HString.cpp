@@ -48,8 +48,9 @@ public:
     unsigned count() const { return unsigned(m_entries.size()); }
     void insert(size_t slot, const HString* entry)
     {
-        m_entries.push_back(entry);
+        m_hashes.resize(m_entries.size()); // memory may have been out behind it the last time
         m_hashes.push_back(entry->hash());
+        m_entries.push_back(entry);
         m_slots[slot] = count();
         if (m_entries.size() > m_slots.size() / 2)
             grow();
