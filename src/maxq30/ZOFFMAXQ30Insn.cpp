@@ -1,6 +1,7 @@
 #include "maxq30/ZOFFMAXQ30Insn.h"
 
 #include "support/HException.h"
+#include "zoff/ZOFFModule.h"
 
 #include <algorithm>
 #include <array>
@@ -209,11 +210,7 @@ std::string ZOFFRegisterExpr::getRegisterName(int32_t number)
 
 int ZOFFMAXQ30Insn::length() const
 {
-    if (m_opcode >> 48)
-        return 8;
-    if (m_opcode >> 32)
-        return 6;
-    return m_opcode > 0xFFFF ? 4 : 2;
+    return int(ZOFFModule::processorInsnLength(m_opcode));
 }
 
 bool ZOFFMAXQ30Insn::isJump(uint32_t& target) const

@@ -3,6 +3,7 @@
 #include "support/Pool.h"
 
 #include <array>
+#include <bit>
 #include <charconv>
 #include <cstring>
 #include <new>
@@ -48,16 +49,16 @@ public:
     unsigned count() const { return unsigned(m_entries.size()); }
     void insert(size_t slot, const HString* entry)
     {
-        m_entries.push_back(entry);
+        m_hashes.resize(m_entries.size()); // memory may have been out behind it the last time
         m_hashes.push_back(entry->hash());
+        m_entries.push_back(entry);
         m_slots[slot] = count();
         if (m_entries.size() > m_slots.size() / 2)
             grow();
     }
 
 private:
-    // The hash's low bits come from the last characters alone; the product mixes in all of them.
-    size_t place(unsigned hash) const { return (hash * 0x9E3779B1u >> 5) & (m_slots.size() - 1); }
+    size_t place(unsigned hash) const { return hash & (m_slots.size() - 1); }
     size_t next(size_t slot) const { return (slot + 1) & (m_slots.size() - 1); }
     void grow()
     {
@@ -101,9 +102,10 @@ const HString* HString::intern(const char* text, int length, Modifier modifier)
         std::string copy = modified(text, length, modifier);
         return intern(copy.data(), length, AsIs);
     }
-    unsigned hash = 0;
+    // Each character stays in all of the hash: names often have long ends in common.
+    uint32_t hash = 0;
     for (int i = 0; i < length; ++i)
-        hash = g_hashTable[uint8_t(text[i])] + 2 * hash;
+        hash = g_hashTable[uint8_t(text[i])] + std::rotl(hash, 1);
     // Entries are used by other statics to the end of the process, so the table is never destroyed.
     static Table& table = *new Table;
     size_t slot;

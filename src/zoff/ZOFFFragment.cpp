@@ -25,13 +25,19 @@ void ZOFFFragment::link(ZOFFInsn* insn, ZOFFLocus* locus)
     insn->m_packed = false;
 }
 
-// Items change their form only, so a fragment that is const is unpacked, too. Until all are made they
-// count as packed: when memory is out on the way, the next one to ask begins anew.
+// Items change their form only, so a fragment that is const is unpacked, too. When memory is out on the
+// way, all count as packed still, and the next one to ask begins anew.
 void ZOFFFragment::unpack() const
 {
     if (!m_packed)
         return;
     m_first = m_last = nullptr;
-    m_packed->unpack(const_cast<ZOFFFragment&>(*this));
+    try {
+        m_packed->unpack(const_cast<ZOFFFragment&>(*this));
+    } catch (...) {
+        for (ZOFFInsn* insn = m_first; insn; insn = insn->m_next)
+            insn->m_packed = true;
+        throw;
+    }
     m_packed = nullptr;
 }

@@ -80,8 +80,8 @@ public:
     // Sees to it that the cursor is ready for an item at an address.
     void makeReady(int32_t pc);
 
-    // Bytes of all packed instructions in runs that are finished.
-    int64_t codeBytes() const { return m_codeBytes; }
+    // Of all packed instructions so far.
+    int64_t codeBytes() const { return m_codeBytes + (m_cursor.code - m_runStart); }
 
     void addObject(ZOFFInsn* item);
     void noteHidden() { m_items->m_hidden = true; }
@@ -99,5 +99,5 @@ private:
     ZOFFPackedItems* m_items = nullptr; // of the fragment; null while closed
     uint8_t* m_runStart = nullptr;
     int32_t m_runPC = 0;
-    int64_t m_codeBytes = 0;
+    int64_t m_codeBytes = 0; // in runs that are finished
 };

@@ -409,7 +409,6 @@ ZOFFModule* ZOFFReader::read(bool verbose)
         perform(tag);
     }
     m_packer.close();
-    chargeCode(0);
     m_strings = {};
     if (m_depth != 0)
         bad("stack not empty at EOF");

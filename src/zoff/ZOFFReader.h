@@ -128,7 +128,7 @@ private:
     ZOFFFunctionType* popFunction();
     const HString* nameOf(std::string_view bytes);
     void chargeNameBytes(size_t count);
-    void chargeCode(size_t count);
+    void chargeCode(size_t count); // and what has been packed
 
     ZOFFModule& module() const;
     void needSection() const;

@@ -178,6 +178,7 @@ bool ZOFFReader::packInsn(uint64_t opcode, ZOFFExpr* operand, bool hidden)
         m_packer.noteHidden();
     m_insn = nullptr;
     m_packedInsn = {operation, code, m_packer.fragment(), m_pc, m_stackAdjust};
+    chargeCode(0);
     return true;
 }
 
@@ -283,6 +284,7 @@ bool ZOFFReader::readPacked()
             m_packedInsn.pc = pc;
         } else if (tag == unsigned(ZOFFTag::MarkerDef) && !operand && value <= m_input.size()) {
             sync();
+            chargeCode(0);
             placeMarker(value, nullptr);
             cursor = m_packer.cursor();
         } else {

@@ -14,6 +14,7 @@
 #include <cmath>
 #include <limits>
 #include <random>
+#include <set>
 
 TEST(Path, NormalisesStepsButKeepsWhatIsNone)
 {
@@ -95,6 +96,14 @@ TEST(HString, EqualFinalTextsAreOneObject)
     for (int i = 0; i < 20000; ++i)
         HString::intern(std::string(size_t(i % 700), 'x') + std::to_string(i));
     EXPECT_EQ(HString::intern("serial one")->c_str(), text);
+}
+
+TEST(HString, LongEndsInCommonLeaveHashesApart)
+{
+    std::set<unsigned> hashes;
+    for (int i = 0; i < 1000; ++i)
+        hashes.insert(HString::intern(std::to_string(i) + std::string(40, '_'))->hash());
+    EXPECT_GT(hashes.size(), 990u);
 }
 
 TEST(Pool, ReusesReleasedChunksAndCopesWithLargeRequests)

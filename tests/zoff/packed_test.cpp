@@ -349,6 +349,29 @@ TEST(ZOFFPackedItems, BytesAndPlacesAreThoseOfTheObjects)
     }
 }
 
+// Packed or not, a file that has several faults is refused for the first one.
+TEST(ZOFFPackedItems, TooMuchCodeIsFoundBeforeALaterFault)
+{
+    Records r;
+    r.module().section(".text").insn(0, 0xDA3A).text(std::string(0xFFFFF, 'x'));
+    for (int i = 0; i < 64; ++i)
+        r.tags({T::Dup, T::SetBytes});
+    r.drop();
+    for (int i = 0; i < 40; ++i)
+        r.insn(2 + 2 * i, 0xDA3A);
+    for (int i = 0; i < 2; ++i)
+        r.tag(T::Null).lit(0).tag(T::MarkerDef);
+    std::string file = r.file() + std::string(100, char(T::Nop));
+    for (bool keepLoci : {true, false}) {
+        try {
+            readSpan(file, keepLoci);
+            ADD_FAILURE();
+        } catch (const HException& failure) {
+            EXPECT_EQ(failure.message(), "bad object file: too much code");
+        }
+    }
+}
+
 TEST(ZOFFPackedItems, AnItemAskedForItsNeighboursUnpacksItsFragment)
 {
     Records r;
