@@ -109,12 +109,23 @@ unsigned Core::stepWithAttention()
     const Op* following = op->run(m, op);
     if (m.next == op)
         m.next = following;
-    if (m_trace && !m_trace->after(m)) {
-        closeTrace();
-        if (m.events)
-            m.events->onMiscError("cannot write the trace file", m.ip() * 2);
-    }
+    if (m_trace && !m_trace->after(m))
+        giveUpTrace();
     return cycles;
+}
+
+void Core::giveUpTrace()
+{
+    closeTrace();
+    if (m_machine.events)
+        m_machine.events->onMiscError("cannot write the trace file", m_machine.ip() * 2);
+}
+
+// A disk that is full is told at the end of a run: when the file is closed nobody listens any more.
+void Core::flushTrace()
+{
+    if (m_trace && !m_trace->flush())
+        giveUpTrace();
 }
 
 template <bool WithStops> uint64_t Core::runPlain(uint64_t maximum, std::span<const uint32_t> stops)
@@ -171,6 +182,7 @@ uint64_t Core::run(uint64_t maximum, std::span<const uint32_t> stops)
     }
     m.stopRequested = false;
     m.updateAttention();
+    flushTrace();
     return done;
 }
 
@@ -179,12 +191,13 @@ void Core::runAhead(MAXQSIMRunAhead& run)
     while (run.steps < run.maximum && !run.interrupted) {
         uint32_t word = m_machine.ip();
         if (run.stops[word & run.stopMask])
-            return;
+            break;
         if (uint32_t offset = word * 2 - run.countBase; offset < run.countSize)
             ++run.counts[offset];
         ++run.steps;
         run.cycles += step();
     }
+    flushTrace();
 }
 
 void Core::requestStop()

@@ -61,6 +61,8 @@ public:
 
 private:
     unsigned stepWithAttention();
+    void flushTrace();
+    void giveUpTrace();
     template <bool WithStops> uint64_t runPlain(uint64_t maximum, std::span<const uint32_t> stops);
 
     Machine m_machine;

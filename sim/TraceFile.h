@@ -26,6 +26,8 @@ public:
     bool after(Machine& machine);
     // At the entry into an interrupt.
     void interrupt(Machine& machine);
+    // Whether all lines so far are in the file.
+    bool flush() { return std::fflush(m_file.get()) == 0; }
 
 private:
     struct Close {

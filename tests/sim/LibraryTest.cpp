@@ -142,6 +142,23 @@ TEST_F(LibraryTest, TraceShowsEachInstruction)
                           "000008: interrupt, requests 0001\n");
 }
 
+TEST_F(LibraryTest, AFullDiskUnderTheTraceIsToldAtTheEndOfARun)
+{
+    ASSERT_TRUE(sim->initialise(&events, "trace=/dev/full", rom.c_str()));
+    auto runAhead = reinterpret_cast<RunMAXQSIMAhead>(dlsym(m_handle, "runMAXQSIMAhead"));
+    ASSERT_TRUE(runAhead);
+    const unsigned char nop[] = {0x3A, 0xDA}, noStop = 0;
+    ASSERT_TRUE(sim->writeCode(2, sizeof nop, nop));
+    MAXQSIMRunAhead run{1, &noStop, 0, nullptr, 0, 0, false, 0, 0};
+    runAhead(sim, &run);
+    EXPECT_EQ(events.take(), Log{"cannot write the trace file"});
+    EXPECT_EQ(run.steps, 1u);
+    run.maximum = 2;
+    runAhead(sim, &run); // without a trace from here on
+    EXPECT_EQ(events.take(), Log{});
+    EXPECT_EQ(run.steps, 2u);
+}
+
 } // namespace
 
 } // namespace maxq30
