@@ -22,7 +22,11 @@ public:
     static int32_t m_markCount;
 
 protected:
-    explicit ZOFFMarker(ZOFFKind kind) : ZOFFInsn(kind) { m_numbers = {-1, -1}; }
+    explicit ZOFFMarker(ZOFFKind kind) : ZOFFInsn(kind)
+    {
+        m_label = nullptr;
+        m_numbers = {-1, -1};
+    }
 };
 
 // The name of a source file. It stands in no fragment.

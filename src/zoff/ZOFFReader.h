@@ -30,7 +30,7 @@ public:
     // position in force; without, only the first one behind it does.
     ZOFFReader(const HByteStream* input, bool keepLoci);
     ZOFFReader(std::span<const unsigned char> input, bool keepLoci) : m_input(input), m_keepLoci(keepLoci) {}
-    // The file outlives the reader, too; it is read up to its end.
+    // The file outlives the reader, too; no more is read of it than is needed.
     ZOFFReader(HFileBlocks* input, bool keepLoci) : m_input(input), m_keepLoci(keepLoci) {}
     virtual ~ZOFFReader();
     ZOFFReader(const ZOFFReader&) = delete;

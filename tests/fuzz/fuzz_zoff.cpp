@@ -80,6 +80,11 @@ ZOFFModule* read(const uint8_t* data, size_t size, bool keepLoci, bool quick, st
     }
 }
 
+ZOFFKind kindOf(const ZOFFExpr* operand)
+{
+    return operand ? operand->kind() : ZOFFKind::Other;
+}
+
 // Items with source positions are packed first, those without are objects at once.
 void compare(const ZOFFSection* packed, const ZOFFSection* objects)
 {
@@ -93,7 +98,10 @@ void compare(const ZOFFSection* packed, const ZOFFSection* objects)
         const ZOFFInsn* insn = i < items.size() ? items[i++] : nullptr;
         if (!insn || insn->kind() != other->kind() || insn->pc() != other->pc() ||
             insn->hidden() != other->hidden() || insn->stackAdjust() != other->stackAdjust() ||
-            insn->printOpCode() != other->printOpCode() || insn->length() != other->length())
+            insn->printOpCode() != other->printOpCode() || insn->length() != other->length() ||
+            insn->extensionWord() != other->extensionWord() ||
+            insn->instrumentationData() != other->instrumentationData() ||
+            kindOf(insn->operand()) != kindOf(other->operand()))
             abort();
         return false;
     });

@@ -31,7 +31,11 @@ struct Item {
     int32_t data = 0;
     uint16_t extension = 0;
     int line = 0;
+    int32_t place = -1; // of a marker that is the operand
 };
+
+// Operands by number: constants as they are, and others from these on.
+constexpr int AnyRegister = 100, AnySymbol = 200, AnyMarker = 300;
 
 class Program {
 public:
@@ -42,6 +46,8 @@ public:
             m_records.text("file" + std::to_string(i) + ".c").tag(T::MkFilename).lit(1 + i).tag(T::MkAlias);
         for (int i = 0; i < 3; ++i)
             m_records.text(".s" + std::to_string(i)).tag(T::MkSection).lit(3 + i).tag(T::MkAlias);
+        for (int i = 0; i < 3; ++i)
+            m_records.text("symbol" + std::to_string(i)).tag(T::MkSymbol).lit(6 + i).tag(T::MkAlias);
         switchTo(0);
     }
 
@@ -79,6 +85,19 @@ public:
     }
 
     std::string file() const { return m_records.file(); }
+    // Markers as operands are told by where they are in the end.
+    void finish()
+    {
+        for (std::vector<Item>& section : items) {
+            for (Item& item : section) {
+                if (item.operand < AnyMarker)
+                    continue;
+                auto place = m_places.find(item.operand - AnyMarker);
+                item.place = place == m_places.end() ? -1 : place->second;
+                item.operand = AnyMarker;
+            }
+        }
+    }
 
     std::vector<Item> items[3];
 
@@ -116,6 +135,7 @@ private:
     }
     void marker()
     {
+        m_places[m_markers] = m_pc;
         m_records.tag(T::Null).lit(m_markers++).tag(T::MarkerDef);
         add(ZOFFKind::Marker);
     }
@@ -171,13 +191,31 @@ private:
             code += char(opcode >> (16 * i + 8));
         }
         bool hidden = random(9) == 0;
-        int operand = random(6) ? -1 : int(random(20));
-        if (operand < 0)
-            m_records.tag(T::Null);
-        else if (operand < 10)
+        int operand = -1;
+        switch (random(12)) {
+        case 0:
+            operand = int(random(10));
             m_records.lit(operand);
-        else
-            m_records.lit(operand).tag(T::Register);
+            break;
+        case 1:
+            operand = AnyRegister + int(random(10));
+            m_records.lit(operand - AnyRegister).tag(T::Register);
+            break;
+        case 2: {
+            unsigned symbol = random(3);
+            operand = AnySymbol + int(symbol);
+            m_records.alias(6 + int(symbol)).tag(T::SymbolVal);
+            break;
+        }
+        case 3: {
+            // One that is placed already, or comes later, or never.
+            int marker = int(random(unsigned(m_markers) + 20));
+            operand = AnyMarker + marker;
+            m_records.lit(marker).tag(T::MarkerRef);
+            break;
+        }
+        default: m_records.tag(T::Null);
+        }
         m_records.lit(int64_t(opcode)).tag(hidden ? T::HiddenInsn : T::Insn);
         Item& item = add(ZOFFKind::Processor);
         item.opcode = opcode;
@@ -211,6 +249,7 @@ private:
     int32_t m_adjust = 0;
     bool m_breakPending = false;
     std::pair<int, size_t> m_current{-1, 0};
+    std::map<int, int32_t> m_places;
 };
 
 std::string describe(const Item& item)
@@ -218,10 +257,29 @@ std::string describe(const Item& item)
     std::string text = std::to_string(int(item.kind)) + " pc " + std::to_string(item.pc) + " bytes ";
     for (char byte : item.bytes)
         text += std::to_string(uint8_t(byte)) + ",";
-    return text + " op " + std::to_string(item.opcode) + " operand " + std::to_string(item.operand) +
-           (item.hidden ? " hidden" : "") + " adjust " + std::to_string(item.adjust) + " data " +
-           std::to_string(item.data) + " ext " + std::to_string(item.extension) + " line " +
-           std::to_string(item.line);
+    return text + " op " + std::to_string(item.opcode) + " operand " + std::to_string(item.operand) + " at " +
+           std::to_string(item.place) + (item.hidden ? " hidden" : "") + " adjust " +
+           std::to_string(item.adjust) + " data " + std::to_string(item.data) + " ext " +
+           std::to_string(item.extension) + " line " + std::to_string(item.line);
+}
+
+void describeOperand(const ZOFFExpr* operand, Item& item)
+{
+    if (!operand)
+        return;
+    switch (operand->kind()) {
+    case ZOFFKind::ConstExpr: item.operand = int(static_cast<const ZOFFConstExpr*>(operand)->value()); break;
+    case ZOFFKind::RegisterExpr:
+        item.operand = AnyRegister + static_cast<const ZOFFRegisterExpr*>(operand)->registerNumber();
+        break;
+    case ZOFFKind::SymbolExpr:
+        item.operand =
+            AnySymbol + static_cast<const ZOFFSymbolExpr*>(operand)->symbol()->name()->view().back() - '0';
+        break;
+    default:
+        item.operand = AnyMarker;
+        item.place = static_cast<const ZOFFMarkerExpr*>(operand)->marker()->pc();
+    }
 }
 
 Item itemOf(const ZOFFInsn* insn)
@@ -230,10 +288,7 @@ Item itemOf(const ZOFFInsn* insn)
     item.bytes.assign(insn->bytes().begin(), insn->bytes().end());
     if (insn->kind() == ZOFFKind::Processor) {
         item.opcode = static_cast<const ZOFFProcessorInsn*>(insn)->opcode();
-        if (const ZOFFExpr* operand = insn->operand())
-            item.operand = operand->kind() == ZOFFKind::ConstExpr
-                               ? int(static_cast<const ZOFFConstExpr*>(operand)->value())
-                               : static_cast<const ZOFFRegisterExpr*>(operand)->registerNumber();
+        describeOperand(insn->operand(), item);
     }
     item.hidden = insn->hidden();
     item.adjust = insn->stackAdjust();
@@ -315,6 +370,7 @@ TEST(ZOFFPackedItems, UnpackToWhatTheRecordsSay)
         Program program(seed);
         for (int i = 0; i < 1'000; ++i)
             program.step();
+        program.finish();
         SCOPED_TRACE("seed " + std::to_string(seed));
         std::string file = program.file();
         compare(program, readSpan(file, true), true);
@@ -328,6 +384,7 @@ TEST(ZOFFPackedItems, BytesAndPlacesAreThoseOfTheObjects)
         Program program(seed);
         for (int i = 0; i < 400; ++i)
             program.step();
+        program.finish();
         ModulePtr packed = readSpan(program.file(), true);
         ModulePtr objects = readSpan(program.file(), false);
         for (uint32_t s = 0; s < 3; ++s) {
@@ -398,6 +455,7 @@ TEST(ZOFFInput, AFileInBlocksReadsLikeOneInMemory)
     Program program(7);
     for (int i = 0; i < 30'000; ++i)
         program.step();
+    program.finish();
     std::string bytes = program.file();
     ASSERT_GT(bytes.size(), 300'000u);
     std::string path = folder.write("long.kvx", bytes);
