@@ -129,6 +129,21 @@ TEST_F(DebugInfo, TypesAsTheDebuggerPrintsThem)
     EXPECT_TRUE(node->findField(HString::intern("shared"))->isStatic());
 }
 
+TEST_F(DebugInfo, FunctionsWhoseVariablesLieAtFunctions)
+{
+    // Each type leads to a symbol, whose place leads to the next function, in a ring.
+    std::string source = ".CODE\n";
+    constexpr int Count = 20000;
+    for (int i = 0; i < Count; ++i)
+        source += ".FUNC f" + std::to_string(i) + "\n.PARAM a, INT(4), f" + std::to_string((i + 1) % Count) +
+                  "\n.RESULT INT(2), f0 + 2\nRET\n.ENDFUNC\n";
+    load({source});
+    auto* type = static_cast<ZOFFFunctionType*>(symbol("f7")->type());
+    EXPECT_STREQ(type->getName()->c_str(), "(INT(4))->(INT(2))");
+    EXPECT_EQ((*type->inParameters().begin())->evaluate().value, 16);
+    EXPECT_EQ((*type->outParameters().begin())->evaluate().value, 2);
+}
+
 TEST_F(DebugInfo, WhatAnotherFileSaysOfASymbolCounts)
 {
     load({".CODE\nNOP\n.CODELET x, 4\n.PATCHABLE x, 5\n.PATCHED x\n.DECL x, \"prog.c\", 7\n.VAR x, INT(2)\n",
