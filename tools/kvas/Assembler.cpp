@@ -199,6 +199,11 @@ void Assembler::line(std::string_view text)
     Cursor* outer = m_cursor;
     m_cursor = &cursor;
     m_here = nullptr;
+    m_firstItem = 0;
+    if (m_section) {
+        if (auto current = m_unit->fragments.find(m_section); current != m_unit->fragments.end())
+            m_firstItem = current->second->items.size();
+    }
     m_locusDone = false;
     try {
         statement();
@@ -379,10 +384,16 @@ Marker* Assembler::markHere()
     return marker;
 }
 
+// The place of the statement, also when some of its items are there already.
 Marker* Assembler::here()
 {
-    if (!m_here)
-        m_here = markHere();
+    if (!m_here) {
+        m_here = m_program.newMarker();
+        Item item = newItem(ItemKind::Mark);
+        item.marker = m_here;
+        std::vector<Item>& items = fragment().items;
+        items.insert(items.begin() + ptrdiff_t(m_firstItem), item);
+    }
     return m_here;
 }
 

@@ -39,6 +39,19 @@ TEST_F(Sources, DataDirectivesGiveTheirBytes)
                              "05");
 }
 
+TEST_F(Sources, ThePointIsWhereTheStatementBegins)
+{
+    dir.write("inner.s", " DB 8, .\n");
+    load({".DATA\nDB 1\nx: DB 1, ., \"ab\", . - x\ny: DA ., ., y\n.INCLUDE \"inner.s\"\nDB .\n"
+          ".SPACE 8 - (. - x) + 15\nEND = .\n.PUBLIC END\n"});
+    EXPECT_EQ(image("data").substr(0, 30), "01"
+                                           "0101616200"
+                                           "060006000600"
+                                           "080c"
+                                           "0e");
+    EXPECT_EQ(valueOf("END"), 24);
+}
+
 TEST_F(Sources, OperatorsBindAsInCAndFoldOrStay)
 {
     struct {
