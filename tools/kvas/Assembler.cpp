@@ -157,6 +157,7 @@ void Assembler::assemble(const std::string& fileName)
     m_struct = nullptr;
     m_lastGlobal = {};
     m_lines = Lines::OfSource;
+    m_givenFile = {};
     m_stackAdjust = 0;
     m_hidden = false;
     m_linkIfs = 0;
@@ -204,7 +205,8 @@ void Assembler::line(std::string_view text)
         if (auto current = m_unit->fragments.find(m_section); current != m_unit->fragments.end())
             m_firstItem = current->second->items.size();
     }
-    m_locusDone = false;
+    if (m_lines == Lines::OfSource)
+        m_locusDone = false;
     try {
         statement();
     } catch (const SyntaxError& error) {
@@ -400,13 +402,26 @@ Marker* Assembler::here()
 // Lines matter to the debugger where code is.
 void Assembler::locus()
 {
-    if (m_locusDone || m_section->kind != SectionKind::Code || m_lines != Lines::OfSource)
+    if (m_section->kind != SectionKind::Code)
+        return;
+    Fragment& target = fragment();
+    std::string_view file;
+    uint32_t line = 0;
+    if (m_lines != Lines::None) {
+        file = m_lines == Lines::Given ? m_givenFile : m_source->path;
+        line = m_lines == Lines::Given ? m_givenLine : m_line;
+    }
+    bool inForce = target.lineKnown && target.line == line && target.lineFile == file;
+    if (inForce && (m_locusDone || m_lines == Lines::None))
         return;
     m_locusDone = true;
-    Item item = newItem(ItemKind::Locus);
-    item.text = m_source->path;
-    item.count = m_line;
-    fragment().items.push_back(item);
+    Item item = newItem(m_lines == Lines::None ? ItemKind::NoLocus : ItemKind::Locus);
+    item.text = file;
+    item.count = line;
+    target.items.push_back(item);
+    target.lineFile = file;
+    target.line = line;
+    target.lineKnown = true;
 }
 
 void Assembler::finishUnit()

@@ -178,7 +178,7 @@ private:
     Section* m_section = nullptr;
     Marker* m_here = nullptr;      // of this statement, when it was asked for
     size_t m_firstItem = 0;        // of this statement, in the section's fragment
-    bool m_locusDone = false;      // this line has its locus
+    bool m_locusDone = false;      // this line has its locus, or that of the last .LINE
     std::string_view m_lastGlobal; // label to which those with a leading dot belong
     std::string m_nameBuffer;
 

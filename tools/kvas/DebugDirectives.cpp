@@ -25,22 +25,15 @@ void Assembler::lineDirective()
     } else if (file.empty()) {
         m_cursor->fail("the first .LINE names a file");
     }
-    uint32_t given = uint32_t(number(1, 0x7FFFFFFF, "the line"));
-    Item item = newItem(ItemKind::Locus);
-    item.text = file;
-    item.count = given;
-    if (m_section && m_section->kind == SectionKind::Code)
-        fragment().items.push_back(item);
-    m_lines = Lines::Given;
+    m_givenLine = uint32_t(number(1, 0x7FFFFFFF, "the line"));
     m_givenFile = file;
-    m_givenLine = given;
+    m_lines = Lines::Given;
+    m_locusDone = false;
 }
 
 void Assembler::noLine()
 {
     m_lines = Lines::None;
-    if (m_section)
-        fragment().items.push_back(newItem(ItemKind::NoLocus));
 }
 
 void Assembler::stackAdjust()

@@ -171,6 +171,7 @@ void Assembler::endLinkIf()
     if (!opened)
         m_cursor->fail("LINKIF and ENDLINKIF must stand in the same run of code");
     --m_linkIfs;
+    fragment().lineKnown = false;
     items.push_back(newItem(ItemKind::EndLinkIf));
 }
 

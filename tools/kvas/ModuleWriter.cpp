@@ -311,30 +311,14 @@ void ModuleWriter::section(const Section& section)
     m_out.tag(Tag::MakeSection);
     m_out.tag(Tag::Section);
     m_out.record(Tag::SetFlags, section.flags());
-    const Item* locus = nullptr; // in force where a fragment ends
     for (const Fragment& fragment : section.fragments) {
         m_out.tag(Tag::Break);
         m_pc = -1; // the break itself is placed by the next change of pc
         if (m_locus)
             m_out.tag(Tag::ResetLocus);
         m_locus = false;
-        // An origin in the middle of a source line: the line goes on behind it.
-        auto first = std::ranges::find_if(
-            fragment.items, [](const Item& it) { return !it.dropped && it.kind != ItemKind::Mark; });
-        if (locus && first != fragment.items.end() && first->kind != ItemKind::Locus) {
-            Item again = *locus;
-            again.pc = fragment.items.front().pc;
-            item(again);
-        }
-        for (const Item& it : fragment.items) {
+        for (const Item& it : fragment.items)
             item(it);
-            if (it.dropped)
-                continue;
-            if (it.kind == ItemKind::Locus)
-                locus = &it;
-            else if (it.kind == ItemKind::NoLocus)
-                locus = nullptr;
-        }
     }
 }
 

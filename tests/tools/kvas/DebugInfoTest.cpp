@@ -42,6 +42,34 @@ TEST_F(DebugInfo, LineOfAnotherFileGoesOnBehindAnOrigin)
     EXPECT_EQ(lineAt(0x80), "");
 }
 
+TEST_F(DebugInfo, LinesHoldInEverySectionAndEndWithTheirFile)
+{
+    // Given outside of code, then in two sections by turns; the same line twice is two statements.
+    load({".DATA\n.LINE \"p.c\", 7\nDB 1\n.CODE\nNOP\n.SECTION fast, CODE\nORG 0x100\nNOP\n.LINE "
+          "8\nNOP\n.CODE\n"
+          "NOP\n.LINE 8\nNOP\n.SECTION fast\n.LINE\nNOP\n.CODE\nNOP\n.DATA\n.NOLINE\nDB 1\n.CODE\nNOP\n"
+          ".SECTION fast\nNOP\n.LINE \"p.c\", 9\nNOP\n",
+          ".NOLINE\n.CODE\nNOP\n.SECTION fast, CODE\nNOP\n", ".CODE\nNOP\n"});
+    const char* code[] = {"p.c:7", "p.c:8", "p.c:8", "source1.s:19", "", "", "source3.s:2"};
+    for (uint32_t i = 0; i < std::size(code); ++i)
+        EXPECT_EQ(lineAt(2 * i), code[i]) << i;
+    const char* fast[] = {"p.c:7", "p.c:8", "source1.s:17", "", "p.c:9", ""};
+    for (uint32_t i = 0; i < std::size(fast); ++i)
+        EXPECT_EQ(lineAt(0x100 + 2 * i), fast[i]) << i;
+    EXPECT_NE(section("code")->findInsnAt(2)->locus(), section("code")->findInsnAt(4)->locus());
+    EXPECT_EQ(link({".LINE \"p.c\", 1\n", ".LINE 2\n"}),
+              "source2.s:1:7: error: the first .LINE names a file\n");
+}
+
+TEST_F(DebugInfo, LinesWithinWhatIsDroppedHoldBehindIt)
+{
+    load({".CODE\n.LINE \"p.c\", 1\nNOP\nLINKIF 0\n.LINE 2\nNOP\nENDLINKIF\nNOP\nLINKIF 0\n.NOLINE\nNOP\n"
+          "ENDLINKIF\nNOP\n"});
+    EXPECT_EQ(lineAt(0), "p.c:1");
+    EXPECT_EQ(lineAt(2), "p.c:2");
+    EXPECT_EQ(lineAt(4), "");
+}
+
 TEST_F(DebugInfo, FunctionsBlocksAndTheirVariables)
 {
     load({".TYPE int, INT(4)\n.CODE\n.PUBLIC f\nNOP\n.FUNC f, FRAME=8\n.SAVED A[4], A[15]\n"
