@@ -179,6 +179,8 @@ void Assembler::enterSection(Section* section, uint32_t column)
 {
     if (m_scope)
         Cursor::failAt(column, "the section changes within a function");
+    if (m_linkIfs && section != m_section) // what stands in the other section would stay
+        Cursor::failAt(column, "the section changes within LINKIF");
     m_section = section;
 }
 

@@ -207,6 +207,18 @@ TEST_F(Sources, ConditionsAtLinkTimeDropWhatTheyEnclose)
           ".PUBLIC wanted\nwanted = 0\n"});
     EXPECT_EQ(image("code"), "0d8c4a8a");
     EXPECT_NE(link({".CODE\nx: LINKIF x\nNOP\nENDLINKIF\n"}), "");
+    // What is dropped has no faults, only labels; what follows has its place.
+    load({".PUBLIC a, b\n.CODE\nLINKIF 0\na: MOVE A[0], #1 << 40\nDB 300\nENDLINKIF\nb: JUMP a\n"
+          "LINKIF -1\n.CODE\nNOP\nENDLINKIF\n"});
+    EXPECT_EQ(image("code"), "ff0c3ada");
+    EXPECT_EQ(valueOf("a"), 0);
+    EXPECT_EQ(link({".CODE\nENDLINKIF\nLINKIF 1\n LINKIF 2\n .DATA\nORG 8\nENDLINKIF\n", " LINKIF 0\n"}),
+              "source1.s:2:10: error: ENDLINKIF without LINKIF\n"
+              "source1.s:4:1: error: LINKIF within LINKIF\n"
+              "source1.s:5:1: error: the section changes within LINKIF\n"
+              "source1.s:7:10: error: LINKIF and ENDLINKIF must stand in the same run of code\n"
+              "source1.s: error: a LINKIF has no ENDLINKIF\n"
+              "source2.s:1:10: error: no section: .CODE, .DATA or .SECTION must come first\n");
 }
 
 TEST_F(Sources, ErrorsNameTheirPlaceAndTheRestIsStillRead)
