@@ -324,6 +324,7 @@ Symbol* Assembler::defineSymbol(std::string_view name, uint32_t column)
 void Assembler::defineLabel(std::string_view name, uint32_t column)
 {
     Symbol* s = defineSymbol(name, column);
+    s->isLocal = name.front() == '.'; // also when it was used with its full name before
     Marker* marker = m_program.newMarker(s->name);
     mark(marker);
     s->value = m_program.of(marker);

@@ -144,6 +144,11 @@ TEST_F(Sources, FilesShareOnlyTheirPublicNames)
                              "0d8c");
     EXPECT_EQ(module->publicSymbols().size(), 3u);
     EXPECT_EQ(symbol("loop.x"), nullptr); // labels within a function are not for the debugger
+    // A label of another may be used with its full name, before and after.
+    load({".CODE\nstart: JUMP main.loop\nmain: NOP\n.loop: JUMP .loop\n.end: JUMP .loop\nlast: JUMP "
+          "main.end\n"});
+    EXPECT_EQ(image("code"), "010c3adaff0cfe0cfe0c");
+    EXPECT_EQ(symbol("main.loop"), nullptr);
     EXPECT_EQ(link({".PUBLIC a\n.CODE\na: JUMP b\n", ".PUBLIC a\n.CODE\n  a: JUMP .c\nb:\n"}),
               "source2.s:3:3: error: the public symbol a is defined twice\n"
               "source1.s:3:9: error: undefined symbol b\n"
