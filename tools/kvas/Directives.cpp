@@ -3,6 +3,7 @@
 #include "tools/kvas/limits.h"
 
 #include <bit>
+#include <cmath>
 #include <filesystem>
 #include <utility>
 
@@ -52,6 +53,8 @@ void Assembler::defineAddresses()
 {
     do {
         Item item = newItem(ItemKind::Address);
+        m_cursor->peek();
+        item.place.column = m_cursor->column();
         item.operand = expression();
         add(item);
     } while (more());
@@ -74,9 +77,14 @@ void Assembler::textWithZero()
 
 void Assembler::singles()
 {
-    do
-        putValue(4, m_program.constant(std::bit_cast<uint32_t>(float(m_cursor->floating()))));
-    while (more());
+    do {
+        m_cursor->peek();
+        uint32_t column = m_cursor->column();
+        double value = m_cursor->floating();
+        if (std::isfinite(value) && !std::isfinite(float(value)))
+            Cursor::failAt(column, "the number is too large");
+        putValue(4, m_program.constant(std::bit_cast<uint32_t>(float(value))));
+    } while (more());
 }
 
 void Assembler::doubles()
