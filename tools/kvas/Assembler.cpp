@@ -98,6 +98,10 @@ Assembler::Assembler(Program& program, Diagnostics& diagnostics)
 
 void Assembler::define(std::string_view name, int64_t value)
 {
+    if (auto known = m_program.publics.find(name); known != m_program.publics.end()) {
+        known->second->value = m_program.constant(value);
+        return;
+    }
     Symbol* symbol = m_program.newSymbol(m_program.keep(std::string(name)));
     symbol->value = m_program.constant(value);
     symbol->isPublic = true;
@@ -233,7 +237,8 @@ void Assembler::statement()
         if (word.empty())
             cursor.fail("expected an instruction or a directive");
     }
-    if ((cursor.peek() == '=' && cursor.ahead(1) != '=') || cursor.acceptWord("EQU")) {
+    if ((cursor.peek() == '=' && cursor.ahead(1) != '=') || cursor.acceptWord("EQU") ||
+        cursor.acceptWord("equ")) {
         cursor.accept('=');
         equate(word, column);
         cursor.expectEnd();

@@ -20,7 +20,7 @@ public:
 
     // Where include files and libraries are looked for, behind the directory of the file that names them.
     void addDirectory(std::string directory) { m_directories.push_back(std::move(directory)); }
-    // A public symbol with a value, as if by a source.
+    // A public symbol with a value, as if by a source; the last value counts.
     void define(std::string_view name, int64_t value);
     // A file that cannot be read is an error without a line.
     void assemble(const std::string& fileName);

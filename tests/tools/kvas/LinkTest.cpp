@@ -174,8 +174,9 @@ TEST_F(Sources, SectionsFollowOneAnotherInTheirMemory)
     EXPECT_FALSE(section("data")->goesIntoLoadFile());
     EXPECT_EQ(section("ee")->sectionKind(), unsigned(ZOFFSection::Eeprom));
 
-    job.definitions = {{"COUNT", 3}};
-    load({".DATA\n.FILL COUNT, 7\n"});
+    job.definitions = {{"COUNT", 4}, {"COUNT", 3}};
+    load({".DATA\nbyte equ 7\n.FILL COUNT, byte\n"});
+    EXPECT_EQ(module->allSymbols().size(), 1u);
     EXPECT_EQ(image("data"), "070707");
     job.definitions.clear();
 
@@ -250,6 +251,21 @@ TEST_F(Sources, ErrorsNameTheirPlaceAndTheRestIsStillRead)
               "source1.s:6:2: error: the value 8589934592 does not fit in 32 bits\n"
               "source1.s:7:2: error: the instruction is at an odd address\n"
               "source1.s:7:2: error: division by zero\n");
+    EXPECT_EQ(link({".DATA\n DW 1, -32769 \n DA 0, 65536\n DC3 1 << 24\n .SPACE 1 << 25\n .FLOAT 1, 1e39\n"}),
+              "source1.s:6:12: error: the number is too large\n");
+    EXPECT_EQ(link({".DATA\n DW 1, -32769 \n DA 0, 65536\n DC3 1 << 24\n .SPACE 1 << 25\n"}),
+              "source1.s:2:8: error: the value -32769 does not fit in 16 bits\n"
+              "source1.s:3:8: error: the value 65536 does not fit in 16 bits\n"
+              "source1.s:4:6: error: the value 16777216 does not fit in 24 bits\n"
+              "source1.s:5:9: error: the space is too large\n");
+    // The outermost values that fit.
+    load({".DATA\nDB -128, 255\nDW -32768, 65535\nDC3 -8388608, 16777215\nDL -2147483648, 4294967295\n"
+          "DA -32768, 65535\n"});
+    EXPECT_EQ(image("data"), "80ff"
+                             "0080ffff"
+                             "000080ffffff"
+                             "00000080ffffffff"
+                             "0080ffff");
 }
 
 TEST_F(Sources, HostileSourcesFailSoonAndCleanly)
