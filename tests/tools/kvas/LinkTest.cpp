@@ -101,33 +101,6 @@ TEST_F(Sources, JumpsGrowOnlyWhereTheyMust)
     EXPECT_EQ(image("code").substr(2 * 0x204, 8), "000b000c"); // the start of memory, from far away
 }
 
-TEST_F(Sources, GrowthOfOneJumpThatPushesTheNextSettles)
-{
-    // Each jump is just in reach until the one behind it grows.
-    std::string source = ".CODE\n";
-    for (int i = 0; i < 3000; ++i)
-        source += "l" + std::to_string(i) + ": JUMP l" + std::to_string(i + 128) + "\n";
-    for (int i = 3000; i < 3128; ++i)
-        source += "l" + std::to_string(i) + ": NOP\n";
-    load({source + ".SPACE 2\n"});
-    for (int i = 0; i < 3000; ++i) {
-        ZOFFInsn* insn = section("code")->findInsnAt(uint32_t(valueOf(("l" + std::to_string(i)).c_str())));
-        ASSERT_NE(insn, nullptr);
-        auto bytes = insn->bytes();
-        int64_t target = valueOf(("l" + std::to_string(i + 128)).c_str());
-        ASSERT_EQ(bytes.size(), size_t(insn->length()));
-        int64_t reached = 0;
-        if (bytes.size() == 2) {
-            reached = insn->pc() + 2 + 2 * int8_t(bytes[0]);
-        } else {
-            for (size_t at = 0; at < bytes.size(); at += 2)
-                reached = reached << 8 | bytes[at];
-            reached *= 2;
-        }
-        ASSERT_EQ(reached, target) << i;
-    }
-}
-
 TEST_F(Sources, FilesShareOnlyTheirPublicNames)
 {
     load({".PUBLIC main, shared\n.CODE\nmain: CALL helper\nMOVE A[0], #shared\nlocal: NOP\nshared = 0x21\n",
