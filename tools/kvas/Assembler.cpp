@@ -186,7 +186,8 @@ void Assembler::read(const Source& source)
     while (!text.empty()) {
         size_t end = text.find('\n');
         ++m_line;
-        line(text.substr(0, end));
+        std::string_view one = text.substr(0, end);
+        line(one.ends_with('\r') ? one.substr(0, one.size() - 1) : one);
         if (end == std::string_view::npos)
             break;
         text.remove_prefix(end + 1);
@@ -433,7 +434,7 @@ void Assembler::locus()
 void Assembler::finishUnit()
 {
     if (m_scope)
-        m_diagnostics.error(m_scopePlace, m_scope->kind == Tag::ScopeFunction ? "the function has no .ENDFUNC"
+        m_diagnostics.error(m_scope->place, m_scope->kind == Tag::ScopeFunction ? "the function has no .ENDFUNC"
                                                                               : "the block has no .ENDBLOCK");
     if (m_struct)
         m_diagnostics.error(m_structPlace, "the structure has no .ENDSTRUCT");

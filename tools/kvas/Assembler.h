@@ -190,7 +190,6 @@ private:
     unsigned m_linkIfs = 0;
     Scope* m_scope = nullptr;
     unsigned m_scopeDepth = 0;
-    Place m_scopePlace;
     Type* m_struct = nullptr;
     int64_t m_structBits = 0;
     bool m_structSized = false;

@@ -69,7 +69,7 @@ void Assembler::function()
     declare(s);
     m_scope = m_program.newScope(Tag::ScopeFunction, nullptr);
     m_scopeDepth = 1;
-    m_scopePlace = placeAt(column);
+    m_scope->place = placeAt(column);
     m_scope->function = s;
     m_scope->start = markHere();
     while (more()) {
@@ -107,6 +107,7 @@ void Assembler::block()
         m_cursor->fail("blocks are nested too deeply");
     m_scope = m_program.newScope(Tag::ScopeBlock, m_scope);
     ++m_scopeDepth;
+    m_scope->place = placeAt(1);
     m_scope->start = markHere();
 }
 

@@ -186,6 +186,7 @@ struct Scope {
     Marker* end = nullptr;
     Symbol* function = nullptr;
     std::vector<Symbol*> symbols;
+    Place place;
     int32_t alias = -1;
 };
 
