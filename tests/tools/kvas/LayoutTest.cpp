@@ -5,14 +5,6 @@ namespace {
 
 class Layouts : public Sources {
 protected:
-    static std::string repeat(const std::string& text, int count)
-    {
-        std::string all;
-        while (count-- > 0)
-            all += text;
-        return all;
-    }
-
     // The byte address to which the jump at a label leads, from its bytes; -1 when there is none.
     int64_t targetOf(const std::string& label) const
     {

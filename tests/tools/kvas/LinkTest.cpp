@@ -12,14 +12,6 @@
 
 namespace {
 
-std::string repeat(const std::string& text, int count)
-{
-    std::string all;
-    while (count--)
-        all += text;
-    return all;
-}
-
 TEST_F(Sources, DataDirectivesGiveTheirBytes)
 {
     load({".DATA\n"
@@ -74,6 +66,44 @@ TEST_F(Sources, OperatorsBindAsInCAndFoldOrStay)
         {"~0 + 1", 0},
         {"1 << 64", 0},
         {"1 > 0 && 1 <= 1", 1},
+        // Each operator beside those of the next level; from left to right all would give something else.
+        {"1 || 0 && 0", 1},
+        {"0 && 1 | 1", 0},
+        {"1 | 1 ^ 1", 1},
+        {"1 ^ 1 & 0", 1},
+        {"2 & 2 == 2", 0},
+        {"2 & 2 != 3", 0},
+        {"2 == 2 < 3", 0},
+        {"3 == 2 <= 2", 0},
+        {"1 == 3 > 2", 1},
+        {"1 == 3 >= 2", 1},
+        {"1 != 2 < 3", 0},
+        {"1 < 1 << 1", 1},
+        {"1 <= 4 >> 2", 1},
+        {"5 > 8 >> 1", 1},
+        {"2 >= 2 ASHR 1", 1},
+        {"1 << 1 + 1", 4},
+        {"16 >> 3 - 1", 4},
+        {"16 ASHR 1 + 1", 4},
+        {"7 - 2 * 3", 1},
+        {"7 - 6 / 2", 4},
+        {"7 - 7 % 4", 4},
+        {"3 * 5 ?? 0", 6},
+        {"9 / 3 ?? 0", 9},
+        {"9 % 5 ?? 0", 1},
+        {"-5 ?? 0", -3},
+        {"- ~ + !2", 1},
+        {"100 / 5 / 2", 10},
+        {"64 >> 2 << 1", 32},
+        {"(3 > 3) + (3 < 3) * 2 + (3 >= 3) * 4 + (3 <= 3) * 8", 12},
+        {"(2 && 1) + (2 || 4) * 2", 3},
+        // What wraps or is shifted out.
+        {"(1 << 63) / -1 >> 63", 1},
+        {"(1 << 63) % -1", 0},
+        {"5 >> 64", 0},
+        {"-5 ASHR 64", -1},
+        {"1 << -1", 0},
+        {"0xFFFFFFFFFFFFFFFF + 1", 0},
     };
     std::string source = ".DATA\nbase:\n.PUBLIC base\n", late;
     for (size_t i = 0; i < std::size(cases); ++i) {
@@ -231,6 +261,23 @@ TEST_F(Sources, ErrorsNameTheirPlaceAndTheRestIsStillRead)
               "source1.s:3:8: error: the value 65536 does not fit in 16 bits\n"
               "source1.s:4:6: error: the value 16777216 does not fit in 24 bits\n"
               "source1.s:5:9: error: the space is too large\n");
+    EXPECT_EQ(
+        link({".DATA\n x = 1 % (e - e)\nDB STARTOF(data) / SIZEOF(none)\n.SECTION none, NONE\ny = SP + 1\n"
+              "z = DP[0]\ne = y\n.SECTION\n"}),
+        "source1.s:5:5: error: a register cannot be part of an expression\n"
+        "source1.s:6:5: error: a register cannot be part of an expression\n"
+        "source1.s:8:9: error: expected the name of a section\n"
+        "source1.s:7:5: error: undefined symbol y\n");
+    EXPECT_EQ(link({".DATA\n x = 1 % (e - e)\n DB STARTOF(data) / SIZEOF(none)\n.SECTION none, NONE\ne:\n"}),
+              "source1.s:2:2: error: modulus by zero\n"
+              "source1.s:3:5: error: division by zero\n");
+    // Defined through 200 others, and one more.
+    std::string chain = ".DATA\n";
+    for (int i = 0; i < 200; ++i)
+        chain += "s" + std::to_string(i) + " = s" + std::to_string(i + 1) + " + 1\n";
+    load({chain + "s200 = 5\nDB s0\n"});
+    EXPECT_EQ(image("data"), "cd");
+    EXPECT_NE(link({chain + "s200 = s201\ns201 = 5\n"}), "");
     // The outermost values that fit.
     load({".DATA\nDB -128, 255\nDW -32768, 65535\nDC3 -8388608, 16777215\nDL -2147483648, 4294967295\n"
           "DA -32768, 65535\n"});
