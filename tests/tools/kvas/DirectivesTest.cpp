@@ -7,9 +7,9 @@ class Directives : public Sources {};
 
 TEST_F(Directives, SectionsKeepThePropertiesOfTheirFirstMention)
 {
-    load({".SECTION x, DATA, LOAD, 0x30\n.SECTION x\n.SECTION data, DATA4, LOAD\n.DATA\nDB 1\n",
-          ".SECTION x, DATA, 0x10, LOAD, 0x20\nDB 1\n"});
-    EXPECT_EQ(section("x")->flags(), 0x80032u);
+    load({".SECTION x, DATA, LOAD, 0x40000030\n.SECTION x\n.SECTION data, DATA4, LOAD\n.DATA\nDB 1\n",
+          ".SECTION x, DATA, 0x10, LOAD, 0x40000020\nDB 1\n"});
+    EXPECT_EQ(section("x")->flags(), 0x40080032u);
     EXPECT_EQ(section("data")->flags(), 0x80004u);
     EXPECT_EQ(
         link({".SECTION x, CODE\n", " .SECTION x, EEPROM\n.SECTION x, CODE, NOLOAD\n.SECTION x, CODE, 0x10\n"

@@ -21,7 +21,7 @@ SIZE    = 0x10 + 2
         MOVE A[0], #SIZE
         MOVE A[1], #local
         MOVE A[2], #table + 2
-        MOVE A[3], #5
+        MOVE A[3], #20
 .loop:  DJNZ LC[0], .loop
         JUMP .+4
         .BLOCK
@@ -103,7 +103,7 @@ main:
   0000  1209            	MOVE	A[0], #SIZE
   0002  0719            	MOVE	A[1], #7
   0004  800B0229        	MOVE	A[2], #table + 2
-  0008  0539            	MOVE	A[3], #5
+  0008  1439            	MOVE	A[3], #0x14
 main.loop:
   000A  FF4D            	DJNZ	LC[0], main.loop
   000C  010C            	JUMP	@0 + 4
