@@ -98,6 +98,10 @@ Assembler::Assembler(Program& program, Diagnostics& diagnostics)
 
 void Assembler::define(std::string_view name, int64_t value)
 {
+    if (auto known = m_program.publics.find(name); known != m_program.publics.end()) {
+        known->second->value = m_program.constant(value);
+        return;
+    }
     Symbol* symbol = m_program.newSymbol(m_program.keep(std::string(name)));
     symbol->value = m_program.constant(value);
     symbol->isPublic = true;
@@ -157,6 +161,7 @@ void Assembler::assemble(const std::string& fileName)
     m_struct = nullptr;
     m_lastGlobal = {};
     m_lines = Lines::OfSource;
+    m_givenFile = {};
     m_stackAdjust = 0;
     m_hidden = false;
     m_linkIfs = 0;
@@ -181,7 +186,8 @@ void Assembler::read(const Source& source)
     while (!text.empty()) {
         size_t end = text.find('\n');
         ++m_line;
-        line(text.substr(0, end));
+        std::string_view one = text.substr(0, end);
+        line(one.ends_with('\r') ? one.substr(0, one.size() - 1) : one);
         if (end == std::string_view::npos)
             break;
         text.remove_prefix(end + 1);
@@ -199,7 +205,13 @@ void Assembler::line(std::string_view text)
     Cursor* outer = m_cursor;
     m_cursor = &cursor;
     m_here = nullptr;
-    m_locusDone = false;
+    m_firstItem = 0;
+    if (m_section) {
+        if (auto current = m_unit->fragments.find(m_section); current != m_unit->fragments.end())
+            m_firstItem = current->second->items.size();
+    }
+    if (m_lines == Lines::OfSource)
+        m_locusDone = false;
     try {
         statement();
     } catch (const SyntaxError& error) {
@@ -226,7 +238,8 @@ void Assembler::statement()
         if (word.empty())
             cursor.fail("expected an instruction or a directive");
     }
-    if ((cursor.peek() == '=' && cursor.ahead(1) != '=') || cursor.acceptWord("EQU")) {
+    if ((cursor.peek() == '=' && cursor.ahead(1) != '=') || cursor.acceptWord("EQU") ||
+        cursor.acceptWord("equ")) {
         cursor.accept('=');
         equate(word, column);
         cursor.expectEnd();
@@ -317,6 +330,7 @@ Symbol* Assembler::defineSymbol(std::string_view name, uint32_t column)
 void Assembler::defineLabel(std::string_view name, uint32_t column)
 {
     Symbol* s = defineSymbol(name, column);
+    s->isLocal = name.front() == '.'; // also when it was used with its full name before
     Marker* marker = m_program.newMarker(s->name);
     mark(marker);
     s->value = m_program.of(marker);
@@ -379,29 +393,48 @@ Marker* Assembler::markHere()
     return marker;
 }
 
+// The place of the statement, also when some of its items are there already.
 Marker* Assembler::here()
 {
-    if (!m_here)
-        m_here = markHere();
+    if (!m_here) {
+        m_here = m_program.newMarker();
+        Item item = newItem(ItemKind::Mark);
+        item.marker = m_here;
+        std::vector<Item>& items = fragment().items;
+        items.insert(items.begin() + ptrdiff_t(m_firstItem), item);
+    }
     return m_here;
 }
 
 // Lines matter to the debugger where code is.
 void Assembler::locus()
 {
-    if (m_locusDone || m_section->kind != SectionKind::Code || m_lines != Lines::OfSource)
+    if (m_section->kind != SectionKind::Code)
+        return;
+    Fragment& target = fragment();
+    std::string_view file;
+    uint32_t line = 0;
+    if (m_lines != Lines::None) {
+        file = m_lines == Lines::Given ? m_givenFile : m_source->path;
+        line = m_lines == Lines::Given ? m_givenLine : m_line;
+    }
+    bool inForce = target.lineKnown && target.line == line && target.lineFile == file;
+    if (inForce && (m_locusDone || m_lines == Lines::None))
         return;
     m_locusDone = true;
-    Item item = newItem(ItemKind::Locus);
-    item.text = m_source->path;
-    item.count = m_line;
-    fragment().items.push_back(item);
+    Item item = newItem(m_lines == Lines::None ? ItemKind::NoLocus : ItemKind::Locus);
+    item.text = file;
+    item.count = line;
+    target.items.push_back(item);
+    target.lineFile = file;
+    target.line = line;
+    target.lineKnown = true;
 }
 
 void Assembler::finishUnit()
 {
     if (m_scope)
-        m_diagnostics.error(m_scopePlace, m_scope->kind == Tag::ScopeFunction ? "the function has no .ENDFUNC"
+        m_diagnostics.error(m_scope->place, m_scope->kind == Tag::ScopeFunction ? "the function has no .ENDFUNC"
                                                                               : "the block has no .ENDBLOCK");
     if (m_struct)
         m_diagnostics.error(m_structPlace, "the structure has no .ENDSTRUCT");

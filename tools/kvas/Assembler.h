@@ -20,7 +20,7 @@ public:
 
     // Where include files and libraries are looked for, behind the directory of the file that names them.
     void addDirectory(std::string directory) { m_directories.push_back(std::move(directory)); }
-    // A public symbol with a value, as if by a source.
+    // A public symbol with a value, as if by a source; the last value counts.
     void define(std::string_view name, int64_t value);
     // A file that cannot be read is an error without a line.
     void assemble(const std::string& fileName);
@@ -177,7 +177,8 @@ private:
     Cursor* m_cursor = nullptr;
     Section* m_section = nullptr;
     Marker* m_here = nullptr;      // of this statement, when it was asked for
-    bool m_locusDone = false;      // this line has its locus
+    size_t m_firstItem = 0;        // of this statement, in the section's fragment
+    bool m_locusDone = false;      // this line has its locus, or that of the last .LINE
     std::string_view m_lastGlobal; // label to which those with a leading dot belong
     std::string m_nameBuffer;
 
@@ -189,7 +190,6 @@ private:
     unsigned m_linkIfs = 0;
     Scope* m_scope = nullptr;
     unsigned m_scopeDepth = 0;
-    Place m_scopePlace;
     Type* m_struct = nullptr;
     int64_t m_structBits = 0;
     bool m_structSized = false;

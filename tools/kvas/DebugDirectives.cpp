@@ -25,22 +25,15 @@ void Assembler::lineDirective()
     } else if (file.empty()) {
         m_cursor->fail("the first .LINE names a file");
     }
-    uint32_t given = uint32_t(number(1, 0x7FFFFFFF, "the line"));
-    Item item = newItem(ItemKind::Locus);
-    item.text = file;
-    item.count = given;
-    if (m_section && m_section->kind == SectionKind::Code)
-        fragment().items.push_back(item);
-    m_lines = Lines::Given;
+    m_givenLine = uint32_t(number(1, 0x7FFFFFFF, "the line"));
     m_givenFile = file;
-    m_givenLine = given;
+    m_lines = Lines::Given;
+    m_locusDone = false;
 }
 
 void Assembler::noLine()
 {
     m_lines = Lines::None;
-    if (m_section)
-        fragment().items.push_back(newItem(ItemKind::NoLocus));
 }
 
 void Assembler::stackAdjust()
@@ -76,7 +69,7 @@ void Assembler::function()
     declare(s);
     m_scope = m_program.newScope(Tag::ScopeFunction, nullptr);
     m_scopeDepth = 1;
-    m_scopePlace = placeAt(column);
+    m_scope->place = placeAt(column);
     m_scope->function = s;
     m_scope->start = markHere();
     while (more()) {
@@ -114,6 +107,7 @@ void Assembler::block()
         m_cursor->fail("blocks are nested too deeply");
     m_scope = m_program.newScope(Tag::ScopeBlock, m_scope);
     ++m_scopeDepth;
+    m_scope->place = placeAt(1);
     m_scope->start = markHere();
 }
 

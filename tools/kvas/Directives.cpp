@@ -3,6 +3,7 @@
 #include "tools/kvas/limits.h"
 
 #include <bit>
+#include <cmath>
 #include <filesystem>
 #include <utility>
 
@@ -52,6 +53,8 @@ void Assembler::defineAddresses()
 {
     do {
         Item item = newItem(ItemKind::Address);
+        m_cursor->peek();
+        item.place.column = m_cursor->column();
         item.operand = expression();
         add(item);
     } while (more());
@@ -74,9 +77,14 @@ void Assembler::textWithZero()
 
 void Assembler::singles()
 {
-    do
-        putValue(4, m_program.constant(std::bit_cast<uint32_t>(float(m_cursor->floating()))));
-    while (more());
+    do {
+        m_cursor->peek();
+        uint32_t column = m_cursor->column();
+        double value = m_cursor->floating();
+        if (std::isfinite(value) && !std::isfinite(float(value)))
+            Cursor::failAt(column, "the number is too large");
+        putValue(4, m_program.constant(std::bit_cast<uint32_t>(float(value))));
+    } while (more());
 }
 
 void Assembler::doubles()
@@ -171,6 +179,7 @@ void Assembler::endLinkIf()
     if (!opened)
         m_cursor->fail("LINKIF and ENDLINKIF must stand in the same run of code");
     --m_linkIfs;
+    fragment().lineKnown = false;
     items.push_back(newItem(ItemKind::EndLinkIf));
 }
 
@@ -178,6 +187,8 @@ void Assembler::enterSection(Section* section, uint32_t column)
 {
     if (m_scope)
         Cursor::failAt(column, "the section changes within a function");
+    if (m_linkIfs && section != m_section) // what stands in the other section would stay
+        Cursor::failAt(column, "the section changes within LINKIF");
     m_section = section;
 }
 

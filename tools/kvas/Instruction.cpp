@@ -366,11 +366,11 @@ bool takesCodeTarget(const Item& item)
     return (item.word & 0xFF00) == 0x3D00 || (item.word & 0x8F00) == 0x0C00 || (item.word & 0xEF00) == 0x4D00;
 }
 
-unsigned wordsNeeded(const Item& item, int64_t value)
+unsigned wordsNeeded(const Item& item, int64_t value, bool mayBeNear)
 {
     if (takesCodeTarget(item)) {
         int32_t d = distance(item, value);
-        if (d >= -128 && d <= 127)
+        if (mayBeNear && d >= -128 && d <= 127)
             return 1;
         // One word would be taken for a distance, however small the address.
         return std::max(2u, wordsOf(uint32_t(value) / 2));

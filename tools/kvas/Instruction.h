@@ -25,8 +25,9 @@ void parseInstruction(const Mnemonic& mnemonic, Cursor& cursor, ExpressionParser
 // The immediate operand is a code target.
 bool takesCodeTarget(const Item& item);
 
-// Words that the instruction needs for the operand's value at its pc, with prefix words.
-unsigned wordsNeeded(const Item& item, int64_t value);
+// Words that the instruction needs for the operand's value at its pc, with prefix words. Code targets within
+// reach of a jump of one word need only that, if it may be near.
+unsigned wordsNeeded(const Item& item, int64_t value, bool mayBeNear = true);
 
 // The whole opcode in item.size words, the highest 16-bit group first. An operand that lies beyond a
 // short form's reach is our own mistake.

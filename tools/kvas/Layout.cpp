@@ -197,12 +197,13 @@ bool Layout::grow()
                 Value value = m_evaluator.evaluate(item.operand);
                 if (!value.resolved())
                     continue; // reported by check()
-                unsigned words = wordsNeeded(item, value.number);
+                // Rounds that each lengthen one instruction would go on for as many rounds as there are
+                // instructions. So all take their far form together at last, and what still grows then
+                // does so once.
+                unsigned words = wordsNeeded(item, value.number, m_pass <= limits::PassesBeforeWidening);
                 if (words <= item.size)
                     continue;
-                // Rounds that each lengthen one instruction would go on for as many rounds as there are
-                // instructions.
-                item.size = m_pass > limits::PassesBeforeWidening ? 4 : uint8_t(words);
+                item.size = m_pass > limits::PassesBeforeWidening + 1 ? 4 : uint8_t(words);
                 grown = true;
             }
         }

@@ -62,12 +62,17 @@ void ModuleWriter::symbols()
     for (Symbol* symbol : m_program.symbols) {
         if (!symbol->isPublic)
             continue;
-        m_out.alias(symbolAlias(symbol));
+        makeSymbol(symbol);
+        m_out.alias(symbol->alias);
         m_out.tag(Tag::Public);
     }
     for (Symbol* symbol : m_program.symbols) {
+        if (isWritten(symbol) && symbol->alias < 0)
+            makeSymbol(symbol);
+    }
+    for (Symbol* symbol : m_program.symbols) {
         if (isWritten(symbol))
-            symbolAlias(symbol);
+            describeSymbol(symbol);
     }
     finishTypes();
     m_out.alias(m_module);
@@ -92,18 +97,11 @@ int32_t ModuleWriter::fileAlias(std::string_view file)
     return place->second;
 }
 
-int32_t ModuleWriter::symbolAlias(Symbol* symbol)
+void ModuleWriter::makeSymbol(Symbol* symbol)
 {
-    if (symbol->alias >= 0)
-        return symbol->alias;
-    if (symbol->value)
-        prepare(symbol->value);
-    int32_t type = symbol->type ? typeAlias(symbol->type) : -1;
     bool hasLocus = symbol->declared.line && !symbol->declaredFile.empty();
     int32_t file = hasLocus ? fileAlias(symbol->declaredFile) : -1;
-    // A type refers to symbols of its own, never to one that is being made.
     symbol->alias = m_out.newAlias();
-
     m_out.string(symbol->name);
     m_out.tag(Tag::MakeSymbol);
     if (hasLocus) {
@@ -112,23 +110,32 @@ int32_t ModuleWriter::symbolAlias(Symbol* symbol)
     }
     if (symbol->patched)
         m_out.record(Tag::Patched, 1);
-    int uses = (symbol->codelet >= 0) + symbol->patchable + (symbol->value != nullptr) + (type >= 0);
-    while (uses--)
-        m_out.tag(Tag::Dup);
     m_out.makeAlias(symbol->alias);
-    if (symbol->codelet >= 0)
+}
+
+// All symbols that have names for expressions are made by then: a function's type may lead to a parameter
+// that lies at the function itself.
+void ModuleWriter::describeSymbol(const Symbol* symbol)
+{
+    int32_t type = symbol->type ? typeAlias(symbol->type) : -1;
+    if (symbol->codelet >= 0) {
+        m_out.alias(symbol->alias);
         m_out.record(Tag::Codelet, symbol->codelet);
-    if (symbol->patchable)
+    }
+    if (symbol->patchable) {
+        m_out.alias(symbol->alias);
         m_out.record(Tag::Patchable, symbol->patchValue);
+    }
     if (symbol->value) {
+        m_out.alias(symbol->alias);
         expression(symbol->value);
         m_out.tag(Tag::SymbolDef);
     }
     if (type >= 0) {
+        m_out.alias(symbol->alias);
         m_out.alias(type);
         m_out.tag(Tag::SetType);
     }
-    return symbol->alias;
 }
 
 int32_t ModuleWriter::typeAlias(Type* type)
@@ -190,10 +197,12 @@ int32_t ModuleWriter::typeAlias(Type* type)
 
 void ModuleWriter::prepareFunction(Type* type)
 {
-    for (Symbol* parameter : type->in)
-        symbolAlias(parameter);
-    for (Symbol* result : type->out)
-        symbolAlias(result);
+    for (std::vector<Symbol*>* symbols : {&type->in, &type->out}) {
+        for (Symbol* symbol : *symbols) {
+            makeSymbol(symbol);
+            describeSymbol(symbol);
+        }
+    }
 }
 
 // Pointers get their targets and structures their fields when all types that they lead to can be made.
@@ -209,11 +218,8 @@ void ModuleWriter::finishTypes()
             m_out.tag(type->tag);
             continue;
         }
-        for (Field& field : type->fields) {
+        for (const Field& field : type->fields)
             typeAlias(field.type);
-            if (field.isStatic)
-                prepare(field.value);
-        }
         m_out.alias(type->alias);
         for (const Field& field : type->fields) {
             m_out.string(field.name);
@@ -231,16 +237,6 @@ void ModuleWriter::finishTypes()
         m_out.tag(Tag::Drop);
     }
     m_unfinished.clear();
-}
-
-void ModuleWriter::prepare(const Expr* expr)
-{
-    if (expr->kind == Expr::Kind::Binary) {
-        prepare(expr->left);
-        prepare(expr->right);
-    } else if (expr->kind == Expr::Kind::Symbol && isWritten(expr->symbol->meant())) {
-        symbolAlias(expr->symbol->meant());
-    }
 }
 
 void ModuleWriter::expression(const Expr* expr)
@@ -278,8 +274,12 @@ void ModuleWriter::location(Marker* marker)
 
 void ModuleWriter::scope(Scope& scope)
 {
-    for (Symbol* symbol : scope.symbols)
-        symbolAlias(symbol);
+    for (Symbol* symbol : scope.symbols) {
+        if (symbol->alias >= 0) // a parameter, known by the function's type
+            continue;
+        makeSymbol(symbol);
+        describeSymbol(symbol);
+    }
     m_out.alias(scope.parent ? scope.parent->alias : m_module);
     location(scope.start);
     location(scope.end);
@@ -305,39 +305,20 @@ void ModuleWriter::section(const Section& section)
         for (const Item& it : fragment.items) {
             if (it.kind == ItemKind::Locus)
                 fileAlias(it.text);
-            if (it.operand)
-                prepare(it.operand);
         }
     }
     m_out.string(section.name);
     m_out.tag(Tag::MakeSection);
     m_out.tag(Tag::Section);
     m_out.record(Tag::SetFlags, section.flags());
-    const Item* locus = nullptr; // in force where a fragment ends
     for (const Fragment& fragment : section.fragments) {
         m_out.tag(Tag::Break);
         m_pc = -1; // the break itself is placed by the next change of pc
         if (m_locus)
             m_out.tag(Tag::ResetLocus);
         m_locus = false;
-        // An origin in the middle of a source line: the line goes on behind it.
-        auto first = std::ranges::find_if(fragment.items, [](const Item& it) {
-            return !it.dropped && it.kind != ItemKind::Mark;
-        });
-        if (locus && first != fragment.items.end() && first->kind != ItemKind::Locus) {
-            Item again = *locus;
-            again.pc = fragment.items.front().pc;
-            item(again);
-        }
-        for (const Item& it : fragment.items) {
+        for (const Item& it : fragment.items)
             item(it);
-            if (it.dropped)
-                continue;
-            if (it.kind == ItemKind::Locus)
-                locus = &it;
-            else if (it.kind == ItemKind::NoLocus)
-                locus = nullptr;
-        }
     }
 }
 

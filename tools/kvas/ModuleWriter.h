@@ -27,9 +27,9 @@ private:
     // Each makes the object if that has not been done, and answers its alias. They leave the machine's
     // stack as it was, so they come before anything is pushed that needs the object.
     int32_t typeAlias(Type* type);
-    int32_t symbolAlias(Symbol* symbol);
     int32_t fileAlias(std::string_view file);
-    void prepare(const Expr* expr);
+    void makeSymbol(Symbol* symbol); // its name and alias; what else is known of it comes later
+    void describeSymbol(const Symbol* symbol);
     void prepareFunction(Type* type);
     void finishTypes();
 

@@ -112,6 +112,10 @@ struct Fragment {
     uint32_t alignment = 1; // of the first item, when there is no origin
     Place place;
     uint32_t start = 0, end = 0;
+    // The source line in force at the end, line 0 for none; not known behind items that may be dropped.
+    std::string_view lineFile;
+    uint32_t line = 0;
+    bool lineKnown = true;
 };
 
 enum class SectionKind : uint8_t {
@@ -182,6 +186,7 @@ struct Scope {
     Marker* end = nullptr;
     Symbol* function = nullptr;
     std::vector<Symbol*> symbols;
+    Place place;
     int32_t alias = -1;
 };
 

@@ -162,6 +162,10 @@ TEST_F(Assembly, CodeTargetsTakeTheShortFormExactlyWithinReach)
         {"JUMP NE, .+4", 0x1000, 0x7C01},
         {"MOVE A[0], #-1", 0, 0x0BFF'0BFF'0BFF'09FF},
         {"MOVE A[0], #256", 0, 0x0B01'0900},
+        {"MOVE A[0], #0xFFFFFF", 0, 0x0BFF'0BFF'09FF},
+        {"MOVE A[0], #0x1000000", 0, 0x0B01'0B00'0B00'0900},
+        // Addresses wrap at 32 bits.
+        {"JUMP 0xFFFFFFFE", 0, 0x0CFE},
         {"MOVE DP[1], #0", 0, 0x2B00'5F00},
     };
     for (const auto& c : cases) {

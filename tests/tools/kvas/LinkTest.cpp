@@ -12,14 +12,6 @@
 
 namespace {
 
-std::string repeat(const std::string& text, int count)
-{
-    std::string all;
-    while (count--)
-        all += text;
-    return all;
-}
-
 TEST_F(Sources, DataDirectivesGiveTheirBytes)
 {
     load({".DATA\n"
@@ -37,6 +29,19 @@ TEST_F(Sources, DataDirectivesGiveTheirBytes)
                              "000000"
                              "00000000000000c0"
                              "05");
+}
+
+TEST_F(Sources, ThePointIsWhereTheStatementBegins)
+{
+    dir.write("inner.s", " DB 8, .\n");
+    load({".DATA\nDB 1\nx: DB 1, ., \"ab\", . - x\ny: DA ., ., y\n.INCLUDE \"inner.s\"\nDB .\n"
+          ".SPACE 8 - (. - x) + 15\nEND = .\n.PUBLIC END\n"});
+    EXPECT_EQ(image("data").substr(0, 30), "01"
+                                           "0101616200"
+                                           "060006000600"
+                                           "080c"
+                                           "0e");
+    EXPECT_EQ(valueOf("END"), 24);
 }
 
 TEST_F(Sources, OperatorsBindAsInCAndFoldOrStay)
@@ -61,6 +66,44 @@ TEST_F(Sources, OperatorsBindAsInCAndFoldOrStay)
         {"~0 + 1", 0},
         {"1 << 64", 0},
         {"1 > 0 && 1 <= 1", 1},
+        // Each operator beside those of the next level; from left to right all would give something else.
+        {"1 || 0 && 0", 1},
+        {"0 && 1 | 1", 0},
+        {"1 | 1 ^ 1", 1},
+        {"1 ^ 1 & 0", 1},
+        {"2 & 2 == 2", 0},
+        {"2 & 2 != 3", 0},
+        {"2 == 2 < 3", 0},
+        {"3 == 2 <= 2", 0},
+        {"1 == 3 > 2", 1},
+        {"1 == 3 >= 2", 1},
+        {"1 != 2 < 3", 0},
+        {"1 < 1 << 1", 1},
+        {"1 <= 4 >> 2", 1},
+        {"5 > 8 >> 1", 1},
+        {"2 >= 2 ASHR 1", 1},
+        {"1 << 1 + 1", 4},
+        {"16 >> 3 - 1", 4},
+        {"16 ASHR 1 + 1", 4},
+        {"7 - 2 * 3", 1},
+        {"7 - 6 / 2", 4},
+        {"7 - 7 % 4", 4},
+        {"3 * 5 ?? 0", 6},
+        {"9 / 3 ?? 0", 9},
+        {"9 % 5 ?? 0", 1},
+        {"-5 ?? 0", -3},
+        {"- ~ + !2", 1},
+        {"100 / 5 / 2", 10},
+        {"64 >> 2 << 1", 32},
+        {"(3 > 3) + (3 < 3) * 2 + (3 >= 3) * 4 + (3 <= 3) * 8", 12},
+        {"(2 && 1) + (2 || 4) * 2", 3},
+        // What wraps or is shifted out.
+        {"(1 << 63) / -1 >> 63", 1},
+        {"(1 << 63) % -1", 0},
+        {"5 >> 64", 0},
+        {"-5 ASHR 64", -1},
+        {"1 << -1", 0},
+        {"0xFFFFFFFFFFFFFFFF + 1", 0},
     };
     std::string source = ".DATA\nbase:\n.PUBLIC base\n", late;
     for (size_t i = 0; i < std::size(cases); ++i) {
@@ -88,33 +131,6 @@ TEST_F(Sources, JumpsGrowOnlyWhereTheyMust)
     EXPECT_EQ(image("code").substr(2 * 0x204, 8), "000b000c"); // the start of memory, from far away
 }
 
-TEST_F(Sources, GrowthOfOneJumpThatPushesTheNextSettles)
-{
-    // Each jump is just in reach until the one behind it grows.
-    std::string source = ".CODE\n";
-    for (int i = 0; i < 3000; ++i)
-        source += "l" + std::to_string(i) + ": JUMP l" + std::to_string(i + 128) + "\n";
-    for (int i = 3000; i < 3128; ++i)
-        source += "l" + std::to_string(i) + ": NOP\n";
-    load({source + ".SPACE 2\n"});
-    for (int i = 0; i < 3000; ++i) {
-        ZOFFInsn* insn = section("code")->findInsnAt(uint32_t(valueOf(("l" + std::to_string(i)).c_str())));
-        ASSERT_NE(insn, nullptr);
-        auto bytes = insn->bytes();
-        int64_t target = valueOf(("l" + std::to_string(i + 128)).c_str());
-        ASSERT_EQ(bytes.size(), size_t(insn->length()));
-        int64_t reached = 0;
-        if (bytes.size() == 2) {
-            reached = insn->pc() + 2 + 2 * int8_t(bytes[0]);
-        } else {
-            for (size_t at = 0; at < bytes.size(); at += 2)
-                reached = reached << 8 | bytes[at];
-            reached *= 2;
-        }
-        ASSERT_EQ(reached, target) << i;
-    }
-}
-
 TEST_F(Sources, FilesShareOnlyTheirPublicNames)
 {
     load({".PUBLIC main, shared\n.CODE\nmain: CALL helper\nMOVE A[0], #shared\nlocal: NOP\nshared = 0x21\n",
@@ -131,6 +147,11 @@ TEST_F(Sources, FilesShareOnlyTheirPublicNames)
                              "0d8c");
     EXPECT_EQ(module->publicSymbols().size(), 3u);
     EXPECT_EQ(symbol("loop.x"), nullptr); // labels within a function are not for the debugger
+    // A label of another may be used with its full name, before and after.
+    load({".CODE\nstart: JUMP main.loop\nmain: NOP\n.loop: JUMP .loop\n.end: JUMP .loop\nlast: JUMP "
+          "main.end\n"});
+    EXPECT_EQ(image("code"), "010c3adaff0cfe0cfe0c");
+    EXPECT_EQ(symbol("main.loop"), nullptr);
     EXPECT_EQ(link({".PUBLIC a\n.CODE\na: JUMP b\n", ".PUBLIC a\n.CODE\n  a: JUMP .c\nb:\n"}),
               "source2.s:3:3: error: the public symbol a is defined twice\n"
               "source1.s:3:9: error: undefined symbol b\n"
@@ -156,8 +177,9 @@ TEST_F(Sources, SectionsFollowOneAnotherInTheirMemory)
     EXPECT_FALSE(section("data")->goesIntoLoadFile());
     EXPECT_EQ(section("ee")->sectionKind(), unsigned(ZOFFSection::Eeprom));
 
-    job.definitions = {{"COUNT", 3}};
-    load({".DATA\n.FILL COUNT, 7\n"});
+    job.definitions = {{"COUNT", 4}, {"COUNT", 3}};
+    load({".DATA\nbyte equ 7\n.FILL COUNT, byte\n"});
+    EXPECT_EQ(module->allSymbols().size(), 1u);
     EXPECT_EQ(image("data"), "070707");
     job.definitions.clear();
 
@@ -194,6 +216,18 @@ TEST_F(Sources, ConditionsAtLinkTimeDropWhatTheyEnclose)
           ".PUBLIC wanted\nwanted = 0\n"});
     EXPECT_EQ(image("code"), "0d8c4a8a");
     EXPECT_NE(link({".CODE\nx: LINKIF x\nNOP\nENDLINKIF\n"}), "");
+    // What is dropped has no faults, only labels; what follows has its place.
+    load({".PUBLIC a, b\n.CODE\nLINKIF 0\na: MOVE A[0], #1 << 40\nDB 300\nENDLINKIF\nb: JUMP a\n"
+          "LINKIF -1\n.CODE\nNOP\nENDLINKIF\n"});
+    EXPECT_EQ(image("code"), "ff0c3ada");
+    EXPECT_EQ(valueOf("a"), 0);
+    EXPECT_EQ(link({".CODE\nENDLINKIF\nLINKIF 1\n LINKIF 2\n .DATA\nORG 8\nENDLINKIF\n", " LINKIF 0\n"}),
+              "source1.s:2:10: error: ENDLINKIF without LINKIF\n"
+              "source1.s:4:1: error: LINKIF within LINKIF\n"
+              "source1.s:5:1: error: the section changes within LINKIF\n"
+              "source1.s:7:10: error: LINKIF and ENDLINKIF must stand in the same run of code\n"
+              "source1.s: error: a LINKIF has no ENDLINKIF\n"
+              "source2.s:1:10: error: no section: .CODE, .DATA or .SECTION must come first\n");
 }
 
 TEST_F(Sources, ErrorsNameTheirPlaceAndTheRestIsStillRead)
@@ -220,6 +254,38 @@ TEST_F(Sources, ErrorsNameTheirPlaceAndTheRestIsStillRead)
               "source1.s:6:2: error: the value 8589934592 does not fit in 32 bits\n"
               "source1.s:7:2: error: the instruction is at an odd address\n"
               "source1.s:7:2: error: division by zero\n");
+    EXPECT_EQ(link({".DATA\n DW 1, -32769 \n DA 0, 65536\n DC3 1 << 24\n .SPACE 1 << 25\n .FLOAT 1, 1e39\n"}),
+              "source1.s:6:12: error: the number is too large\n");
+    EXPECT_EQ(link({".DATA\n DW 1, -32769 \n DA 0, 65536\n DC3 1 << 24\n .SPACE 1 << 25\n"}),
+              "source1.s:2:8: error: the value -32769 does not fit in 16 bits\n"
+              "source1.s:3:8: error: the value 65536 does not fit in 16 bits\n"
+              "source1.s:4:6: error: the value 16777216 does not fit in 24 bits\n"
+              "source1.s:5:9: error: the space is too large\n");
+    EXPECT_EQ(
+        link({".DATA\n x = 1 % (e - e)\nDB STARTOF(data) / SIZEOF(none)\n.SECTION none, NONE\ny = SP + 1\n"
+              "z = DP[0]\ne = y\n.SECTION\n"}),
+        "source1.s:5:5: error: a register cannot be part of an expression\n"
+        "source1.s:6:5: error: a register cannot be part of an expression\n"
+        "source1.s:8:9: error: expected the name of a section\n"
+        "source1.s:7:5: error: undefined symbol y\n");
+    EXPECT_EQ(link({".DATA\n x = 1 % (e - e)\n DB STARTOF(data) / SIZEOF(none)\n.SECTION none, NONE\ne:\n"}),
+              "source1.s:2:2: error: modulus by zero\n"
+              "source1.s:3:5: error: division by zero\n");
+    // Defined through 200 others, and one more.
+    std::string chain = ".DATA\n";
+    for (int i = 0; i < 200; ++i)
+        chain += "s" + std::to_string(i) + " = s" + std::to_string(i + 1) + " + 1\n";
+    load({chain + "s200 = 5\nDB s0\n"});
+    EXPECT_EQ(image("data"), "cd");
+    EXPECT_NE(link({chain + "s200 = s201\ns201 = 5\n"}), "");
+    // The outermost values that fit.
+    load({".DATA\nDB -128, 255\nDW -32768, 65535\nDC3 -8388608, 16777215\nDL -2147483648, 4294967295\n"
+          "DA -32768, 65535\n"});
+    EXPECT_EQ(image("data"), "80ff"
+                             "0080ffff"
+                             "000080ffffff"
+                             "00000080ffffffff"
+                             "0080ffff");
 }
 
 TEST_F(Sources, HostileSourcesFailSoonAndCleanly)

@@ -13,6 +13,14 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 
+inline std::string repeat(const std::string& text, int count)
+{
+    std::string all;
+    while (count-- > 0)
+        all += text;
+    return all;
+}
+
 class Sources : public ::testing::Test {
 protected:
     ~Sources() override { ZOFFReader::release(module); }
