@@ -110,7 +110,6 @@ private:
     void setBytes();
     void setPC();
     void addProcessorInsn(bool hidden);
-    void addLocus();
     void pushConst(int64_t value);
     void pushEntry(const Entry& entry);
     Entry popEntry();

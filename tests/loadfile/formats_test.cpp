@@ -7,6 +7,7 @@
 #include "support/HException.h"
 
 #include "support/TempDir.h"
+#include "tests/support/Failure.h"
 
 #include <random>
 
@@ -207,12 +208,7 @@ TEST(TextFormats, FilesReadAsTheirBytesDo)
 
     text = srec('1', "040010aa") + std::string(300000, 'S');
     std::string expected = outcome<SRecordLoadFile>(text);
-    try {
-        SRecordLoadFile file(dir.write("long.s19", text).c_str());
-        FAIL();
-    } catch (const HException& e) {
-        EXPECT_EQ(e.message(), expected);
-    }
+    EXPECT_EQ(failureOf([&] { SRecordLoadFile file(dir.write("long.s19", text).c_str()); }), expected);
 }
 
 // Whatever the bytes, a reader ends with sections or with an HException.

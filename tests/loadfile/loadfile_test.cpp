@@ -2,8 +2,8 @@
 #include "loadfile/BinaryLoadFile.h"
 #include "loadfile/LoadFileFactory.h"
 #include "loadfile/LoadFileList.h"
-#include "support/HException.h"
 #include "support/TempDir.h"
+#include "tests/support/Failure.h"
 
 #include <cstring>
 
@@ -33,16 +33,6 @@ public:
     bool createLoadFileSections() override { return m_works; }
     bool m_works;
 };
-
-std::string textOf(const std::function<void()>& body)
-{
-    try {
-        body();
-    } catch (const HException& e) {
-        return e.message();
-    }
-    return "no exception";
-}
 
 bool overlap(std::initializer_list<RangesLoadFile*> files)
 {
@@ -112,7 +102,7 @@ TEST(LoadFileInterface, MakeContiguousFillsGapsAndLaterWins)
 TEST(LoadFileInterface, FailedSectionsAreTriedAgain)
 {
     RangesLoadFile file({{0, 1}}, false);
-    EXPECT_EQ(textOf([&] { file.loadFileSections(); }), "cannot read sections from load file");
+    EXPECT_EQ(failureOf([&] { file.loadFileSections(); }), "cannot read sections from load file");
     file.m_works = true;
     EXPECT_EQ(file.loadFileSections().length(), 1u);
 }
@@ -157,7 +147,7 @@ TEST(BinaryLoadFile, OneSectionAtTheAddressToldLast)
     file.setLoadAddress(0xFFFFFFFD);
     EXPECT_EQ(file.loadFileSections().firstSectionStartAddress(), 0xFFFFFFFDu);
     file.setLoadAddress(0xFFFFFFFE);
-    EXPECT_EQ(textOf([&] { file.loadFileSections(); }), "data beyond the end of the address space");
+    EXPECT_EQ(failureOf([&] { file.loadFileSections(); }), "data beyond the end of the address space");
     EXPECT_EQ(BinaryLoadFile(dir.write("empty.bin", "").c_str()).loadFileSections().sections().size(), 1u);
 }
 

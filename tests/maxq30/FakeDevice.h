@@ -6,6 +6,7 @@
 #include "maxq30/MAXQ30JTAGTargetInterface.h"
 #include "support/HException.h"
 #include "target/FakeTarget.h"
+#include "tests/support/Failure.h"
 
 #include <algorithm>
 #include <deque>

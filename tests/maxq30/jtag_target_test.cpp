@@ -12,16 +12,6 @@ namespace {
 
 constexpr char NoBreakpoints[] = "in15ffffff in16ffffff in17ffffff in18ffffff in19ffffffff in1affffffff ";
 
-std::string failureOf(const std::function<void()>& body)
-{
-    try {
-        body();
-    } catch (const HException& failure) {
-        return failure.message();
-    }
-    return "no failure";
-}
-
 // A target whose CPU has stopped.
 void stopAt(FakeJTAGTarget& target, uint32_t wordAddress)
 {

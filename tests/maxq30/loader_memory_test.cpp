@@ -42,15 +42,6 @@ struct LoaderMemory : ::testing::Test {
                 return value->toString().toStdString();
         return "not listed";
     }
-    std::string failureOf(const std::function<void()>& body)
-    {
-        try {
-            body();
-        } catch (const HException& failure) {
-            return failure.message();
-        }
-        return "no failure";
-    }
 };
 
 unsigned char g_counting[600];

@@ -17,16 +17,6 @@ namespace {
 using Step = ScriptedPort::Step;
 using Steps = std::vector<Step>;
 
-std::string failureOf(const std::function<void()>& body)
-{
-    try {
-        body();
-    } catch (const HException& failure) {
-        return failure.message();
-    }
-    return "no failure";
-}
-
 Steps opening()
 {
     return {{"\r", ">"}, {"\r", "\r\n>"}, {"Z\r\0\5\0\4"s, "Z\r\n\5\4"}, {"\0\2"s, "\2"}, {"\0\10"s, "\10"}};

@@ -81,7 +81,7 @@ std::string hex(const char* bytes, int count)
     return count > 8 ? text + ".." + std::to_string(count) : text;
 }
 
-std::string failureOf(const std::function<void()>& body)
+std::string failureWithHint(const std::function<void()>& body)
 {
     try {
         body();
@@ -206,19 +206,22 @@ TEST(USBLink, OpensTheWantedDeviceAndLetsGoOfIt)
         EXPECT_EQ(bus.openHandles, 1);
     }
     EXPECT_EQ(bus.take(), "reset release ");
-    EXPECT_EQ(failureOf([] { UsbTetherDataLink link({0x1209, 0x3030, "B", ""}); }), "cannot find USB device");
+    EXPECT_EQ(failureWithHint([] {
+                  UsbTetherDataLink link({0x1209, 0x3030, "B", ""});
+              }),
+              "cannot find USB device");
     bus.refuseClaim = -16;
-    EXPECT_EQ(failureOf([] {
+    EXPECT_EQ(failureWithHint([] {
                   UsbTetherDataLink link({0x1209, 0x3030, "A", ""});
               }),
               "cannot claim USB interface / No such device");
     bus.refuseConfiguration = -16;
-    EXPECT_EQ(failureOf([] {
+    EXPECT_EQ(failureWithHint([] {
                   UsbTetherDataLink link({0x1209, 0x3030, "A", ""});
               }),
               "cannot set USB configuration / No such device");
     bus.entries[0].config = nullptr;
-    EXPECT_EQ(failureOf([] {
+    EXPECT_EQ(failureWithHint([] {
                   UsbTetherDataLink link({0x1209, 0x3030, "A", ""});
               }),
               "cannot get USB descriptors");
@@ -260,22 +263,22 @@ TEST(USBAdapter, EachOperationHasItsTraffic)
     EXPECT_EQ(bus.take(), "w4:8902000000 w4:6162 r1 ");
     EXPECT_EQ(maxqd.setTimeout(&maxqd, 5), 0u);
 
-    EXPECT_EQ(failureOf([&] { maxqd.setTDI(&maxqd, 1); }), "setTDI not implemented");
-    EXPECT_EQ(failureOf([&] { maxqd.getTDO(&maxqd); }), "getTDO not implemented");
+    EXPECT_EQ(failureWithHint([&] { maxqd.setTDI(&maxqd, 1); }), "setTDI not implemented");
+    EXPECT_EQ(failureWithHint([&] { maxqd.getTDO(&maxqd); }), "getTDO not implemented");
 
     bus.answers = "\3";
-    EXPECT_EQ(failureOf([&] { maxqd.shiftInOutDR(&maxqd, 0, &status); }), "read operation failed");
+    EXPECT_EQ(failureWithHint([&] { maxqd.shiftInOutDR(&maxqd, 0, &status); }), "read operation failed");
     bus.answers = std::string(65, 'm');
-    EXPECT_EQ(failureOf([&] { maxqd.multiShiftOutDR8(&maxqd, bytes, 128); }), "read operation failed");
+    EXPECT_EQ(failureWithHint([&] { maxqd.multiShiftOutDR8(&maxqd, bytes, 128); }), "read operation failed");
     bus.writeResult = 1;
-    EXPECT_EQ(failureOf([&] { maxqd.setNRST(&maxqd, 1); }),
+    EXPECT_EQ(failureWithHint([&] { maxqd.setNRST(&maxqd, 1); }),
               "hardware error: target JTAG adapter data link write timed out");
     bus.writeResult = -19;
-    EXPECT_EQ(failureOf([&] { maxqd.trst(&maxqd); }), "write operation failed / No such device");
+    EXPECT_EQ(failureWithHint([&] { maxqd.trst(&maxqd); }), "write operation failed / No such device");
     EXPECT_EQ(maxqd.close(&maxqd), 1);
 
     // A session that does not start leaves no link.
-    EXPECT_EQ(failureOf([&] { maxqd.open(&maxqd, &device, 0x100, nullptr); }),
+    EXPECT_EQ(failureWithHint([&] { maxqd.open(&maxqd, &device, 0x100, nullptr); }),
               "write operation failed / No such device");
     EXPECT_EQ(maxqd.link, nullptr);
 }
@@ -286,7 +289,7 @@ TEST(USBTarget, ConnectsToTheFirstAdapter)
     MAXQ30TetherTargetInterface target(&helpers);
     {
         Bus none({{0x1234, 0x3030, "other"}});
-        EXPECT_EQ(failureOf([&] { target.connect(true); }), "No USB Tethers are connected");
+        EXPECT_EQ(failureWithHint([&] { target.connect(true); }), "No USB Tethers are connected");
         EXPECT_EQ(none.take(), "");
     }
     Bus bus({{0x1209, 0x3030, "T1"}, {0x1209, 0x3030, "T2"}});
@@ -294,13 +297,14 @@ TEST(USBTarget, ConnectsToTheFirstAdapter)
     target.getProperties(list);
     ASSERT_EQ(list.first()->propertyClass()->saveName(), "jtagDivider");
     list.first()->setValue(QStringLiteral("0"));
-    EXPECT_EQ(failureOf([&] { target.connect(true); }),
+    EXPECT_EQ(failureWithHint([&] { target.connect(true); }),
               "JTAG Clock Divider must be a number from 1 to 255, not \"0\"");
     list.first()->setValue(QStringLiteral("2"));
 
     // A device that does not answer stays unconnected, and the next try opens the adapter anew.
     bus.answers = std::string(2, 0);
-    EXPECT_EQ(failureOf([&] { target.connect(true); }).substr(0, 36), "The JTAG interface is not responding");
+    EXPECT_EQ(failureWithHint([&] { target.connect(true); }).substr(0, 36),
+              "The JTAG interface is not responding");
     EXPECT_FALSE(target.isConnected());
     bus.take();
     bus.answers = std::string("\0\xB4\0\x85\0\1\0\xFF", 8);

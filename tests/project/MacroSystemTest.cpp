@@ -2,6 +2,7 @@
 #include "project/EnvironmentSettings.h"
 #include "support/HException.h"
 #include "support/Path.h"
+#include "tests/support/Failure.h"
 #include "tests/support/TempDir.h"
 
 #include <QLocale>
@@ -51,14 +52,7 @@ TEST(MacroSystem, EndlessExpansionNamesTheMacro)
 {
     const MacroSystem::Macros macros{
         {"v", "$(q:$(w)) $(w)"}, {"w", "$(q:$(v)) $(v)"}, {"big", QString(600000, 'x')}};
-    auto failure = [&](const char* text) {
-        try {
-            expand(macros, text);
-        } catch (const HException& e) {
-            return e.message();
-        }
-        return std::string("nothing thrown");
-    };
+    auto failure = [&](const char* text) { return failureOf([&] { expand(macros, text); }); };
     EXPECT_EQ(failure("$(big)$(big)"), "macro $(big) expands to more than 1048576 characters");
     EXPECT_NE(failure("$(q:$(v)) $(v)").find("macro $("), std::string::npos);
     // Unclosed references: linear, and each loses its "$".

@@ -2,6 +2,7 @@
 #include "project/MacroSystem.h"
 #include "project/PackageSystem.h"
 #include "support/HException.h"
+#include "tests/support/Failure.h"
 #include "tests/support/TempDir.h"
 
 #include <QDir>
@@ -226,12 +227,8 @@ TEST(PackageSystem, DirectoriesAndTheirFiles)
     EXPECT_EQ(contents(kept),
               "<envelope>\n  <include filename=\"$(BenchDir)/targets/frequencies.xml\" />\n</envelope>\n");
     std::string plain = directory.write("plain", "");
-    try {
-        PackageSystem::setupPackageMacros(QString::fromStdString(plain));
-        FAIL() << "nothing thrown";
-    } catch (const HException& e) {
-        EXPECT_EQ(e.message(), "cannot create " + plain + "/targets/frequencies.xml");
-    }
+    EXPECT_EQ(failureOf([&] { PackageSystem::setupPackageMacros(QString::fromStdString(plain)); }),
+              "cannot create " + plain + "/targets/frequencies.xml");
 }
 
 } // namespace

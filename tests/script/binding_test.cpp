@@ -2,7 +2,7 @@
 
 #include "script/BuiltinScript.h"
 #include "script/ESQObject.h"
-#include "support/HException.h"
+#include "tests/support/Failure.h"
 
 #include <gtest/gtest.h>
 
@@ -94,14 +94,8 @@ TEST(HostBinding, HostExceptionsPassThroughAndPutTheStateBack)
     };
     int live = HException::count();
     for (int round = 0; round < 300; ++round) {
-        for (const auto& c : cases) {
-            try {
-                world.context().eval(c[0]);
-                FAIL() << c[0];
-            } catch (const HException& failure) {
-                EXPECT_EQ(failure.message(), c[1]);
-            }
-        }
+        for (const auto& c : cases)
+            ASSERT_EQ(failureOf([&] { world.context().eval(c[0]); }), c[1]) << c[0];
     }
     EXPECT_EQ(HException::count(), live);
     EXPECT_EQ(world.value("Lamp.GetProperty('color') + this"), "Red[object global]");

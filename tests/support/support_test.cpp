@@ -10,6 +10,7 @@
 #include "support/QAzDate.h"
 #include "support/QTx.h"
 #include "support/TempDir.h"
+#include "tests/support/Failure.h"
 
 #include <cmath>
 #include <limits>
@@ -254,12 +255,7 @@ TEST(HByteStream, ReadsWholeFilesAndSaysWhyNot)
     EXPECT_EQ(count, 5000);
     EXPECT_EQ(HFileInputByteStream(dir.write("empty", "")).get(), -1);
     auto textOf = [](const std::string& name) {
-        try {
-            HFileInputByteStream stream(name);
-        } catch (const HException& e) {
-            return e.message();
-        }
-        return std::string();
+        return failureOf([&] { HFileInputByteStream stream(name); });
     };
     EXPECT_EQ(textOf(dir / "absent"), "can't open file " + dir / "absent");
     EXPECT_EQ(textOf(dir.path()), "can't read file " + dir.path());

@@ -1,5 +1,6 @@
 // The download engine against a memory that notes every call.
 #include "FakeTarget.h"
+#include "tests/support/Failure.h"
 
 #include <functional>
 #include <gtest/gtest.h>
@@ -12,16 +13,6 @@ std::vector<unsigned char> run(size_t count, unsigned char first = 0)
     for (size_t i = 0; i < count; ++i)
         bytes[i] = uint8_t(first + i);
     return bytes;
-}
-
-std::string textOf(const std::function<void()>& body)
-{
-    try {
-        body();
-    } catch (const HException& e) {
-        return e.message();
-    }
-    return "";
 }
 
 struct Download : ::testing::Test {
@@ -151,14 +142,15 @@ TEST_F(Download, SectionWithoutDataIsZeros)
 TEST_F(Download, FitCheckLooksAtWholeSections)
 {
     file.add("", 0x1F0, run(0x20));
-    EXPECT_EQ(textOf([&] { target.checkLoadFileFits(&file); }), ""); // nothing is known of the layout
+    EXPECT_EQ(failureOf([&] { target.checkLoadFileFits(&file); }),
+              "no failure"); // nothing is known of the layout
     target.code.addressRanges().add(0, 0x1FF, false);
     target.code.addressRanges().add(0x200, 0x2FF, false);
-    EXPECT_EQ(textOf([&] { target.checkLoadFileFits(&file); }),
+    EXPECT_EQ(failureOf([&] { target.checkLoadFileFits(&file); }),
               "The 0x000001F0 - 0x0000020F load section does not fit the target description.");
     MadeLoadFile fits;
     fits.add("", 0x200, run(0x100)).add("", 0x5000, {}); // a section of length 0 fits anywhere
-    EXPECT_EQ(textOf([&] { target.checkLoadFileFits(&fits); }), "");
+    EXPECT_EQ(failureOf([&] { target.checkLoadFileFits(&fits); }), "no failure");
 }
 
 // Whatever fails, the load is closed, the erase bracket too, and the first failure is the one told.
@@ -167,22 +159,22 @@ TEST_F(Download, FailureLeavesNothingOpen)
     file.add("", 0, run(0x200));
     target.code.failAt = 0x180;
     target.failEnd = true;
-    EXPECT_EQ(textOf([&] { target.eraseLoadFile(&file, "a", false); }), "link lost");
+    EXPECT_EQ(failureOf([&] { target.eraseLoadFile(&file, "a", false); }), "link lost");
     EXPECT_EQ(target.code.log.back(), ']');
-    EXPECT_EQ(textOf([&] { target.downloadLoadFile(&file, "a", false); }), "link lost");
-    EXPECT_EQ(textOf([&] { target.verifyLoadFile(&file, "a", false, false); }), "link lost");
+    EXPECT_EQ(failureOf([&] { target.downloadLoadFile(&file, "a", false); }), "link lost");
+    EXPECT_EQ(failureOf([&] { target.verifyLoadFile(&file, "a", false, false); }), "link lost");
     LoadFileSections result;
-    EXPECT_EQ(textOf([&] { target.uploadLoadFile(&file, "a", result); }), "link lost");
+    EXPECT_EQ(failureOf([&] { target.uploadLoadFile(&file, "a", result); }), "link lost");
     EXPECT_EQ(target.loadDepth(), 0);
     EXPECT_EQ(target.calls, "begin end begin end begin end begin end ");
     EXPECT_NE(helpers.messages.find("Download failed@104\nDownload failed}"), std::string::npos);
 
     target.calls.clear();
     target.failBegin = true;
-    EXPECT_EQ(textOf([&] { target.eraseAll(); }), "no loader");
+    EXPECT_EQ(failureOf([&] { target.eraseAll(); }), "no loader");
     EXPECT_EQ(target.loadDepth(), 0);
     target.failBegin = false;
-    EXPECT_EQ(textOf([&] { target.lockAll(); }), "no way back");
+    EXPECT_EQ(failureOf([&] { target.lockAll(); }), "no way back");
     EXPECT_EQ(target.loadDepth(), 0);
 }
 
@@ -191,7 +183,7 @@ TEST_F(Download, CancellationTakesTheSamePath)
     target.code.fragment = 0x10;
     file.add("", 0, run(0x40));
     helpers.cancelAfter = 3;
-    EXPECT_EQ(textOf([&] { target.downloadLoadFile(&file, "a", false); }), "Download cancelled");
+    EXPECT_EQ(failureOf([&] { target.downloadLoadFile(&file, "a", false); }), "Download cancelled");
     EXPECT_EQ(target.code.log, "load(0,10) load(10,10) ");
     EXPECT_NE(helpers.messages.find("Download cancelled@104"), std::string::npos);
     EXPECT_EQ(target.loadDepth(), 0);
@@ -232,7 +224,7 @@ TEST_F(Download, RangesWalkOneMemory)
     EXPECT_NE(helpers.messages.find(
                   "{Locking Memory Range c100\nLocking 0.0 kB of addresses 00000020 -- 00000037\n"),
               std::string::npos);
-    EXPECT_NE(textOf([&] { target.unlockBytes(0xFFFFFFFF, 2, 0); }), "");
+    EXPECT_NE(failureOf([&] { target.unlockBytes(0xFFFFFFFF, 2, 0); }), "no failure");
     target.unlockAll();
     EXPECT_NE(target.ee.log.find("unlockAll"), std::string::npos);
 }

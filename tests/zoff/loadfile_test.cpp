@@ -1,5 +1,6 @@
 #include "loadfile/LoadFileFactory.h"
 #include "support/TempDir.h"
+#include "tests/support/Failure.h"
 #include "tests/target/FakeTarget.h"
 #include "tests/zoff/Records.h"
 #include "zoff/ZOFFLoadFile.h"
@@ -62,16 +63,6 @@ std::string describe(const LoadFileSections::List& sections)
     return text;
 }
 
-std::string errorOf(const std::function<void()>& action)
-{
-    try {
-        action();
-        return {};
-    } catch (const HException& failure) {
-        return failure.message();
-    }
-}
-
 class ModuleTarget : public ZOFFTargetInterface {
 public:
     explicit ModuleTarget(FakeHelpers* helpers) : ZOFFTargetInterface(0, "Fake Board", helpers), code(true) {}
@@ -120,7 +111,7 @@ TEST(ZOFFLoadFile, WhatCannotBeLoadedIsRefused)
     TempDir dir;
     auto sectionsOf = [&dir](const Records& records) {
         std::string path = dir.write("bad.kvx", records.file());
-        return errorOf([&path] { ZOFFLoadFile(Path(path)).loadFileSections(); });
+        return failureOf([&path] { ZOFFLoadFile(Path(path)).loadFileSections(); });
     };
     Records start;
     start.module().section(".text");
@@ -138,9 +129,9 @@ TEST(ZOFFLoadFile, WhatCannotBeLoadedIsRefused)
               "bad object file: section .text has bytes without an address");
     EXPECT_EQ(
         sectionsOf(with([](Records& r) { r.byte(0x7FFFFFFE, 1).pc(0x7FFFFFFF).lit(1).lit(9).tag(T::Fill); })),
-        "");
+        "no failure");
     EXPECT_EQ(sectionsOf(with([](Records& r) { r.drop(); })), "bad object file: reader empty stack");
-    EXPECT_EQ(errorOf([] { ZOFFLoadFile(Path("/nowhere/x.kvx")); }), "Can't access /nowhere/x.kvx");
+    EXPECT_EQ(failureOf([] { ZOFFLoadFile(Path("/nowhere/x.kvx")); }), "Can't access /nowhere/x.kvx");
     EXPECT_EQ(sectionsOf(Records()).find("bad object file: no module in "), 0u);
     EXPECT_EQ(g_ZOFFfiles.count(), 0u);
 }
@@ -198,7 +189,7 @@ TEST(ZOFFTargetInterface, AModuleIsProgrammedInPieces)
     // Checking writes nothing, and a failure is told and thrown on.
     target.code.log.clear();
     target.code.addressRanges().add(0, 0x13, AddressRange::ReadWrite, false);
-    EXPECT_EQ(errorOf([&] { target.checkZOFFModuleMemoryExists(module); }),
+    EXPECT_EQ(failureOf([&] { target.checkZOFFModuleMemoryExists(module); }),
               "Section .text is too big for target");
     EXPECT_EQ(target.code.log, "");
     EXPECT_EQ(helpers.messages, "Section .text is too big for target@4\n");

@@ -17,18 +17,22 @@ protected:
         }
         return "";
     }
+    // Of instructions of one word, one behind the other.
+    void expectLines(uint32_t address, std::initializer_list<const char*> lines) const
+    {
+        for (const char* line : lines) {
+            EXPECT_EQ(lineAt(address), line) << address;
+            address += 2;
+        }
+    }
 };
 
 TEST_F(DebugInfo, LinesAreThoseOfTheSourceOrOfAnotherFile)
 {
     load({".CODE\nNOP\n\nx: NOP ; four\nNOP\n.LINE \"prog.c\", 10\nNOP\nNOP\n.LINE 12\nNOP\n.NOLINE\nNOP\n"
           ".LINE\nDB 1, 2\n.DATA\nDB 1\n.CODE\nNOP\n"});
-    const char* expected[] = {
-        "source1.s:2", "source1.s:4", "source1.s:5", "prog.c:10", "prog.c:10", "prog.c:12", "",
-        "source1.s:14"};
-    for (uint32_t i = 0; i < std::size(expected); ++i)
-        EXPECT_EQ(lineAt(2 * i), expected[i]) << i;
-    EXPECT_EQ(lineAt(16), "source1.s:18");
+    expectLines(0, {"source1.s:2", "source1.s:4", "source1.s:5", "prog.c:10", "prog.c:10", "prog.c:12", "",
+                    "source1.s:14", "source1.s:18"});
     EXPECT_EQ(section("data")->findInsnAt(0)->locus(), nullptr);
 }
 
@@ -36,9 +40,7 @@ TEST_F(DebugInfo, LineOfAnotherFileGoesOnBehindAnOrigin)
 {
     load({".CODE\n.LINE \"prog.c\", 7\nNOP\nORG 0x40\nx: NOP\nNOP\n.NOLINE\nNOP\nORG 0x80\nNOP\n"});
     EXPECT_EQ(lineAt(0), "prog.c:7");
-    EXPECT_EQ(lineAt(0x40), "prog.c:7");
-    EXPECT_EQ(lineAt(0x42), "prog.c:7");
-    EXPECT_EQ(lineAt(0x44), "");
+    expectLines(0x40, {"prog.c:7", "prog.c:7", ""});
     EXPECT_EQ(lineAt(0x80), "");
 }
 
@@ -50,12 +52,8 @@ TEST_F(DebugInfo, LinesHoldInEverySectionAndEndWithTheirFile)
           "NOP\n.LINE 8\nNOP\n.SECTION fast\n.LINE\nNOP\n.CODE\nNOP\n.DATA\n.NOLINE\nDB 1\n.CODE\nNOP\n"
           ".SECTION fast\nNOP\n.LINE \"p.c\", 9\nNOP\n",
           ".NOLINE\n.CODE\nNOP\n.SECTION fast, CODE\nNOP\n", ".CODE\nNOP\n"});
-    const char* code[] = {"p.c:7", "p.c:8", "p.c:8", "source1.s:19", "", "", "source3.s:2"};
-    for (uint32_t i = 0; i < std::size(code); ++i)
-        EXPECT_EQ(lineAt(2 * i), code[i]) << i;
-    const char* fast[] = {"p.c:7", "p.c:8", "source1.s:17", "", "p.c:9", ""};
-    for (uint32_t i = 0; i < std::size(fast); ++i)
-        EXPECT_EQ(lineAt(0x100 + 2 * i), fast[i]) << i;
+    expectLines(0, {"p.c:7", "p.c:8", "p.c:8", "source1.s:19", "", "", "source3.s:2"});
+    expectLines(0x100, {"p.c:7", "p.c:8", "source1.s:17", "", "p.c:9", ""});
     EXPECT_NE(section("code")->findInsnAt(2)->locus(), section("code")->findInsnAt(4)->locus());
     EXPECT_EQ(link({".LINE \"p.c\", 1\n", ".LINE 2\n"}),
               "source2.s:1:7: error: the first .LINE names a file\n");
@@ -65,9 +63,7 @@ TEST_F(DebugInfo, LinesWithinWhatIsDroppedHoldBehindIt)
 {
     load({".CODE\n.LINE \"p.c\", 1\nNOP\nLINKIF 0\n.LINE 2\nNOP\nENDLINKIF\nNOP\nLINKIF 0\n.NOLINE\nNOP\n"
           "ENDLINKIF\nNOP\n"});
-    EXPECT_EQ(lineAt(0), "p.c:1");
-    EXPECT_EQ(lineAt(2), "p.c:2");
-    EXPECT_EQ(lineAt(4), "");
+    expectLines(0, {"p.c:1", "p.c:2", ""});
 }
 
 TEST_F(DebugInfo, FunctionsBlocksAndTheirVariables)
