@@ -47,8 +47,8 @@ int main(int argc, char** argv)
             bytes += item.file->loadFileSections().length();
             sections += item.file->loadFileSections().sections().size();
         }
-        printf("%zu sections, %llu bytes, peak memory %ld KiB\n", sections, static_cast<unsigned long long>(bytes),
-               peakMemory());
+        printf("%zu sections, %llu bytes, peak memory %ld KiB\n", sections,
+               static_cast<unsigned long long>(bytes), peakMemory());
     } catch (const HException& failure) {
         fprintf(stderr, "%s\n", failure.message().c_str());
         return 1;

@@ -3,8 +3,8 @@
 #include "project/BuildSystem.h"
 #include "project/MAXQ30BuildSystem.h"
 #include "project/MAXQ30ProjectSystem.h"
-#include "project/MemoryMap.h"
-#include "project/XMLDocument.h"
+#include "project/memorymap/MemoryMap.h"
+#include "project/xml/XMLDocument.h"
 
 #include <QFile>
 #include <QTemporaryDir>

@@ -3,10 +3,10 @@
 #include "bench/sim/CrcProgram.h"
 #include "bench/sim/SimulatorSession.h"
 #include "debug/DebuggerHelperFunctions.h"
-#include "driver/TextTargetIOServerTerminal.h"
-#include "maxq30/MAXQ30Debugger.h"
+#include "driver/terminal/TextTargetIOServerTerminal.h"
+#include "maxq30/cpu/MAXQ30Debugger.h"
 #include "support/HException.h"
-#include "target/TargetMemoryInterface.h"
+#include "target/memory/TargetMemoryInterface.h"
 
 #include <QCoreApplication>
 #include <QTimer>

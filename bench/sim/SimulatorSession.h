@@ -1,7 +1,7 @@
 // A connected simulator target, with the least of a solution that it needs.
 #pragma once
 
-#include "maxq30/MAXQ30Simulator.h"
+#include "maxq30/sim/MAXQ30Simulator.h"
 #include "project/MAXQ30BuildSystem.h"
 #include "project/MAXQ30ProjectSystem.h"
 

@@ -3,10 +3,10 @@
 #include "bench/sim/CrcProgram.h"
 #include "bench/sim/SimulatorSession.h"
 #include "bench/sim/simavr.h"
-#include "debug/HBreakpoint.h"
+#include "debug/monitor/HBreakpoint.h"
 #include "sim/Core.h"
 #include "support/HException.h"
-#include "target/TargetMemoryInterface.h"
+#include "target/memory/TargetMemoryInterface.h"
 
 #include <QCoreApplication>
 #include <QTimer>

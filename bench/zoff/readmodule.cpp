@@ -2,8 +2,8 @@
 // disassembly into a buffer: the work of a session as a process of its own. With "read" it does nothing but
 // read, with "walk" it reads and makes the objects. The rest of the process is the same, so a run by itself
 // can be compared with other programs.
-#include "maxq30/ZOFFMAXQ30Insn.cpp"
-#include "maxq30/ZOFFMAXQ30Reader.cpp"
+#include "maxq30/cpu/ZOFFMAXQ30Insn.cpp"
+#include "maxq30/cpu/ZOFFMAXQ30Reader.cpp"
 
 #include "zoff/ZOFFLoadFile.h"
 #include "zoff/ZOFFModule.h"

@@ -1,10 +1,10 @@
 #include "debug/ZOFFDebugger.h"
 
 #include "debug/DebuggerHelperFunctions.h"
-#include "debug/SymbolicDebug.h"
+#include "debug/symbols/SymbolicDebug.h"
 #include "support/HException.h"
-#include "target/TargetMemoryInterface.h"
 #include "target/TargetRegisterInterface.h"
+#include "target/memory/TargetMemoryInterface.h"
 #include "zoff/ZOFFInsn.h"
 #include "zoff/ZOFFModule.h"
 #include "zoff/ZOFFSymbol.h"

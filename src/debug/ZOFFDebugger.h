@@ -10,13 +10,13 @@
 // ZOFFDebuggerLater.cpp.
 #pragma once
 
-#include "debug/CodeCache.h"
-#include "debug/DisassemblyText.h"
-#include "debug/ExpressionContext.h"
-#include "debug/Frame.h"
-#include "debug/HMonitor.h"
 #include "debug/SymbolicDebuggerInterface.h"
-#include "debug/ZOFFBreakpoint.h"
+#include "debug/evaluation/ExpressionContext.h"
+#include "debug/monitor/HMonitor.h"
+#include "debug/run/Frame.h"
+#include "debug/run/ZOFFBreakpoint.h"
+#include "debug/symbols/CodeCache.h"
+#include "debug/symbols/DisassemblyText.h"
 
 #include <list>
 #include <memory>

@@ -1,8 +1,8 @@
 // The window of disassembled code with its source lines and labels.
 
 #include "debug/DebuggerHelperFunctions.h"
-#include "debug/SymbolicDebug.h"
 #include "debug/ZOFFDebugger.h"
+#include "debug/symbols/SymbolicDebug.h"
 #include "support/HException.h"
 #include "zoff/ZOFFSymbol.h"
 

@@ -4,8 +4,8 @@
 #include "debug/DebuggerHelperFunctions.h"
 #include "debug/ZOFFDebugger.h"
 #include "support/HException.h"
-#include "target/TargetIOServer.h"
-#include "target/TargetMemoryInterface.h"
+#include "target/io/TargetIOServer.h"
+#include "target/memory/TargetMemoryInterface.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
 // Runs, stops, steps and breakpoints.
 
-#include "debug/DebuggerBreakpointFailure.h"
 #include "debug/DebuggerHelperFunctions.h"
-#include "debug/SymbolicDebug.h"
 #include "debug/ZOFFDebugger.h"
+#include "debug/monitor/DebuggerBreakpointFailure.h"
+#include "debug/symbols/SymbolicDebug.h"
 #include "support/HException.h"
 #include "target/TargetRegisterInterface.h"
 

@@ -1,9 +1,9 @@
 // The option table of the command line, its handlers, and the texts that list things: usage, targets,
 // file types, properties.
 
-#include "driver/Release.h"
-#include "driver/StandardOutput.h"
 #include "driver/System.h"
+#include "driver/session/Release.h"
+#include "driver/session/StandardOutput.h"
 #include "loadfile/LoadFileFactory.h"
 #include "project/ProjectTemplates.h"
 #include "target/TargetInterfaceFactory.h"

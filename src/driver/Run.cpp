@@ -1,10 +1,10 @@
 // A program that runs under the debugger, with its requests served on the console, until it ends.
 
 #include "debug/SymbolicDebuggerInterface.h"
-#include "driver/Interrupt.h"
-#include "driver/StandardOutput.h"
 #include "driver/System.h"
-#include "driver/TextTargetIOServerTerminal.h"
+#include "driver/session/Interrupt.h"
+#include "driver/session/StandardOutput.h"
+#include "driver/terminal/TextTargetIOServerTerminal.h"
 #include "loadfile/LoadFileInterface.h"
 #include "project/BuildSystem.h"
 #include "support/HException.h"
@@ -75,7 +75,8 @@ private:
         m_idlePolls = asked ? 0 : std::min(m_idlePolls + 1, IdleAfterPolls);
         int interval = PassMilliseconds;
         if (idle())
-            interval = std::clamp(int(std::min(cost / IdleShare, 1e3)), IdlePollMilliseconds, IdlePollMaximum);
+            interval =
+                std::clamp(int(std::min(cost / IdleShare, 1e3)), IdlePollMilliseconds, IdlePollMaximum);
         if (interval != m_timer.interval())
             m_timer.setInterval(interval);
     }

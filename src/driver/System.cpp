@@ -2,7 +2,7 @@
 
 #include "debug/LaterVersion.h"
 #include "debug/SymbolicDebuggerInterface.h"
-#include "driver/Interrupt.h"
+#include "driver/session/Interrupt.h"
 #include "loadfile/LoadFileFactory.h"
 #include "project/BuildSystem.h"
 #include "project/EnvironmentSettings.h"

@@ -2,9 +2,9 @@
 // first option to the exit status.
 #pragma once
 
-#include "driver/ArgParse.h"
-#include "driver/ConsoleScriptSystem.h"
-#include "driver/Loader.h"
+#include "driver/console/ConsoleScriptSystem.h"
+#include "driver/session/ArgParse.h"
+#include "driver/session/Loader.h"
 
 #include "support/Path.h"
 

@@ -1,10 +1,10 @@
 // The entry of the tool: makes the objects that live until the process ends, runs the session, and
 // prints what stopped it.
 
-#include "driver/StandardOutput.h"
 #include "driver/System.h"
-#include "maxq30/MAXQ30Debugger.h"
+#include "driver/session/StandardOutput.h"
 #include "maxq30/MAXQ30TargetInterfaceFactory.h"
+#include "maxq30/cpu/MAXQ30Debugger.h"
 #include "project/EnvironmentSettings.h"
 #include "project/MAXQ30BuildSystem.h"
 #include "project/MAXQ30ProjectSystem.h"
@@ -72,10 +72,11 @@ int main(int argc, char** argv)
         return status;
     } catch (const SolutionLoadError& failure) {
         if (failure.badXML())
-            printFailure(QLatin1String("load error: bad XML file - ") + failure.fileName(),
-                         QStringLiteral("%1:%2: %3")
-                             .arg(failure.fileName(), QString::number(failure.errorLine()), failure.errorText())
-                             .toStdString());
+            printFailure(
+                QLatin1String("load error: bad XML file - ") + failure.fileName(),
+                QStringLiteral("%1:%2: %3")
+                    .arg(failure.fileName(), QString::number(failure.errorLine()), failure.errorText())
+                    .toStdString());
         else
             printFailure(QLatin1String("load error: ") + failure.fileName() + failure.detail(),
                          failure.hint());

@@ -1,8 +1,8 @@
 #include "maxq30/MAXQ30TargetInterfaceFactory.h"
 
-#include "maxq30/MAXQ30Serial2JTAGTargetInterface.h"
-#include "maxq30/MAXQ30Simulator.h"
-#include "maxq30/MAXQ30TetherTargetInterface.h"
+#include "maxq30/jtag/MAXQ30Serial2JTAGTargetInterface.h"
+#include "maxq30/jtag/MAXQ30TetherTargetInterface.h"
+#include "maxq30/sim/MAXQ30Simulator.h"
 #include "target/TargetInterfaceHelperFunctions.h"
 
 #include <cstring>

@@ -1,6 +1,6 @@
 #include "project/ProjectElement.h"
 
-#include "project/XMLNode.h"
+#include "project/xml/XMLNode.h"
 
 #include <QFileInfo>
 

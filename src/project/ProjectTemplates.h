@@ -13,7 +13,7 @@
 #pragma once
 
 #include "project/PropertyValueGroups.h"
-#include "project/XMLPP2.h"
+#include "project/xml/XMLPP2.h"
 
 #include <QHash>
 

@@ -1,7 +1,7 @@
 #include "project/PropertyClass.h"
 
 #include "project/MacroSystem.h"
-#include "project/XMLNode.h"
+#include "project/xml/XMLNode.h"
 
 #include <QHash>
 

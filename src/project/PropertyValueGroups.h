@@ -3,7 +3,7 @@
 #pragma once
 
 #include "project/ProjectPropertyValue.h"
-#include "project/XMLPP2.h"
+#include "project/xml/XMLPP2.h"
 
 #include <QDateTime>
 

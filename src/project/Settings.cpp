@@ -1,7 +1,7 @@
 #include "project/Settings.h"
 
-#include "project/XMLDocument.h"
-#include "project/XMLWriter.h"
+#include "project/xml/XMLDocument.h"
+#include "project/xml/XMLWriter.h"
 
 #include <QFile>
 #include <QLockFile>

@@ -3,8 +3,8 @@
 #include "project/MacroSystem.h"
 #include "project/ProjectTemplates.h"
 #include "project/SolutionLoadError.h"
-#include "project/XMLDocument.h"
 #include "project/limits.h"
+#include "project/xml/XMLDocument.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,6 +1,6 @@
 // Writing a solution back to its file.
 #include "project/ProjectSystem.h"
-#include "project/XMLDocument.h"
+#include "project/xml/XMLDocument.h"
 #include "support/HException.h"
 
 namespace {

@@ -7,7 +7,7 @@
 #pragma once
 
 #include "project/PropertyClass.h"
-#include "script/ESClass.h"
+#include "script/engine/ESClass.h"
 #include "support/AddressRanges.h"
 #include "target/TargetInterfaceHelperFunctions.h"
 #include "target/TargetInterfacePropertyValue.h"

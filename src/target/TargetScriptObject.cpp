@@ -1,12 +1,12 @@
 // The script object "TargetInterface": its functions reach data memory and the target itself.
 
-#include "script/Builtin.h"
-#include "script/ESContext.h"
-#include "script/ScriptSystem.h"
+#include "script/engine/ESContext.h"
+#include "script/host/ScriptSystem.h"
+#include "script/native/Builtin.h"
 #include "support/HException.h"
 #include "support/QTx.h"
 #include "target/TargetInterface.h"
-#include "target/TargetMemoryInterface.h"
+#include "target/memory/TargetMemoryInterface.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -4,7 +4,7 @@
 #include "project/BuildSystem.h"
 #include "project/CachedTextFile.h"
 #include "project/ProjectElement.h"
-#include "script/ScriptSystem.h"
+#include "script/host/ScriptSystem.h"
 #include "support/HException.h"
 #include "target/TargetInterface.h"
 

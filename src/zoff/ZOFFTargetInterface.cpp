@@ -1,7 +1,7 @@
 #include "zoff/ZOFFTargetInterface.h"
 
 #include "support/HException.h"
-#include "target/TargetMemoryInterface.h"
+#include "target/memory/TargetMemoryInterface.h"
 #include "zoff/ZOFFModule.h"
 #include "zoff/ZOFFSection.h"
 

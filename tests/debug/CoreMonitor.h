@@ -3,9 +3,9 @@
 #pragma once
 
 #include "debug/DebuggerHelperFunctions.h"
-#include "debug/HBreakpoint.h"
-#include "debug/HMonitor.h"
-#include "maxq30/MAXQ30Registers.h"
+#include "debug/monitor/HBreakpoint.h"
+#include "debug/monitor/HMonitor.h"
+#include "maxq30/cpu/MAXQ30Registers.h"
 #include "sim/Core.h"
 #include "support/HException.h"
 #include "support/Path.h"

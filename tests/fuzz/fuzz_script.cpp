@@ -1,6 +1,6 @@
 // Any bytes as source text must end in a value or a message, and leave the context usable. A script may run
 // for a bounded number of instructions.
-#include "script/ESContext.h"
+#include "script/engine/ESContext.h"
 
 #include <memory>
 

@@ -1,7 +1,7 @@
 // Object files: the input is the file. What walks a module in the product is walked here as well:
 // sections and metrics, load sections, expressions, names of types, the scope tree, disassembly.
-#include "maxq30/ZOFFMAXQ30Insn.cpp"
-#include "maxq30/ZOFFMAXQ30Reader.cpp"
+#include "maxq30/cpu/ZOFFMAXQ30Insn.cpp"
+#include "maxq30/cpu/ZOFFMAXQ30Reader.cpp"
 
 #include "loadfile/LoadFileSections.h"
 #include "zoff/ZOFFItems.h"

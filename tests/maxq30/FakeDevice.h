@@ -2,8 +2,8 @@
 // memories, answers registers and the bootloader's questions, and fails the test on a frame it does not know.
 #pragma once
 
-#include "maxq30/HDataLink.h"
-#include "maxq30/MAXQ30JTAGTargetInterface.h"
+#include "maxq30/jtag/HDataLink.h"
+#include "maxq30/jtag/MAXQ30JTAGTargetInterface.h"
 #include "support/HException.h"
 #include "target/FakeTarget.h"
 #include "tests/support/Failure.h"

@@ -1,4 +1,4 @@
-#include "project/MemoryMapOpenFiles.h"
+#include "project/memorymap/MemoryMapOpenFiles.h"
 #include "tests/support/TempDir.h"
 
 #include <QFile>

@@ -1,5 +1,5 @@
 #include "project/PropertyValue.h"
-#include "project/XMLDocument.h"
+#include "project/xml/XMLDocument.h"
 
 #include <QtGlobal>
 #include <gtest/gtest.h>

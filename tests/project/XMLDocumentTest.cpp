@@ -1,5 +1,5 @@
-#include "project/XMLDocument.h"
-#include "project/XMLWriter.h"
+#include "project/xml/XMLDocument.h"
+#include "project/xml/XMLWriter.h"
 #include "tests/support/TempDir.h"
 
 #include <QString>

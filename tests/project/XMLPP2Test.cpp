@@ -1,4 +1,4 @@
-#include "project/XMLPP2.h"
+#include "project/xml/XMLPP2.h"
 #include "project/limits.h"
 #include "support/HException.h"
 #include "tests/support/TempDir.h"

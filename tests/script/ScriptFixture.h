@@ -1,8 +1,8 @@
 // A context with a function print(...), which writes its arguments, separated by blanks, as one line.
 #pragma once
 
-#include "script/Builtin.h"
-#include "script/ESContext.h"
+#include "script/engine/ESContext.h"
+#include "script/native/Builtin.h"
 
 template <typename Context = ESContext> class ScriptWorldOf : public ESClass {
 public:

@@ -5,7 +5,7 @@
 #include "loadfile/LoadFileInterface.h"
 #include "support/HException.h"
 #include "target/TargetInterface.h"
-#include "target/TargetMemoryInterface.h"
+#include "target/memory/TargetMemoryInterface.h"
 
 #include <cstring>
 #include <string>

@@ -5,9 +5,9 @@
 //
 // -p prints the completion value. Exit status 0 on a normal completion, 1 after a failure, 130 after
 // Ctrl-C.
-#include "script/BuiltinScript.h"
-#include "script/ESContext.h"
-#include "script/HostEvaluation.h"
+#include "script/engine/ESContext.h"
+#include "script/host/BuiltinScript.h"
+#include "script/host/HostEvaluation.h"
 #include "support/HException.h"
 
 #include <QFile>

@@ -434,8 +434,9 @@ void Assembler::locus()
 void Assembler::finishUnit()
 {
     if (m_scope)
-        m_diagnostics.error(m_scope->place, m_scope->kind == Tag::ScopeFunction ? "the function has no .ENDFUNC"
-                                                                              : "the block has no .ENDBLOCK");
+        m_diagnostics.error(m_scope->place, m_scope->kind == Tag::ScopeFunction
+                                                ? "the function has no .ENDFUNC"
+                                                : "the block has no .ENDBLOCK");
     if (m_struct)
         m_diagnostics.error(m_structPlace, "the structure has no .ENDSTRUCT");
     if (m_linkIfs)

@@ -1,6 +1,6 @@
 #include "tools/kvas/Dump.h"
 
-#include "maxq30/ZOFFMAXQ30Reader.h"
+#include "maxq30/cpu/ZOFFMAXQ30Reader.h"
 #include "support/HByteStream.h"
 #include "zoff/ZOFFMarker.h"
 #include "zoff/ZOFFModule.h"

@@ -1,7 +1,7 @@
 // The example programs run on the core, with the tool's I/O server in front of them.
 #include "sim/Core.h"
-#include "target/TargetIOServer.h"
-#include "target/TargetMemoryInterface.h"
+#include "target/io/TargetIOServer.h"
+#include "target/memory/TargetMemoryInterface.h"
 #include "tests/tools/kvas/Sources.h"
 
 #include <filesystem>

@@ -1,6 +1,6 @@
 // Instructions both ways: what disassembly prints is what the assembler reads.
 #include "tools/kvas/Instruction.h"
-#include "maxq30/ZOFFMAXQ30Insn.h"
+#include "maxq30/cpu/ZOFFMAXQ30Insn.h"
 #include "tools/kvas/Expression.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 // Assembles texts and reads the executable back with the tool's own reader.
 #pragma once
 
-#include "maxq30/ZOFFMAXQ30Reader.h"
+#include "maxq30/cpu/ZOFFMAXQ30Reader.h"
 #include "support/TempDir.h"
 #include "tools/kvas/Link.h"
 #include "zoff/ZOFFMarker.h"

@@ -1,9 +1,0 @@
-#include "debug/Frame.h"
-
-#include "target/TargetRegisterInterface.h"
-
-Frame::~Frame()
-{
-    if (!m_live)
-        delete m_registers;
-}

@@ -1,6 +1,0 @@
-#include "debug/HMonitor.h"
-
-HMonitor::HMonitor(int capabilities, const char* name, TargetInterfaceHelperFunctions* helpers)
-    : ZOFFTargetInterface(capabilities, name, helpers)
-{
-}

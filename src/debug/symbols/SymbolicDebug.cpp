@@ -1,0 +1,310 @@
+#include "debug/symbols/SymbolicDebug.h"
+
+#include "zoff/ZOFFFragment.h"
+#include "zoff/ZOFFMarker.h"
+#include "zoff/ZOFFModule.h"
+#include "zoff/ZOFFSection.h"
+#include "zoff/ZOFFSymbol.h"
+#include "zoff/ZOFFType.h"
+#include "zoff/ZOFFfiles.h"
+
+#include <algorithm>
+#include <string>
+
+namespace {
+
+constexpr int64_t LowestBound = -1;
+constexpr int64_t HighestBound = 0x7FFFFFFF;
+
+// A name as given and as the compiler decorates it.
+struct Spellings {
+    explicit Spellings(std::string_view name)
+        : plain(HString::intern(name)), decorated(HString::intern("_" + std::string(name)))
+    {
+    }
+    bool match(const HString* name) const { return name && (name == plain || name == decorated); }
+
+    const HString* plain;
+    const HString* decorated;
+};
+
+template <class Map> auto* lookUp(const Map& map, const Spellings& name)
+{
+    auto found = map.find(name.plain);
+    if (found == map.end())
+        found = map.find(name.decorated);
+    return found == map.end() ? nullptr : found->second;
+}
+
+ZOFFSymbol* symbolIn(const ZOFFScope* scope, const Spellings& name)
+{
+    ZOFFObject* object = lookUp(scope->symbols(), name);
+    return object && object->kind() == ZOFFKind::Symbol ? static_cast<ZOFFSymbol*>(object) : nullptr;
+}
+
+bool atPC(const ZOFFInsn* insn, uint32_t address)
+{
+    return uint32_t(insn->pc()) < address;
+}
+
+// Null unless the symbol's value lies in a section.
+ZOFFSection* sectionOf(const ZOFFSymbol* symbol)
+{
+    return symbol->evaluate().section;
+}
+
+struct ScopeBounds {
+    bool known = false;
+    int64_t start = 0;
+    int64_t end = 0;
+};
+
+ScopeBounds boundsOf(const ZOFFScope* scope)
+{
+    if (!scope->start() || !scope->end())
+        return {};
+    ZOFFEvaluation start = scope->start()->evaluate(), end = scope->end()->evaluate();
+    return {!start.unresolved && !end.unresolved, start.value, end.value};
+}
+
+// Parents before children; the last scope that holds the address is the innermost. How deep scopes are
+// nested is bounded by the reader.
+void searchScope(ZOFFScope* scope, int64_t address, ZOFFScope*& best)
+{
+    ScopeBounds bounds = boundsOf(scope);
+    if (bounds.known && bounds.start <= address && address < bounds.end && bounds.start >= LowestBound &&
+        bounds.end <= HighestBound)
+        best = scope;
+    for (ZOFFScope* child : scope->children())
+        searchScope(child, address, best);
+}
+
+} // namespace
+
+const HString* fileNameOf(const ZOFFLocus* locus)
+{
+    return locus->file() ? locus->file()->fileName() : nullptr;
+}
+
+namespace {
+
+// In the order of their keys, those of one key as they come. Most files have them in that order already,
+// and comparing keys touches none of the objects again.
+template <class T, class KeyOf> void sortByKey(std::vector<T>& items, KeyOf keyOf)
+{
+    std::vector<std::pair<uint64_t, T>> keyed;
+    keyed.reserve(items.size());
+    for (const T& item : items)
+        keyed.emplace_back(keyOf(item), item);
+    auto less = [](const auto& a, const auto& b) { return a.first < b.first; };
+    if (std::is_sorted(keyed.begin(), keyed.end(), less))
+        return;
+    std::stable_sort(keyed.begin(), keyed.end(), less);
+    std::transform(keyed.begin(), keyed.end(), items.begin(), [](const auto& entry) { return entry.second; });
+}
+
+// Numbers that are ordered as the places are. A locus without a file comes before all others.
+uint64_t keyOf(const HString* file, int line)
+{
+    uint64_t number = file ? uint64_t(file->serial()) + 1 : 0;
+    return number << 32 | (uint32_t(line) ^ 0x80000000);
+}
+
+uint64_t keyOf(const ZOFFLocus* locus)
+{
+    return keyOf(fileNameOf(locus), locus->line());
+}
+
+uint64_t keyOf(const ZOFFInsnListIteratorLocusLT::Place& place)
+{
+    return keyOf(place.first, place.second);
+}
+
+} // namespace
+
+bool ZOFFInsnListIteratorLocusLT::operator()(const ZOFFLocus* a, const ZOFFLocus* b) const
+{
+    return keyOf(a) < keyOf(b);
+}
+
+bool ZOFFInsnListIteratorLocusLT::operator()(const ZOFFLocus* a, const Place& b) const
+{
+    return keyOf(a) < keyOf(b);
+}
+
+bool ZOFFInsnListIteratorLocusLT::operator()(const Place& a, const ZOFFLocus* b) const
+{
+    return keyOf(a) < keyOf(b);
+}
+
+SymbolicDebug* newSymbolicDebug(const Path& path, ZOFFModule* module)
+{
+    return new SymbolicDebug(path, module);
+}
+
+void deleteSymbolicDebug(SymbolicDebug* debug)
+{
+    delete debug;
+}
+
+SymbolicDebug::SymbolicDebug(const Path& path, ZOFFModule* module)
+    : m_path(path), m_module(module), m_sourceMap(this)
+{
+    for (auto& [name, section] : module->sectionsByName())
+        if (section->sectionKind() == ZOFFSection::NoMemory || section->sectionKind() == ZOFFSection::Code)
+            addItems(section);
+    sortByKey(m_instructions, [](const ZOFFInsn* insn) { return uint32_t(insn->pc()); });
+    sortByKey(m_loci, [](const ZOFFLocus* locus) { return keyOf(locus); });
+    addSymbols();
+}
+
+void SymbolicDebug::addItems(ZOFFSection* section)
+{
+    section->find([this](ZOFFInsn* insn) {
+        if (insn->length() > 0) {
+            m_instructions.push_back(insn);
+        } else if (insn->kind() == ZOFFKind::Locus) {
+            auto* locus = static_cast<ZOFFLocus*>(insn);
+            m_loci.push_back(locus);
+            const HString* file = fileNameOf(locus);
+            m_sourceMap.addLine(file ? file : HString::intern("???"), uint32_t(locus->line()));
+        }
+        return false;
+    });
+}
+
+void SymbolicDebug::addSymbols()
+{
+    for (ZOFFSymbol* symbol : m_module->allSymbols()) {
+        ZOFFType* type = symbol->type();
+        while (type && type->isPtr())
+            type = static_cast<ZOFFPtrType*>(type)->target();
+        if (type && type->isStruc())
+            m_namedTypes[type->getName()] = type;
+        ZOFFEvaluation value = symbol->evaluate();
+        if (!value.unresolved)
+            m_symbols.push_back({uint32_t(value.value), symbol});
+    }
+    sortByKey(m_symbols, [](const AddressedSymbol& symbol) { return symbol.address; });
+}
+
+ZOFFInsn* SymbolicDebug::GetInsn(uint32_t address) const
+{
+    auto found = std::lower_bound(m_instructions.begin(), m_instructions.end(), address, atPC);
+    return found != m_instructions.end() && uint32_t((*found)->pc()) == address ? *found : nullptr;
+}
+
+// Only an item's first address counts as a place in the line table; one inside an instruction has no
+// line.
+ZOFFInsn* SymbolicDebug::insnAround(uint32_t address) const
+{
+    auto found = std::lower_bound(m_instructions.begin(), m_instructions.end(), address, atPC);
+    if (found == m_instructions.end())
+        return nullptr;
+    ZOFFInsn* insn = *found;
+    uint64_t pc = uint32_t(insn->pc());
+    return pc <= address && address < pc + uint64_t(insn->length()) ? insn : nullptr;
+}
+
+ZOFFSection* SymbolicDebug::getSection(uint32_t address) const
+{
+    for (auto& [name, section] : m_module->sectionsByName()) {
+        section->computeSectionMetrics();
+        uint32_t lowest = section->lowestAddress();
+        int64_t start = lowest == ZOFFSection::UnknownAddress ? 0 : lowest;
+        if (start <= address && address < start + section->getSize())
+            return section;
+    }
+    return nullptr;
+}
+
+ZOFFScope* SymbolicDebug::findScope(uint32_t address) const
+{
+    ZOFFScope* best = nullptr;
+    searchScope(m_module, address, best);
+    return best;
+}
+
+ZOFFSymbol* SymbolicDebug::findScopedSymbol(std::string_view name, uint32_t address) const
+{
+    Spellings spellings(name);
+    for (ZOFFScope* scope = findScope(address); scope; scope = scope->scope())
+        if (ZOFFSymbol* symbol = symbolIn(scope, spellings))
+            return symbol;
+    return nullptr;
+}
+
+ZOFFSymbol* SymbolicDebug::findModuleSymbol(std::string_view name) const
+{
+    Spellings spellings(name);
+    if (ZOFFSymbol* symbol = symbolIn(m_module, spellings))
+        return symbol;
+    for (ZOFFSymbol* symbol : m_module->allSymbols())
+        if (spellings.match(symbol->name()))
+            return symbol;
+    return nullptr;
+}
+
+ZOFFSymbol* SymbolicDebug::findGlobalSymbol(std::string_view name) const
+{
+    return lookUp(m_module->publicSymbols(), Spellings(name));
+}
+
+ZOFFSymbol* SymbolicDebug::findDeclaredSymbol(std::string_view name, const HString* file, int line) const
+{
+    Spellings spellings(name);
+    for (ZOFFSymbol* symbol : m_module->allSymbols()) {
+        const ZOFFLocus* locus = symbol->locus();
+        if (spellings.match(symbol->name()) && locus && fileNameOf(locus) == file &&
+            (line == 0 || locus->line() == line))
+            return symbol;
+    }
+    return nullptr;
+}
+
+ZOFFSymbol* SymbolicDebug::findClosestSymbol(uint32_t address) const
+{
+    ZOFFInsn* insn = GetInsn(address);
+    for (; insn; insn = insn->previous())
+        if (insn->kind() == ZOFFKind::Marker)
+            if (ZOFFSymbol* label = static_cast<ZOFFMarker*>(insn)->label())
+                return label;
+    return nullptr;
+}
+
+ZOFFSymbol* SymbolicDebug::findSymbol(uint32_t address, bool exact) const
+{
+    auto found = std::lower_bound(
+        m_symbols.begin(), m_symbols.end(), address,
+        [](const AddressedSymbol& symbol, uint32_t wanted) { return symbol.address < wanted; });
+    if (found == m_symbols.end())
+        return nullptr;
+    if (found->address == address)
+        return found->symbol;
+    return exact || found == m_symbols.begin() ? nullptr : std::prev(found)->symbol;
+}
+
+ZOFFSymbol* SymbolicDebug::findDataSymbol(uint32_t address, bool exact) const
+{
+    ZOFFSymbol* symbol = findSymbol(address, exact);
+    ZOFFSection* section = symbol ? sectionOf(symbol) : nullptr;
+    return section && section->sectionKind() != ZOFFSection::Code ? symbol : nullptr;
+}
+
+ZOFFSymbol* SymbolicDebug::findCodeSymbol(uint32_t address, bool exact) const
+{
+    ZOFFSymbol* symbol = findSymbol(address, exact);
+    ZOFFSection* section = symbol ? sectionOf(symbol) : nullptr;
+    return section && section->sectionKind() == ZOFFSection::Code ? symbol : nullptr;
+}
+
+ZOFFSymbol* SymbolicDebug::findFunctionSymbol(uint32_t address, bool exact) const
+{
+    ZOFFSymbol* symbol = findSymbol(address, exact);
+    return symbol && symbol->type() && symbol->type()->isFunction() ? symbol : nullptr;
+}
+
+ZOFFType* SymbolicDebug::findNamedType(std::string_view name) const
+{
+    return lookUp(m_namedTypes, Spellings(name));
+}

@@ -1,0 +1,94 @@
+// The index over one executable for a debugger: instructions by address, source positions by line,
+// symbols by address and by name, scopes and named types. Made once for each file and shared through the
+// cache of open files; the module must outlive it.
+//
+// A name is looked up as given, and then with the compiler's "_" in front. Lookups answer null when there
+// is nothing.
+#pragma once
+
+#include "debug/symbols/SourceAddressMapping.h"
+#include "support/HString.h"
+#include "support/Path.h"
+
+#include <cstdint>
+#include <map>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+class ZOFFInsn;
+class ZOFFLocus;
+class ZOFFModule;
+class ZOFFObject;
+class ZOFFScope;
+class ZOFFSection;
+class ZOFFSymbol;
+class ZOFFType;
+
+// Null for a locus without a file, or a file without a name.
+const HString* fileNameOf(const ZOFFLocus* locus);
+
+// Orders loci by file, in the order in which file names were first seen, then by line.
+struct ZOFFInsnListIteratorLocusLT {
+    using Place = std::pair<const HString*, int>;
+    bool operator()(const ZOFFLocus* a, const ZOFFLocus* b) const;
+    bool operator()(const ZOFFLocus* a, const Place& b) const;
+    bool operator()(const Place& a, const ZOFFLocus* b) const;
+};
+
+class SymbolicDebug {
+public:
+    struct AddressedSymbol {
+        uint32_t address;
+        ZOFFSymbol* symbol;
+    };
+
+    SymbolicDebug(const Path& path, ZOFFModule* module);
+    SymbolicDebug(const SymbolicDebug&) = delete;
+    SymbolicDebug& operator=(const SymbolicDebug&) = delete;
+
+    const Path& path() const { return m_path; }
+    ZOFFModule* module() const { return m_module; }
+    const SourceAddressMapping& sourceMap() const { return m_sourceMap; }
+    // Items with bytes, by address.
+    const std::vector<ZOFFInsn*>& instructions() const { return m_instructions; }
+    const std::vector<ZOFFLocus*>& loci() const { return m_loci; }
+
+    // The item that begins at the address, and the one whose bytes hold it.
+    ZOFFInsn* GetInsn(uint32_t address) const;
+    ZOFFInsn* insnAround(uint32_t address) const;
+    ZOFFSection* getSection(uint32_t address) const;
+
+    // The innermost scope around an address, as the scopes are nested in the file.
+    ZOFFScope* findScope(uint32_t address) const;
+    // From that scope outward.
+    ZOFFSymbol* findScopedSymbol(std::string_view name, uint32_t address) const;
+    // The module's own names, then all symbols. A walk over all.
+    ZOFFSymbol* findModuleSymbol(std::string_view name) const;
+    // Public symbols only.
+    ZOFFSymbol* findGlobalSymbol(std::string_view name) const;
+    // By where it is declared; line 0 stands for any. A walk over all.
+    ZOFFSymbol* findDeclaredSymbol(std::string_view name, const HString* file, int line) const;
+    // The last label in front of the address, in its fragment.
+    ZOFFSymbol* findClosestSymbol(uint32_t address) const;
+    // By value: the one at the address, or unless `exact` the last one in front. Nothing is found behind
+    // the last symbol.
+    ZOFFSymbol* findSymbol(uint32_t address, bool exact) const;
+    ZOFFSymbol* findDataSymbol(uint32_t address, bool exact) const;
+    ZOFFSymbol* findCodeSymbol(uint32_t address, bool exact) const;
+    // The same, and it must have a function's type.
+    ZOFFSymbol* findFunctionSymbol(uint32_t address, bool exact = false) const;
+    ZOFFType* findNamedType(std::string_view name) const;
+
+private:
+    void addItems(ZOFFSection* section);
+    void addSymbols();
+
+    Path m_path;
+    ZOFFModule* m_module;
+    std::vector<ZOFFInsn*> m_instructions;
+    std::vector<ZOFFLocus*> m_loci;
+    std::vector<AddressedSymbol> m_symbols; // by address
+    std::map<const HString*, ZOFFType*, HString::Earlier> m_namedTypes;
+    SourceAddressMapping m_sourceMap;
+};

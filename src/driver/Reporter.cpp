@@ -1,3 +1,0 @@
-#include "driver/Reporter.h"
-
-Reporter* report = nullptr;

@@ -1,0 +1,100 @@
+#include "driver/console/ConsoleScriptSystem.h"
+
+#include "driver/session/Interrupt.h"
+#include "driver/session/StandardOutput.h"
+#include "script/engine/ESContext.h"
+#include "script/host/HostEvaluation.h"
+#include "script/native/Builtin.h"
+#include "support/HException.h"
+
+namespace {
+
+class ConsoleContext : public ESContext {
+public:
+    explicit ConsoleContext(ConsoleScriptSystem* system) : ESContext(Ask::NowAndThen), m_system(system) {}
+    bool carryOnExecuting() override { return !m_system->stopRequested(); }
+
+private:
+    ConsoleScriptSystem* m_system;
+};
+
+struct Depth {
+    explicit Depth(int& depth) : m_depth(depth) { ++m_depth; }
+    ~Depth() { --m_depth; }
+    int& m_depth;
+};
+
+// What a function writes, in UTF-8.
+std::string written(ESContext* context, int argc, const ESValue* argv)
+{
+    return context->toString(biarg(argc, argv, 0)).toStdString();
+}
+
+} // namespace
+
+ConsoleScriptSystem::ConsoleScriptSystem() : m_context(std::make_unique<ConsoleContext>(this))
+{
+    ESContext::mkexec(nullptr, m_context.get());
+}
+
+ConsoleScriptSystem::~ConsoleScriptSystem() = default;
+
+bool ConsoleScriptSystem::stopRequested() const
+{
+    return m_stopRequested || Interrupt::requested();
+}
+
+bool ConsoleScriptSystem::execute(const QString& text, bool)
+{
+    m_stopRequested = false;
+    ESCompletion completion;
+    {
+        Depth depth(m_depth);
+        completion = evaluateForHost(m_context.get(), text, m_sourceName);
+    }
+    Interrupt::check();
+    if (m_context->stopped())
+        throw HException("script stopped");
+    if (completion.type == ESCompletion::Thrown) {
+        if (m_context->iserrorobj(completion.value))
+            throw HException(completion.text);
+        throw HException(QLatin1String("uncaught exception - ") + completion.text);
+    }
+    return true;
+}
+
+ESObject* Console::installScriptObject(ESContext* context)
+{
+    ESObject* object = ESQObject::installScriptObject(context);
+    biinst(context, object, {"WriteLine", "Console.prototype.WriteLine", 1, false, FirstFreeId},
+           context->functionPrototype(), this);
+    return object;
+}
+
+void Console::call(ESContext* context, ESObject* function, ESObject* self, int argc, ESValue* argv)
+{
+    if (function->builtinId != FirstFreeId) {
+        ESQObject::call(context, function, self, argc, argv);
+        return;
+    }
+    StandardOutput::write(written(context, argc, argv) + "\n");
+    argv[0] = g_undefined;
+}
+
+ESObject* WScript::installScriptObject(ESContext* context)
+{
+    ESObject* object = ESQObject::installScriptObject(context);
+    biinst(context, object, {"Echo", "WScript.prototype.Echo", 1, false, FirstFreeId},
+           context->functionPrototype(), this);
+    return object;
+}
+
+void WScript::call(ESContext* context, ESObject* function, ESObject* self, int argc, ESValue* argv)
+{
+    if (function->builtinId != FirstFreeId) {
+        ESQObject::call(context, function, self, argc, argv);
+        return;
+    }
+    StandardOutput::write(written(context, argc, argv));
+    argv[0] = g_undefined;
+}

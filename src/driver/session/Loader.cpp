@@ -1,0 +1,182 @@
+#include "driver/session/Loader.h"
+
+#include "driver/session/Interrupt.h"
+#include "driver/terminal/TextProgressBar.h"
+#include "loadfile/LoadFileFactory.h"
+#include "support/HException.h"
+#include "support/Path.h"
+#include "target/TargetInterfaceFactory.h"
+
+namespace {
+
+constexpr int ProgressColumns = 80;
+
+// Lowers the load depth on every way out; the first failure is the one that is told.
+class LoadBracket {
+public:
+    explicit LoadBracket(TargetInterface* target) : m_target(target) { m_target->loadBegin(); }
+    ~LoadBracket()
+    {
+        if (!m_target)
+            return;
+        try {
+            m_target->loadEnd();
+        } catch (const HException&) {
+        }
+    }
+    void end()
+    {
+        TargetInterface* target = m_target;
+        m_target = nullptr;
+        target->loadEnd();
+    }
+
+private:
+    TargetInterface* m_target;
+};
+
+} // namespace
+
+Loader::Loader() : m_progressBar(std::make_unique<TextProgressBar>(ProgressColumns)) {}
+
+Loader::~Loader() = default;
+
+void Loader::setTarget(const QString& name)
+{
+    if (m_target) {
+        if (m_target->isConnected())
+            m_target->disconnect();
+        m_target.reset();
+    }
+    TargetInterfaceFactory* factory = TargetInterfaceFactory::instance();
+    QByteArray latin1 = name.toLatin1();
+    m_target.reset(factory->create(latin1.constData()));
+    if (!m_target)
+        if (const char* className = factory->classnameFromShortname(latin1.constData()))
+            m_target.reset(factory->create(className));
+    if (m_target)
+        return;
+    QString text = QStringLiteral("unknown target \"%1\"\n\nTarget interfaces:\n\n").arg(name);
+    for (const TargetInterfaceInfo& target : factory->targets())
+        text += QString::asprintf("  %-22s%s\n", target.name(), target.description);
+    throw HException(text);
+}
+
+void Loader::setLoadAddress(unsigned address)
+{
+    m_loadAddress = address;
+    m_loadAddressGiven = true;
+}
+
+void Loader::setVerbosity(bool quiet, bool verbose)
+{
+    m_quiet = quiet;
+    m_verbose = verbose;
+}
+
+void Loader::addLoadFile(const QString& name)
+{
+    Path path(name);
+    if (!path.exists())
+        throw HException(QStringLiteral("The file \"%1\" does not exist").arg(path.fileName()));
+    std::string osPath = path.osPath();
+    LoadFileFactory* factory = LoadFileFactory::instance();
+    const char* type = m_filetype ? m_filetype : factory->detect(osPath.c_str());
+    if (!type)
+        throw HException(QStringLiteral("Cannot determine type of file \"%1\"").arg(path.fileName()));
+    auto destroy = [factory](LoadFileInterface* file) { factory->destroy(file); };
+    std::unique_ptr<LoadFileInterface, decltype(destroy)> file(factory->create(osPath.c_str(), type),
+                                                               destroy);
+    if (!file)
+        throw HException(QStringLiteral("Cannot load file \"%1\"").arg(path.fileName()));
+    if (!file->hasLoadAddress()) {
+        if (!m_loadFiles.isEmpty())
+            throw HException("only one load file without address information can be specified");
+        if (!m_loadAddressGiven)
+            throw HException("no load address specified (-loadaddress option)");
+        file->setLoadAddress(m_loadAddress);
+    }
+    m_loadFiles.add(file.release(), osPath, true);
+}
+
+TargetInterface* Loader::targetInterface() const
+{
+    if (!m_target)
+        throw HException("No target selected");
+    return m_target.get();
+}
+
+TargetInterface* Loader::connectedTarget(const char* otherwise) const
+{
+    TargetInterface* target = targetInterface();
+    if (!target->isConnected())
+        throw HException(otherwise);
+    return target;
+}
+
+void Loader::connectTarget(ProjectElement* project, const QString& configuration)
+{
+    TargetInterface* target = targetInterface();
+    if (target->isConnected())
+        throw HException("Target already connected");
+    target->syncSettingsWithProject(project, configuration);
+    target->connect(true);
+}
+
+void Loader::disconnectTarget()
+{
+    connectedTarget("Target is not connected")->disconnect();
+}
+
+void Loader::resetTarget()
+{
+    connectedTarget("Target is not connected")->reset(false, false);
+}
+
+void Loader::downloadLoadFiles()
+{
+    TargetInterface* target = connectedTarget("Target is not connected");
+    m_loadFiles.sort();
+    if (m_loadFiles.overlap())
+        throw HException("cannot download multiple load files because they overlap");
+    for (const LoadFileListItem& item : m_loadFiles.items())
+        target->checkLoadFileFits(item.file);
+    LoadBracket bracket(target);
+    if (target->loaderEraseAll())
+        target->eraseAll();
+    else
+        for (const LoadFileListItem& item : m_loadFiles.items())
+            target->eraseLoadFile(item.file, item.name.c_str(), false);
+    for (const LoadFileListItem& item : m_loadFiles.items())
+        target->downloadLoadFile(item.file, item.name.c_str(), false);
+    target->flushMemoryInterfaces();
+    bracket.end();
+}
+
+void Loader::verifyLoadFiles()
+{
+    TargetInterface* target = connectedTarget("Target is not connected");
+    LoadBracket bracket(target);
+    for (const LoadFileListItem& item : m_loadFiles.items())
+        if (!target->verifyLoadFile(item.file, item.name.c_str(), false, false)) {
+            HException failure(
+                QStringLiteral("Verification of %1 has failed").arg(Path(item.name).fileName()));
+            failure.setHint(target->verifyMismatch().toStdString());
+            throw failure;
+        }
+    bracket.end();
+}
+
+// Progress is reported between any two pieces of work, so this is where an interrupt is noticed.
+void Loader::progress(int done, int total, const char* label, const char* unit, bool)
+{
+    Interrupt::check();
+    if (!m_quiet)
+        m_progressBar->progress(done, total, label, unit);
+}
+
+void Loader::message(const QString& text)
+{
+    if (m_verbose && !m_quiet)
+        m_progressBar->message(text);
+}

@@ -1,0 +1,3 @@
+#include "driver/session/Reporter.h"
+
+Reporter* report = nullptr;

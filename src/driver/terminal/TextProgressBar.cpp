@@ -1,0 +1,81 @@
+#include "driver/terminal/TextProgressBar.h"
+
+#include "driver/session/StandardOutput.h"
+
+#include <algorithm>
+
+TextProgressBar::TextProgressBar(int width, QObject* parent) : QObject(parent), m_width(width) {}
+
+void TextProgressBar::message(const QString& text)
+{
+    std::string line = clearedLine();
+    m_drawn.clear();
+    StandardOutput::write(line + text.toLocal8Bit().toStdString() + "\n");
+    displayLine();
+}
+
+void TextProgressBar::progress(int done, int total, const char* label, const char* unit)
+{
+    if (label) {
+        m_label = QString::fromUtf8(label);
+        m_barWidth = std::max(0, m_width - int(m_label.size()) - 10);
+        m_time.start();
+    }
+    if (unit)
+        m_unit = QString::fromUtf8(unit);
+    if (total != -1)
+        m_total = total;
+    if (done != -1)
+        m_done = done;
+    displayLine();
+    if (done == m_total)
+        close();
+}
+
+std::string TextProgressBar::clearedLine() const
+{
+    return "\r" + std::string(size_t(m_width - 1), ' ') + "\r";
+}
+
+void TextProgressBar::clearLine()
+{
+    m_drawn.clear();
+    StandardOutput::write(clearedLine());
+}
+
+// A log file gets a line for each step that shows, not one for each call.
+void TextProgressBar::displayLine()
+{
+    if (m_label.isEmpty())
+        return;
+    double part = m_done == 0 || m_total == 0 ? 0.0 : double(m_done) / m_total;
+    part = std::clamp(part, 0.0, 1.0);
+    int stars = int(part * m_barWidth);
+    std::string line = "\r" + m_label.toLocal8Bit().toStdString() + " [" + std::string(size_t(stars), '*') +
+                       std::string(size_t(m_barWidth - stars), '.') + "] " +
+                       QString::asprintf("%3d%% ", int(part * 100)).toStdString();
+    if (line == m_drawn)
+        return;
+    StandardOutput::write(line);
+    m_drawn = line;
+}
+
+void TextProgressBar::close()
+{
+    if (m_label.isEmpty())
+        return;
+    double elapsed = double(m_time.elapsed());
+    QString line = m_label;
+    if (elapsed > 1000)
+        line += QString::asprintf(" completed in %0.1f seconds", elapsed / 1000);
+    else
+        line += QString::asprintf(" completed in %0.1f milliseconds", elapsed);
+    if (!m_unit.isEmpty()) {
+        double seconds = std::max(elapsed, 1.0) / 1000;
+        line += QString::asprintf(" (%0.1f ", m_done / seconds) + m_unit + QLatin1String("/sec)");
+    }
+    m_label.clear();
+    m_unit.clear();
+    m_drawn.clear();
+    StandardOutput::write(clearedLine() + line.toLocal8Bit().toStdString() + "\n");
+}

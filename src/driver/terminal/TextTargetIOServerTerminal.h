@@ -1,0 +1,125 @@
+// The console of a served program, and of the debugger's prompt: writes to standard output, reads standard
+// input, and edits the line that is being typed.
+//
+// Text is bytes: each QChar of a line holds one byte, as Latin-1, so that UTF-8 and any other encoding
+// reaches the program as it was typed; only the prompt and showOutputWithPrompt() take ordinary text. Cursor
+// and erasing count a UTF-8 character as one.
+//
+// Input that is no terminal is taken as it comes, in whole lines, without echo, prompt and editing; a
+// carriage return in front of a newline is dropped, and a last line without a newline counts.
+//
+// Invariants: m_inputLines is never empty, its last entry is the line being edited; the first m_taken
+// characters of its first entry were handed out already; m_cursor is at most the edited line's length.
+#pragma once
+
+#include "driver/terminal/KeyDecoder.h"
+#include "support/HException.h"
+#include "target/io/TargetIOServer.h"
+
+#include <QObject>
+#include <QStringList>
+
+#include <memory>
+#include <optional>
+
+class QTimer;
+class RawTerminal;
+class TargetInterface;
+
+class TextTargetIOServerTerminal : public QObject,
+                                   public TargetIOServerTerminalInterface,
+                                   public TargetIOServerHelperFunctions,
+                                   private KeyDecoder::Receiver {
+    Q_OBJECT
+public:
+    // The arguments are the target program's. The input is a descriptor, which stays the caller's; a
+    // terminal is in raw mode for as long as this lives.
+    explicit TextTargetIOServerTerminal(const QStringList& arguments, int input = 0);
+    ~TextTargetIOServerTerminal() override;
+
+    TargetIOServer* server() { return m_server.get(); }
+    int exitCode() const { return m_exitCode; }
+    // The run is over: the program has ended, the connection is gone, output failed, or a command quit.
+    bool exited() const { return m_exited; }
+    void setExited() { m_exited = true; }
+    // What standard output failed with.
+    const std::optional<HException>& outputFailure() const { return m_outputFailure; }
+    // No further input will come, or so the user says; further keys then take that back.
+    bool inputEnded() const { return m_inputEnded; }
+    // A target whose program asks for input again and again, and does nothing else for it, then costs no
+    // processor time. Null for none; its cycle count tells how long the program was busy.
+    void setWaitingTarget(const TargetInterface* target) { m_target = target; }
+
+    void addOutput(const QString& text) override;
+    // A line that is not empty joins the history of a keyboard, unless it is the latest there.
+    QString getInputLine() override;
+    int inputLines() const override { return int(m_inputLines.size()) - 1; }
+    QChar getInputChar() override;
+    bool inputCharAvailable() const override;
+
+    void errorOccurred(const char*) override {}
+    void debugBreakOccurred() override {}
+    void inputRequested() override;
+    void outputUpdated() override {}
+    void exitOccurred(int code) override;
+    void loadSymbols(const char*, unsigned) override {}
+
+    void setPromptString(const QString& prompt);
+    void showPromptString();
+    // Lines above the prompt. Empty ones are left out.
+    void showOutputWithPrompt(const QStringList& lines);
+    // Puts a text in place of the edited line.
+    void setInputString(const QString& text);
+    // The line editor. 27 or 224 announces a cursor key: 72 up, 80 down, 75 left, 77 right. 13 and 10 end
+    // the line, 8 erases the character in front of the cursor, 127 the one under it, 32 to 126 are
+    // inserted.
+    void keyPressed(int key);
+
+public Q_SLOTS:
+    // Reads what is there.
+    void poll();
+
+private:
+    void onText(std::string_view text) override;
+    void onKey(KeyDecoder::Key key) override;
+    void cursorKey(int key);
+    void completeLine();
+    void recall(qsizetype index);
+    void moveLeft();
+    void moveRight();
+    void eraseAt(qsizetype start);
+    void addPipedText(std::string_view bytes);
+    void endInput();
+    bool bufferFull() const;
+    qsizetype characterBefore(qsizetype at) const;
+    qsizetype characterBehind(qsizetype at) const;
+    QString& edited() { return m_inputLines.last(); }
+    const QString& edited() const { return m_inputLines.last(); }
+    void show(const QString& text);
+    void write(const QString& text);
+    void stopProgram();
+    void waitForInput();
+
+    std::unique_ptr<TargetIOServer> m_server;
+    int m_exitCode = 0;
+    bool m_exited = false;
+    QTimer* m_keyTimer;
+    int m_input;
+    bool m_echo;
+    QStringList m_inputLines{QString()};
+    qsizetype m_taken = 0;
+    qsizetype m_buffered = 0; // characters in the completed lines, roughly
+    qsizetype m_historyIndex = -1;
+    qsizetype m_cursor = 0;
+    QStringList m_history;
+    QString m_prompt;
+    bool m_escape = false;
+    bool m_inputEnded = false;
+    bool m_inputClosed = false; // nothing is left to read
+    KeyDecoder m_decoder;
+    std::unique_ptr<RawTerminal> m_rawTerminal; // null for input that is no terminal
+    std::optional<HException> m_outputFailure;
+    const TargetInterface* m_target = nullptr;
+    unsigned m_lastRequest = 0;  // cycle count
+    unsigned m_idleRequests = 0; // in a row
+};

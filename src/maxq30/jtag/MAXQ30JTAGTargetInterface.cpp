@@ -1,0 +1,365 @@
+#include "maxq30/jtag/MAXQ30JTAGTargetInterface.h"
+
+#include "debug/monitor/HBreakpoint.h"
+#include "maxq30/jtag/JTAGFrames.h"
+#include "maxq30/jtag/JTAGTrace.h"
+#include "maxq30/jtag/LinkTimeout.h"
+#include "maxq30/jtag/MAXQ30JTAGLoaderMemoryInterface.h"
+#include "maxq30/jtag/MAXQ30JTAGMemoryInterface.h"
+#include "maxq30/jtag/MAXQ30JTAGRegisters.h"
+#include "project/PropertyValue.h"
+#include "script/native/Builtin.h"
+#include "support/HException.h"
+
+#include <QElapsedTimer>
+
+namespace {
+
+constexpr int Capabilities = 0x47F;
+constexpr qint64 BootloaderTimeout = 2000; // milliseconds
+
+enum Function {
+    LoaderMasterEraseCommand = 20,
+    LoaderRawCommand = 21,
+};
+
+constexpr Builtin g_functions[] = {
+    {"loaderMasterEraseCommand", "MAXQ30JTAGTargetInterface.prototype.loaderMasterEraseCommand", 0, false,
+     LoaderMasterEraseCommand},
+    {"loaderRawCommand", "MAXQ30JTAGTargetInterface.prototype.loaderRawCommand", 1, false, LoaderRawCommand},
+};
+
+} // namespace
+
+MAXQ30JTAGTargetInterface::MAXQ30JTAGTargetInterface(const char* name,
+                                                     TargetInterfaceHelperFunctions* helpers)
+    : HMonitor(Capabilities, name, helpers),
+      m_eraseTimeoutClass("eraseTimeout", PropertyClass::IntegerRange, "10000", QString(), "Connection",
+                          "Erase Timeout", "The timeout period for an erase operation in milliseconds."),
+      m_traceEnabledClass("traceEnabled", PropertyClass::Boolean, "false", QString(), "JTAG", "Enable Trace",
+                          "Specifies whether JTAG trace output is enabled."),
+      m_eraseTimeout(&m_eraseTimeoutClass), m_traceEnabled(&m_traceEnabledClass),
+      m_codeMemory(std::make_unique<MAXQ30JTAGCodeMemoryInterface>(*this)),
+      m_dataMemory(std::make_unique<MAXQ30JTAGDataMemoryInterface>(*this)),
+      m_registers(std::make_unique<MAXQ30JTAGRegisters>(*this))
+{
+    static_assert(LoaderMasterEraseCommand == FirstFreeScriptId);
+    m_eraseTimeoutClass.setRange(0, 100000);
+    MAXQD_init(&m_driver);
+}
+
+MAXQ30JTAGTargetInterface::~MAXQ30JTAGTargetInterface()
+{
+    closeLink();
+}
+
+_maxqd_t* MAXQ30JTAGTargetInterface::driver()
+{
+    if (!m_driver.link)
+        throw HException("Target is not connected");
+    return &m_driver;
+}
+
+void MAXQ30JTAGTargetInterface::closeLink()
+{
+    if (m_driver.link)
+        m_driver.close(&m_driver);
+}
+
+int MAXQ30JTAGTargetInterface::checkedInteger(const PropertyValue& value)
+{
+    const PropertyClass* property = value.propertyClass();
+    bool isNumber = false;
+    QString text = value.toString().trimmed();
+    int base = text.startsWith(QLatin1String("0x"), Qt::CaseInsensitive) ? 16 : 10;
+    int number = text.toInt(&isNumber, base);
+    if (!isNumber || number < property->minimum() || number > property->maximum())
+        throw HException(QStringLiteral("%1 must be a number from %2 to %3, not \"%4\"")
+                             .arg(property->shortDescription())
+                             .arg(property->minimum())
+                             .arg(property->maximum())
+                             .arg(text));
+    return number;
+}
+
+void MAXQ30JTAGTargetInterface::checkSettings() const
+{
+    checkedInteger(m_eraseTimeout);
+}
+
+void MAXQ30JTAGTargetInterface::connect(bool)
+{
+    if (m_traceEnabled.toBool())
+        JTAGTrace::install(&m_driver);
+    _maxqd_t* maxqd = driver();
+    maxqd->trst(maxqd);
+    maxqd->shiftInIR(maxqd, maxqd::BypassInstruction);
+    for (unsigned char sent : {0x5A, 0x42, 0x00, 0x7F}) {
+        // The bypass register delays what it is sent by one bit.
+        unsigned char back = maxqd->shiftInOutDR(maxqd, sent, nullptr);
+        if (back >> 1 != sent)
+            throw HException("The JTAG interface is not responding - "
+                             "Check the JTAG connections and that the target is powered");
+    }
+    m_connected = true;
+}
+
+void MAXQ30JTAGTargetInterface::disconnect()
+{
+    if (!m_connected)
+        return;
+    m_connected = false;
+    m_bootloader.forget();
+    m_loaderMemory.reset(); // a load that was abandoned
+    m_registers->clear();
+    m_stopped = false;
+    m_debugAccessDepth = 0;
+    closeLink();
+}
+
+TargetMemoryInterface* MAXQ30JTAGTargetInterface::codeMemory()
+{
+    if (loadDepth() > 0 && m_loaderMemory)
+        return m_loaderMemory.get();
+    return m_codeMemory.get();
+}
+
+TargetMemoryInterface* MAXQ30JTAGTargetInterface::dataMemory()
+{
+    return m_dataMemory.get();
+}
+
+TargetRegisterInterface* MAXQ30JTAGTargetInterface::registers()
+{
+    return m_registers.get();
+}
+
+void MAXQ30JTAGTargetInterface::enterReset(unsigned char programmingBits)
+{
+    _maxqd_t* maxqd = driver();
+    maxqd->setNRST(maxqd, 0);
+    maxqd->trst(maxqd);
+    maxqd->setSystemProgrammingBits(maxqd, programmingBits);
+}
+
+void MAXQ30JTAGTargetInterface::awaitBootloader()
+{
+    _maxqd_t* maxqd = driver();
+    QElapsedTimer timer;
+    timer.start();
+    for (;;) {
+        unsigned char status = 0;
+        maxqd->shiftInOutDR(maxqd, 0, &status);
+        if (status)
+            return;
+        if (timer.elapsed() > BootloaderTimeout)
+            throw HException("Bootloader has not started");
+    }
+}
+
+void MAXQ30JTAGTargetInterface::reset(bool stop, bool loader)
+{
+    _maxqd_t* maxqd = driver();
+    m_stopped = stop;
+    enterReset(loader ? maxqd::StartBootloader : maxqd::StartProgram);
+    if (stop && !loader) {
+        // Sent during reset, the CPU stops as it leaves it.
+        maxqd->shiftInIR(maxqd, maxqd::ChannelInstruction);
+        MAXQD_shiftInDR8(maxqd, jtag::StopCPU);
+    }
+    maxqd->setNRST(maxqd, 1);
+    if (loader)
+        awaitBootloader();
+}
+
+void MAXQ30JTAGTargetInterface::start(bool, unsigned)
+{
+    _maxqd_t* maxqd = driver();
+    m_stopped = false;
+    enterReset(maxqd::StartProgram);
+    maxqd->shiftInIR(maxqd, maxqd::ChannelInstruction);
+    maxqd->setNRST(maxqd, 1);
+}
+
+void MAXQ30JTAGTargetInterface::startDebugging(bool, unsigned, bool)
+{
+    _maxqd_t* maxqd = driver();
+    m_stopped = false;
+    enterReset(maxqd::StartProgram);
+    maxqd->shiftInIR(maxqd, maxqd::ChannelInstruction);
+    writeDebugRegister8(DebugControl, EnableDebugEngine);
+    setBreakpoints();
+    maxqd->setNRST(maxqd, 1);
+}
+
+void MAXQ30JTAGTargetInterface::attach()
+{
+    _maxqd_t* maxqd = driver();
+    maxqd->trst(maxqd);
+    maxqd->setSystemProgrammingBits(maxqd, maxqd::StartProgram);
+    maxqd->shiftInIR(maxqd, maxqd::ChannelInstruction);
+    writeDebugRegister8(DebugControl, EnableDebugEngine);
+    m_stopped = false;
+    setBreakpoints();
+}
+
+void MAXQ30JTAGTargetInterface::stop()
+{
+    MAXQD_shiftInDR8(driver(), jtag::StopCPU);
+}
+
+void MAXQ30JTAGTargetInterface::step()
+{
+    _maxqd_t* maxqd = driver();
+    m_stopped = false;
+    MAXQD_shiftInDR8(maxqd, jtag::Step);
+}
+
+void MAXQ30JTAGTargetInterface::go()
+{
+    _maxqd_t* maxqd = driver();
+    m_stopped = false;
+    setBreakpoints();
+    MAXQD_shiftInDR8(maxqd, jtag::Run);
+}
+
+void MAXQ30JTAGTargetInterface::clear()
+{
+    m_breakpoints.clear();
+    m_matched = nullptr;
+    m_debugAccessDepth = 0;
+    bool stopped = m_stopped;
+    m_stopped = false;
+    writeDebugRegister8(DebugControl, DisableDebugEngine);
+    if (stopped)
+        MAXQD_shiftInDR8(driver(), jtag::Run);
+}
+
+bool MAXQ30JTAGTargetInterface::pollStopped()
+{
+    _maxqd_t* maxqd = driver();
+    unsigned char status = 0;
+    MAXQD_shiftInDR8(maxqd, jtag::Poll);
+    maxqd->shiftInOutDR(maxqd, 0, &status);
+    return status != 0;
+}
+
+bool MAXQ30JTAGTargetInterface::isStopped()
+{
+    if (m_stopped)
+        return true;
+    if (!pollStopped())
+        return false;
+    m_registers->clear();
+    uint32_t pc = m_registers->getPC();
+    m_stopped = true;
+    m_matched = nullptr;
+    for (HBreakpoint* breakpoint : m_breakpoints)
+        if (breakpoint->address == pc)
+            m_matched = breakpoint;
+    return true;
+}
+
+void MAXQ30JTAGTargetInterface::beginDebugAccess()
+{
+    _maxqd_t* maxqd = driver();
+    if (m_debugAccessDepth++ > 0)
+        return;
+    m_wasStopped = m_stopped;
+    if (m_stopped)
+        return;
+    bool stopped = false;
+    try {
+        MAXQD_shiftInDR8(maxqd, jtag::StopCPU);
+        stopped = pollStopped();
+    } catch (...) {
+        m_debugAccessDepth = 0;
+        throw;
+    }
+    if (!stopped) {
+        m_debugAccessDepth = 0;
+        throw HException("Cannot stop CPU");
+    }
+}
+
+void MAXQ30JTAGTargetInterface::endDebugAccess()
+{
+    if (m_debugAccessDepth == 0) // the access was given up meanwhile
+        return;
+    if (--m_debugAccessDepth == 0 && !m_wasStopped)
+        MAXQD_shiftInDR8(driver(), jtag::Run);
+}
+
+void MAXQ30JTAGTargetInterface::loadBeginInitial()
+{
+    m_loaderMemory.reset(); // of a load that was abandoned
+    m_loaderMemory = std::make_unique<MAXQ30JTAGLoaderMemoryInterface>(*this, *m_codeMemory);
+    setDeviceId(m_loaderMemory->deviceId());
+    m_bootloader.set(m_loaderMemory->report());
+}
+
+void MAXQ30JTAGTargetInterface::loadEndFinal()
+{
+    // Gone in every case: what could not be flushed is not tried again.
+    if (auto memory = std::move(m_loaderMemory))
+        memory->flush();
+}
+
+bool MAXQ30JTAGTargetInterface::executeEraseScript()
+{
+    LinkTimeout timeout(driver(), unsigned(checkedInteger(m_eraseTimeout)));
+    if (executeScript("target_erase_script", "Executing erase script ", false))
+        return true;
+    HException failure("no erase script specified");
+    if (project())
+        failure.setHint("The project's property target_erase_script is empty.");
+    else
+        failure.setHint("Erasing takes the script in the property target_erase_script of a project; "
+                        "name it with -solution, -project and -config.");
+    throw failure;
+}
+
+ESObject* MAXQ30JTAGTargetInterface::installScriptObject(ESContext* context)
+{
+    ESObject* object = HMonitor::installScriptObject(context);
+    for (const Builtin& row : g_functions)
+        biinst(context, object, row, context->functionPrototype(), this);
+    return object;
+}
+
+void MAXQ30JTAGTargetInterface::call(ESContext* context, ESObject* function, ESObject* self, int argc,
+                                     ESValue* argv)
+{
+    switch (function->builtinId) {
+    case LoaderMasterEraseCommand: {
+        const unsigned char command[] = {jtag::MasterErase, 0};
+        _maxqd_t* maxqd = driver();
+        maxqd->loaderWrite(maxqd, command, sizeof command);
+        break;
+    }
+    case LoaderRawCommand: {
+        unsigned count = 0;
+        auto bytes = context->toByteArray(biarg(argc, argv, 0), count);
+        _maxqd_t* maxqd = driver();
+        if (count > 0)
+            maxqd->loaderWrite(maxqd, bytes.get(), count);
+        break;
+    }
+    default: HMonitor::call(context, function, self, argc, argv); return;
+    }
+    argv[0] = g_undefined;
+}
+
+void MAXQ30JTAGTargetInterface::setTraceEnabled(bool on)
+{
+    m_traceEnabled.setValue(on);
+}
+
+void MAXQ30JTAGTargetInterface::getProperties(PropertyValueList& list)
+{
+    list.appendUnique(&m_eraseTimeout);
+    if (isConnected() && m_bootloader.known())
+        m_bootloader.getProperties(list);
+    list.appendUnique(&m_traceEnabled);
+    HMonitor::getProperties(list);
+}

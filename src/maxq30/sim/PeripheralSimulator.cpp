@@ -1,0 +1,86 @@
+#include "maxq30/sim/PeripheralSimulator.h"
+
+#include "script/engine/ESContext.h"
+#include "script/host/HostEvaluation.h"
+#include "script/host/ScriptSystem.h"
+#include "script/native/ESNativeGlobal.h"
+#include "support/HException.h"
+#include "target/TargetInterface.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <cmath>
+
+namespace {
+
+// A request to stop the tool's scripts stops these as well.
+class PeripheralContext : public ESContext {
+public:
+    PeripheralContext() : ESContext(Ask::NowAndThen) {}
+    bool carryOnExecuting() override { return !(scriptSystem && scriptSystem->stopRequested()); }
+};
+
+QString hex(unsigned value)
+{
+    return QLatin1String("0x") + QString::number(value, 16);
+}
+
+} // namespace
+
+PeripheralSimulator::PeripheralSimulator(const QString& fileName, TargetInterface* target)
+    : m_context(std::make_unique<PeripheralContext>()), m_fileName(QFileInfo(fileName).fileName())
+{
+    ESContext::mkexec(nullptr, m_context.get());
+    install(m_context.get(), 0, nullptr);
+    target->installScriptObject(m_context.get());
+    QFile file(fileName);
+    if (!file.open(QIODevice::ReadOnly))
+        return;
+    QString text = QString::fromUtf8(file.readAll()) + QLatin1Char('\n');
+    file.close();
+    m_context->globalClass()->addToLoadPath(QFileInfo(fileName).absolutePath());
+    executeJavaScript(text);
+}
+
+PeripheralSimulator::~PeripheralSimulator() = default;
+
+int PeripheralSimulator::reset()
+{
+    return executeJavaScript(QStringLiteral("reset()\n"));
+}
+
+int PeripheralSimulator::connect(const QString& name)
+{
+    return executeJavaScript(QLatin1String("connect(\"") + name + QLatin1String("\")\n"));
+}
+
+int PeripheralSimulator::loadPeripheral(unsigned address, unsigned size, bool flag)
+{
+    return executeJavaScript(
+        QStringLiteral("loadPeripheral(%1, %2, %3)\n").arg(hex(address), hex(size), flag ? "true" : "false"));
+}
+
+int PeripheralSimulator::storePeripheral(unsigned address, unsigned size, unsigned value)
+{
+    return executeJavaScript(
+        QStringLiteral("storePeripheral(%1, %2, %3)\n").arg(hex(address), hex(size), hex(value)));
+}
+
+int PeripheralSimulator::pollForInterrupts(unsigned requests)
+{
+    return executeJavaScript(QStringLiteral("pollForInterrupts(%1)\n").arg(hex(requests)));
+}
+
+int PeripheralSimulator::executeJavaScript(const QString& text)
+{
+    ESCompletion completion = evaluateForHost(m_context.get(), text, m_fileName);
+    if (completion.type == ESCompletion::Thrown) {
+        if (m_context->iserrorobj(completion.value))
+            throw HException(completion.text);
+        throw HException(QLatin1String("Uncaught exception: ") + completion.text);
+    }
+    double number = completion.value.isNumber() ? completion.value.number() : 0;
+    // A register is 32 bits wide, signed or not.
+    return std::fabs(number) < 9e15 ? int(uint32_t(int64_t(number))) : 0;
+}

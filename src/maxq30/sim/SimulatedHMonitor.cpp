@@ -1,0 +1,384 @@
+#include "maxq30/sim/SimulatedHMonitor.h"
+
+#include "project/MacroSystem.h"
+#include "project/PropertyValue.h"
+#include "support/HException.h"
+#include "target/TargetRegisterInterface.h"
+
+#include <QCoreApplication>
+
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
+namespace {
+
+constexpr int SimulatorCapabilities = 0x2BF;
+constexpr unsigned RoundsBetweenEvents = 300;
+
+constexpr const char* errorTexts[SimulatedHMonitor::NoError] = {
+    "Unsupported opcode",
+    "Address outside memory range on read",
+    "Address outside memory range on write",
+    "Address outsize memory range on instruction fetch",
+    "Uninitialised memory read",
+    "Misc error",
+    "Unaligned access on word read",
+    "Unaligned access on word write",
+};
+
+constexpr const char* triggerTexts[] = {"Execute", "Read", "Write", "Read/Write"};
+
+} // namespace
+
+SimulatedHMonitor::SimulatedHMonitor(const char* name, bool listAlignmentErrors, bool showPeripherals,
+                                     TargetInterfaceHelperFunctions* helpers)
+    : HMonitor(SimulatorCapabilities, name, helpers),
+      m_peripheralFileClass("peripheralFile", PropertyClass::FileName, QString(), QString(), "Peripherals",
+                            "Peripheral File", "JavaScript file that simulates peripherals."),
+      m_enablePeripheralFileClass("enablePeripheralFile", PropertyClass::Boolean, "false", QString(),
+                                  "Peripherals", "Enable Peripheral File",
+                                  "Enable JavaScript simulation of peripherals."),
+      m_traceBufferSizeClass("traceBufferSize", PropertyClass::IntegerRange, "256", QString(), "Diagnostic",
+                             "Trace Buffer Size", "Set the number of trace entries that are recorded."),
+      m_peripheralFile(&m_peripheralFileClass), m_enablePeripheralFile(&m_enablePeripheralFileClass),
+      m_traceBufferSize(&m_traceBufferSizeClass), m_listAlignmentErrors(listAlignmentErrors)
+{
+    // Found by name all the same, but not shown.
+    m_peripheralFile.setVisible(showPeripherals);
+    m_enablePeripheralFile.setVisible(showPeripherals);
+    m_traceBufferSizeClass.setRange(0, 655536);
+}
+
+SimulatedHMonitor::~SimulatedHMonitor() = default;
+
+void SimulatedHMonitor::connect()
+{
+    QString file = peripheralFile();
+    if (enablePeripheralFile() && !file.isEmpty())
+        m_peripherals = std::make_unique<PeripheralSimulator>(
+            MacroSystem::replaceMacros(macroSystem.globalMacros(true), file), this);
+    m_connected = true;
+}
+
+void SimulatedHMonitor::disconnect()
+{
+    m_peripherals.reset();
+    clear();
+    m_counts.free();
+    m_connected = false;
+}
+
+void SimulatedHMonitor::clear()
+{
+    m_breakpoints.clear();
+    m_trace.clear();
+    m_counts.reset();
+    stop();
+    m_enabledErrors.reset();
+    m_lastErrorText.clear();
+    watchControlWord(0, nullptr);
+}
+
+void SimulatedHMonitor::getProperties(PropertyValueList& list)
+{
+    list.appendUnique(&m_peripheralFile);
+    list.appendUnique(&m_enablePeripheralFile);
+    list.appendUnique(&m_traceBufferSize);
+    HMonitor::getProperties(list);
+}
+
+TargetRegisterInterface& SimulatedHMonitor::processor()
+{
+    if (TargetRegisterInterface* file = registers())
+        return *file;
+    throw HException("the simulator is not connected");
+}
+
+void SimulatedHMonitor::reset()
+{
+    processor();
+    m_cycleCount = 0;
+    m_loopCount = 0;
+    checkReset();
+    if (m_peripherals)
+        m_peripherals->reset();
+}
+
+void SimulatedHMonitor::reset(bool stop, bool loader)
+{
+    reset();
+    if (executeResetScript(loader) && !stop)
+        go();
+}
+
+void SimulatedHMonitor::start(bool setPC, unsigned pc)
+{
+    if (setPC)
+        processor().setPC(pc);
+    go();
+}
+
+void SimulatedHMonitor::startDebugging(bool setPC, unsigned pc, bool stop)
+{
+    if (setPC)
+        processor().setPC(pc);
+    if (stop)
+        m_stopped = true;
+    else
+        go();
+}
+
+void SimulatedHMonitor::step()
+{
+    m_breakpoints.refresh();
+    stepAt(processor().getPC());
+}
+
+void SimulatedHMonitor::stepAt(unsigned pc)
+{
+    if (m_traceEnabled) [[unlikely]]
+        addToInstructionTrace(pc, 0);
+    m_counts.add(pc);
+    if (m_breakpoints.watchesRegisters()) [[unlikely]]
+        stepWatchingRegisters();
+    else
+        m_cycleCount += singleStep();
+}
+
+// The processor tells of no register accesses, so a write shows as a changed value.
+void SimulatedHMonitor::stepWatchingRegisters()
+{
+    TargetRegisterInterface* file = registers();
+    std::vector<unsigned> numbers = m_breakpoints.registers();
+    std::vector<uint32_t> before;
+    for (unsigned number : numbers)
+        before.push_back(file->getValue(number));
+    m_cycleCount += singleStep();
+    for (size_t i = 0; i < numbers.size(); ++i) {
+        uint32_t value = file->getValue(numbers[i]);
+        if (value != before[i])
+            m_breakpoints.matchRegister(numbers[i], file->sizeInBytes(numbers[i]), value, false);
+    }
+}
+
+void SimulatedHMonitor::go()
+{
+    processor();
+    m_stopped = false;
+    m_pendingError = NoError;
+    m_lastErrorText.clear();
+    try {
+        run();
+    } catch (...) { // a simulated peripheral failed: nothing executes any more
+        m_stopped = true;
+        throw;
+    }
+}
+
+void SimulatedHMonitor::run()
+{
+    m_breakpoints.refresh();
+    TargetRegisterInterface* file = registers();
+    unsigned untilEvents = RoundsBetweenEvents - m_loopCount % RoundsBetweenEvents;
+    while (true) {
+        checkIRQ();
+        ++m_loopCount;
+        if (--untilEvents == 0) [[unlikely]] {
+            QCoreApplication::processEvents();
+            // An event may have done anything a debugger does: edited breakpoints, reset, disconnected.
+            untilEvents = RoundsBetweenEvents - m_loopCount % RoundsBetweenEvents;
+            m_breakpoints.refresh();
+            file = registers();
+        }
+        if (m_stopped)
+            return;
+
+        unsigned pc = file->getPC();
+        if (m_breakpoints.matched()) [[unlikely]] {
+            m_breakpoints.resetMatched();
+        } else if (m_breakpoints.mayMatchCode(pc)) [[unlikely]] {
+            m_breakpoints.matchCode(pc);
+            evaluateMatch();
+            if (m_stopped)
+                return;
+        }
+
+        stepAt(pc);
+        if (endsAfterStep())
+            return;
+        // Rounds in which nothing but a step can happen are done in one go, up to the next events.
+        if (untilEvents > 1 && canRunAhead() && !m_traceEnabled && !m_breakpoints.watchesRegisters()) {
+            untilEvents -= stepAhead(untilEvents - 1);
+            if (endsAfterStep())
+                return;
+        }
+    }
+}
+
+// At most `maximum` rounds; answers how many. It ends before an instruction that may match a breakpoint,
+// and behind one that brought a match, an error or a stop.
+unsigned SimulatedHMonitor::stepAhead(unsigned maximum)
+{
+    m_ahead = {maximum,
+               m_breakpoints.places(),
+               SimulatedBreakpoints::placeMask(),
+               m_counts.counters(),
+               m_counts.base(),
+               m_counts.size(),
+               false,
+               0,
+               0};
+    try {
+        runAhead(m_ahead);
+    } catch (...) {
+        m_loopCount += m_ahead.steps;
+        m_cycleCount += m_ahead.cycles;
+        throw;
+    }
+    m_loopCount += m_ahead.steps;
+    m_cycleCount += m_ahead.cycles;
+    return m_ahead.steps;
+}
+
+// What the latest step brought: its match is carried out. True when the run is over.
+bool SimulatedHMonitor::endsAfterStep()
+{
+    if (m_breakpoints.matched() && !m_stopped) [[unlikely]]
+        evaluateMatch();
+    if (m_pendingError != NoError && stopsOnPendingError()) [[unlikely]]
+        return true;
+    if (m_controlWordWritten) [[unlikely]] {
+        m_controlWordWritten = false;
+        if (m_watcher && !m_stopped)
+            m_watcher->controlWordWritten();
+    }
+    return m_stopped;
+}
+
+bool SimulatedHMonitor::watchControlWord(uint32_t address, ControlWordWatcher* watcher)
+{
+    bool possible = address % 4 == 0;
+    m_watcher = possible ? watcher : nullptr;
+    m_controlWord = m_watcher ? address : NoControlWord;
+    m_controlWordWritten = false;
+    return possible;
+}
+
+void SimulatedHMonitor::controlWordWritten()
+{
+    m_controlWordWritten = true;
+    interruptRun();
+}
+
+void SimulatedHMonitor::stop()
+{
+    m_stopped = true;
+    interruptRun();
+}
+
+void SimulatedHMonitor::evaluateMatch()
+{
+    const HBreakpoint* b = m_breakpoints.matched();
+    if (!b)
+        return;
+    if (b->action == StopAction) {
+        m_stopped = true;
+        return;
+    }
+    if (b->action == TraceAction)
+        addToInstructionTrace(matchedAddress(), matchedData());
+    m_breakpoints.resetMatched();
+}
+
+bool SimulatedHMonitor::stopsOnPendingError()
+{
+    if (!m_enabledErrors[m_pendingError])
+        return false;
+    m_lastErrorText = ErrorString();
+    m_lastErrorAddress = m_pendingErrorAddress;
+    m_stopped = true;
+    return true;
+}
+
+void SimulatedHMonitor::setPendingError(Error error, unsigned address, const char* text)
+{
+    m_pendingError = error;
+    m_pendingErrorAddress = address;
+    if (text)
+        m_miscErrorText = text;
+    interruptRun();
+}
+
+const char* SimulatedHMonitor::lastError(unsigned int& address)
+{
+    if (m_pendingError == NoError)
+        return nullptr;
+    // An error that did not stop the run is shown as well.
+    bool stopped = !m_lastErrorText.isEmpty();
+    address = stopped ? m_lastErrorAddress : m_pendingErrorAddress;
+    return stopped ? m_lastErrorText.constData() : ErrorString();
+}
+
+const char* SimulatedHMonitor::ErrorToStr(Error error)
+{
+    return error >= 0 && error < NoError ? errorTexts[error] : "Invalid Error";
+}
+
+SimulatedHMonitor::Error SimulatedHMonitor::StringToError(const char* text)
+{
+    for (int i = 0; i < NoError; ++i)
+        if (!std::strcmp(errorTexts[i], text))
+            return Error(i);
+    return MiscError;
+}
+
+const char* SimulatedHMonitor::ErrorString() const
+{
+    return m_pendingError == MiscError ? m_miscErrorText.constData() : ErrorToStr(m_pendingError);
+}
+
+bool SimulatedHMonitor::setBreakpoint(HBreakpoint* breakpoint)
+{
+    m_breakpoints.add(breakpoint);
+    return true;
+}
+
+bool SimulatedHMonitor::removeBreakpoint(HBreakpoint* breakpoint)
+{
+    m_breakpoints.remove(breakpoint);
+    return true;
+}
+
+const char* SimulatedHMonitor::getTrigger(int trigger)
+{
+    return triggerTexts[trigger >= 0 && trigger < numTriggers() ? trigger : 0];
+}
+
+bool SimulatedHMonitor::getNextTrace(unsigned int& address, unsigned int& data, unsigned int& cycles)
+{
+    const SimulatedTrace::Entry* entry = m_trace.next();
+    if (!entry)
+        return false;
+    address = entry->address;
+    data = entry->data;
+    cycles = entry->cycles;
+    return true;
+}
+
+bool SimulatedHMonitor::getNextExecutionCount(unsigned int& address, unsigned int& count, unsigned int& other)
+{
+    other = 0;
+    return m_counts.next(address, count);
+}
+
+void SimulatedHMonitor::setExecutionCountRange(unsigned int base, unsigned int size)
+{
+    if (!m_counts.setRange(base, size))
+        throw HException(QStringLiteral("cannot count executions in a range of %1 bytes").arg(size));
+}
+
+void SimulatedHMonitor::addToInstructionTrace(unsigned int address, unsigned int data)
+{
+    m_trace.add({address, data, m_cycleCount}, unsigned(std::max(0, traceBufferSize())));
+}

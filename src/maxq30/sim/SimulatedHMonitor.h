@@ -1,0 +1,202 @@
+// A target that runs inside this process. The monitor owns the run loop, matches breakpoints in software,
+// records a trace and counts executions; it knows nothing of the processor, which a derived class brings
+// in by the pure operations.
+//
+// go() blocks its caller until the program stops; events are handled once in 300 instructions, so a
+// stop() from an event reaches the loop.
+#pragma once
+
+#include "debug/monitor/HMonitor.h"
+#include "maxq30/sim/PeripheralSimulator.h"
+#include "maxq30/sim/SimulatedBreakpoints.h"
+#include "maxq30/sim/SimulatedTrace.h"
+#include "sim/maxqsim.h"
+
+#include <QByteArray>
+
+#include <bitset>
+
+class SimulatedHMonitor : public HMonitor {
+public:
+    enum Error {
+        UnsupportedOpcode,
+        OutsideOnRead,
+        OutsideOnWrite,
+        OutsideOnFetch,
+        UninitialisedRead,
+        MiscError,
+        UnalignedRead,
+        UnalignedWrite,
+        NoError,
+    };
+
+    // The flags say whether the alignment errors are listed, and the properties of peripherals.
+    SimulatedHMonitor(const char* name, bool listAlignmentErrors, bool showPeripherals,
+                      TargetInterfaceHelperFunctions* helpers);
+    ~SimulatedHMonitor() override;
+
+    // TargetInterface.
+    void disconnect() override;
+    bool isConnected() const override { return m_connected; }
+    bool isStopped() override { return m_stopped; }
+    unsigned cycleCount() const override { return m_connected ? m_cycleCount : 0; }
+    void reset(bool stop, bool loader) override;
+    void go() override;
+    void start(bool setPC, unsigned pc) override;
+    // One instruction, without a breakpoint test.
+    void step() override;
+    void stop() override;
+    void clear() override;
+    QString getObjectPixmap(bool) const override { return QStringLiteral("simulator"); }
+    void getProperties(PropertyValueList& list) override;
+
+    // HMonitor.
+    void startDebugging(bool setPC, unsigned pc, bool stop) override;
+    int numErrors() override { return m_listAlignmentErrors ? 8 : 6; }
+    const char* getError(int error) override { return ErrorToStr(Error(error)); }
+    bool errorEnabled(const char* text) override { return m_enabledErrors[StringToError(text)]; }
+    void setErrorEnabled(const char* text, bool on) override { m_enabledErrors[StringToError(text)] = on; }
+    const char* lastError(unsigned int& address) override;
+    bool setBreakpoint(HBreakpoint* breakpoint) override;
+    // True, also for one that was never set.
+    bool removeBreakpoint(HBreakpoint* breakpoint) override;
+    HBreakpoint* matched() override { return m_breakpoints.matched(); }
+    bool canChain() override { return true; }
+    int numTriggers() override { return 4; }
+    const char* getTrigger(int trigger) override;
+    int getExecuteTriggerNumber() override { return SimulatedBreakpoints::Execute; }
+    int getWriteTriggerNumber() override { return SimulatedBreakpoints::Write; }
+    int numActions() override { return 2; }
+    const char* getAction(int action) override { return action == TraceAction ? "Trace" : "Stop"; }
+    int getStopActionNumber() override { return StopAction; }
+    void setTraceEnabled(bool on) override { m_traceEnabled = on; }
+    bool getTraceEnabled() override { return m_traceEnabled; }
+    void resetTrace() override { m_trace.clear(); }
+    void iterateTrace() override { m_trace.rewind(); }
+    bool getNextTrace(unsigned int& address, unsigned int& data, unsigned int& cycles) override;
+    void setExecutionCountEnabled(bool) override {} // executions are always counted
+    bool getExecutionCountEnabled() override { return true; }
+    void resetExecutionCount() override { m_counts.reset(); }
+    void iterateExecutionCount() override { m_counts.rewind(); }
+    bool getNextExecutionCount(unsigned int& address, unsigned int& count, unsigned int& other) override;
+    // False for a place that is no multiple of four.
+    bool watchControlWord(uint32_t address, ControlWordWatcher* watcher) override;
+
+    // Resets the processor and the peripherals, and the counts of time.
+    virtual void reset();
+    // To be called by the derived class's connect(bool) when its processor is there.
+    virtual void connect();
+    using HMonitor::connect;
+    // The processor: reset it, deliver interrupts, run one instruction and answer its cycles.
+    virtual void checkReset() = 0;
+    virtual void checkIRQ() = 0;
+    virtual unsigned singleStep() = 0;
+    // A processor that needs no checkIRQ may do many steps in one call.
+    virtual bool canRunAhead() const { return false; }
+    virtual void runAhead(MAXQSIMRunAhead&) {}
+
+    int numBreakpoints() const { return m_breakpoints.count(); }
+    unsigned matchedAddress() const { return m_breakpoints.matchedAddress(); }
+    unsigned matchedData() const { return m_breakpoints.matchedData(); }
+    void resetMatched() { m_breakpoints.resetMatched(); }
+
+    QString peripheralFile() const { return m_peripheralFile.propertyValue(); }
+    void setPeripheralFile(const QString& file) { m_peripheralFile.setPropertyValue(file); }
+    bool enablePeripheralFile() const { return m_enablePeripheralFile.toBool(); }
+    void setEnablePeripheralFile(bool on) { m_enablePeripheralFile.setValue(on); }
+    int traceBufferSize() const { return m_traceBufferSize.toInt(); }
+    void setTraceBufferSize(int entries) { m_traceBufferSize.setValue(entries); }
+
+    static const char* ErrorToStr(Error error);
+    // An unknown text is a MiscError.
+    static Error StringToError(const char* text);
+    // Of the pending error.
+    const char* ErrorString() const;
+
+    int getExecutionCountCapabilities() const { return 1; }
+    // In bytes. Throws HException when the range is too large.
+    void setExecutionCountRange(unsigned int base, unsigned int size);
+    void addToExecutionCount(unsigned int address) { m_counts.add(address); }
+    void addToInstructionTrace(unsigned int address, unsigned int data);
+
+    void setMatched(HBreakpoint* b, unsigned int address, unsigned int data)
+    {
+        m_breakpoints.setMatched(b, address, data);
+    }
+    void matchCodeBreakpoint(unsigned int pc) { m_breakpoints.matchCode(pc); }
+    void matchDataBreakPoint(unsigned int address, unsigned int length, unsigned int value, bool read)
+    {
+        m_breakpoints.matchData(address, length, value, read);
+        if (m_breakpoints.matched())
+            interruptRun();
+    }
+    bool matchDataBreakPoint(HBreakpoint* b, unsigned int address, unsigned int length, unsigned int value,
+                             bool read)
+    {
+        return SimulatedBreakpoints::matchesData(b, address, length, value, read);
+    }
+    void matchRegisterBreakpoint(unsigned int number, unsigned int length, unsigned int value, bool read)
+    {
+        m_breakpoints.matchRegister(number, length, value, read);
+    }
+
+protected:
+    // What the processor's callbacks report. The text is for a MiscError.
+    void setPendingError(Error error, unsigned address, const char* text = nullptr);
+    // False when a data access cannot match, so that it need not be looked at.
+    bool watchesData() const { return m_breakpoints.mayMatchData(); }
+    PeripheralSimulator* peripherals() { return m_peripherals.get(); }
+    // Of every write to data memory. The watcher is called behind the instruction, which may write more.
+    void dataWritten(unsigned address, unsigned value)
+    {
+        if ((address & ~3u) == m_controlWord && value != 0) [[unlikely]]
+            controlWordWritten();
+    }
+
+private:
+    enum Action { StopAction, TraceAction };
+
+    // Throws HException while there is no processor.
+    TargetRegisterInterface& processor();
+    void run();
+    void stepAt(unsigned pc);
+    unsigned stepAhead(unsigned maximum);
+    bool endsAfterStep();
+    void interruptRun() { m_ahead.interrupted = true; }
+    void stepWatchingRegisters();
+    void evaluateMatch();
+    bool stopsOnPendingError();
+    void controlWordWritten();
+
+    PropertyClass m_peripheralFileClass;
+    PropertyClass m_enablePeripheralFileClass;
+    PropertyClass m_traceBufferSizeClass;
+    TargetInterfacePropertyValue m_peripheralFile;
+    TargetInterfacePropertyValue m_enablePeripheralFile;
+    TargetInterfacePropertyValue m_traceBufferSize;
+
+    bool m_listAlignmentErrors;
+    bool m_connected = false;
+    bool m_stopped = true;
+    bool m_traceEnabled = false;
+    SimulatedBreakpoints m_breakpoints;
+    SimulatedTrace m_trace;
+    ExecutionCounts m_counts;
+
+    std::bitset<NoError> m_enabledErrors;
+    Error m_pendingError = NoError;
+    unsigned m_pendingErrorAddress = 0;
+    QByteArray m_miscErrorText;
+    QByteArray m_lastErrorText; // of the error that stopped the last run
+    unsigned m_lastErrorAddress = 0;
+
+    static constexpr uint32_t NoControlWord = 1; // no multiple of four
+    uint32_t m_controlWord = NoControlWord;
+    ControlWordWatcher* m_watcher = nullptr;
+    bool m_controlWordWritten = false; // by the current step
+
+    MAXQSIMRunAhead m_ahead{}; // the steps that are being done in one call
+    unsigned m_loopCount = 0;
+    unsigned m_cycleCount = 0;
+    std::unique_ptr<PeripheralSimulator> m_peripherals;
+};

@@ -1,0 +1,317 @@
+// One script world: its objects, its global names, and the machine that runs code in it. Make one, call
+// mkexec, install host objects, then eval source texts; all of them share the global object.
+//
+//     ESContext context;
+//     ESContext::mkexec(nullptr, &context);
+//     ESCompletion result = context.eval("1 + 2");
+//
+// A context belongs to one thread. Nothing that a script made is freed before the context is.
+#pragma once
+
+#include "script/engine/ESClass.h"
+#include "script/engine/ESException.h"
+#include "script/engine/ESObject.h"
+#include "script/engine/ESStringPool.h"
+#include "script/engine/ESValue.h"
+#include "script/engine/limits.h"
+
+#include <QString>
+#include <memory>
+#include <set>
+#include <tuple>
+#include <vector>
+
+class ESCode;
+class ESNativeError;
+class ESNativeGlobal;
+struct ESFrame;
+
+// What came of an eval: a normal end with the value of the last statement, or a thrown value.
+struct ESCompletion {
+    enum Type { Normal = 0, Thrown = 4 };
+    Type type = Normal;
+    ESValue value;
+    QString text; // of a thrown Error its message, of another thrown value its text
+};
+
+// Something in a source that is accepted and yet surely not what its author meant.
+struct ESWarning {
+    QString file; // as given to eval
+    int line;
+    QString text;
+    bool operator==(const ESWarning&) const = default;
+    bool operator<(const ESWarning& other) const
+    {
+        return std::tie(line, file, text) < std::tie(other.line, other.file, other.text);
+    }
+};
+
+class ESContext {
+public:
+    // How often carryOnExecuting is asked. A plain ESContext, whose answer is known, is never asked.
+    enum class Ask {
+        EachInstruction, // before every instruction
+        NowAndThen       // every ESLimits::HookStride jumps and calls; costs next to nothing
+    };
+    explicit ESContext(Ask ask = Ask::EachInstruction);
+    virtual ~ESContext();
+    ESContext(const ESContext&) = delete;
+    ESContext& operator=(const ESContext&) = delete;
+
+    // Builds the native classes, their objects and the stack. A null global object has one made.
+    static void mkexec(ESObject* global, ESContext* context);
+
+    // False ends all running code at once; the eval then completes normally, and stopped() tells.
+    virtual bool carryOnExecuting();
+    bool stopped() const { return m_stopped; }
+    // For natives that loop over a length: asks as the machine does.
+    bool keepGoing();
+
+    // Compiles and runs one source text. Script exceptions become a completion; ESFatalError and
+    // whatever host calls throw pass through. In every case the machine's state is afterwards what it was
+    // before. The file name is for warnings only.
+    ESCompletion eval(const QString& source, const QString& file = QString());
+    // Runs code at top level and returns its value.
+    ESValue exec(ESCode* code);
+    // The warnings of all compilations since the last call, but for those that were answered before.
+    std::vector<ESWarning> takeWarnings();
+    void addWarning(int line, const QString& text);
+
+    // The instruction loop, for code whose frame is the newest one; the result is in A.
+    void estmt(ESCode* code);
+
+    // Calls a function object. The first form takes the top `argc` stack values for arguments, removes
+    // them, and leaves the result in accumulator(); the second is for native callers.
+    void call(ESObject* function, ESObject* self, int argc);
+    void call(ESObject* function, ESObject* self, int argc, const ESValue* argv, ESValue* result);
+    ESObject* construct(ESObject* function, int argc, const ESValue* argv);
+    const ESValue& accumulator() const { return m_A; }
+
+    // Throws ESException with a new object of the given error constructor, whose message is
+    // "line N: TEXT" with the line of the instruction being run.
+    [[noreturn]] void throwException(ESObject* errorConstructor, const QString& text);
+    [[noreturn]] void throwError(const QString& text);
+    [[noreturn]] void throwTypeError(const QString& text);
+    [[noreturn]] void throwRangeError(const QString& text);
+    [[noreturn]] void throwSyntaxError(int line, const QString& text);
+    int errorLine() const;
+
+    // Objects from the free list, which addChunk fills.
+    ESObject* mkobj();
+    ESObject* mkobj(ESObject* prototype, ESClass* cls);
+    ESObject* mkobj(ESObject* prototype, ESClass* cls, const ESValue& internal);
+    ESObject* mkobj(ESObject* prototype, ESClosure* call, ESClosure* construct, ESClass* cls);
+    void addChunk();
+    ESClosure* mkclosure(int formalCount);
+    ESObject* mkplain() { return mkobj(m_objectPrototype, m_objectClass.get()); }
+    // A function object with its own `prototype` object.
+    ESObject* mkfunction(ESCode* code, ESObject* scope);
+    ESObject* newObject(ESObject* function, int argc, const ESValue* argv);
+    ESObject* newArray(int length, const ESValue* values);
+
+    // Make a property with the object's own `put` and give it the attributes.
+    void valinstant(ESObject* object, unsigned attributes, ESString* name, const ESValue& value);
+    void varinstant(ESObject* object, unsigned attributes, ESString* name, const ESValue& value);
+    void fvarinstant(ESObject* object, unsigned attributes, ESString* name, ESObject* function);
+
+    // Property access through the object's class.
+    ESValue get(ESObject* object, ESString* name)
+    {
+        return object->cls->access() == ESClass::Access::Own ? object->cls->get(this, object, name)
+                                                             : plainGet(object, name);
+    }
+    void put(ESObject* object, ESString* name, const ESValue& value)
+    {
+        if (object->cls->access() == ESClass::Access::Plain)
+            plainPut(object, name, value);
+        else
+            object->cls->put(this, object, name, value);
+    }
+    ESValue getIndex(ESObject* object, unsigned index);
+    // What ESClass does itself.
+    static ESValue plainGet(ESObject* object, ESString* name)
+    {
+        for (; object; object = object->prototype)
+            if (ESProperty* slot = object->find(name))
+                return slot->value();
+        return g_undefined;
+    }
+    static void plainPut(ESObject* object, ESString* name, const ESValue& value);
+
+    // Tests and changes past the object's class.
+    static bool hasProperty(ESObject* object, ESString* name);
+    static bool hasOwnProperty(ESObject* object, ESString* name) { return object->find(name); }
+    static bool propertyIsEnumerable(ESObject* object, ESString* name);
+    static bool deleteProperty(ESObject* object, ESString* name);
+    static bool deleteProperty(ESObject* object, unsigned index);
+    static bool isPrototypeOf(ESObject* object, const ESValue& value);
+
+    // Names along the scope chain, the global object last. dynamicGet answers the object that held it.
+    ESObject* dynamicGet(ESString* name, ESValue& value);
+    void dynamicPut(ESString* name, const ESValue& value);
+    bool dynamicDelete(ESString* name);
+
+    // Conversions. The hints of the primitive ones are type tags: 3 number, 4 string, 6 none.
+    enum Hint { NumberHint = 3, StringHint = 4, NoHint = 6 };
+    static bool toBoolean(const ESValue& value);
+    static ESValue es_not(const ESValue& value) { return ESValue::boolean(!toBoolean(value)); }
+    static bool identical(const ESValue& a, const ESValue& b);
+    bool equal(ESValue a, ESValue b);
+    bool less(const ESValue& a, const ESValue& b);
+    bool lessOrEqual(const ESValue& a, const ESValue& b);
+    QString toString(const ESValue& value, int radix = 10);
+    ESString* toEString(const ESValue& value);
+    double ToNumber(const ESValue& value)
+    {
+        return value.isNumber() ? value.number() : convertToNumber(value);
+    }
+    void hardToNumber(ESValue& value) { value = ESValue(convertToNumber(value)); }
+    static int32_t toInt32(double number) { return int32_t(toUint32(number)); }
+    static uint32_t toUint32(double number)
+    {
+        // Truncation to 64 bits is the sign times the floor of the magnitude; its low half is the remainder.
+        if (number > -9.2e18 && number < 9.2e18)
+            return uint32_t(int64_t(number));
+        return hugeToUint32(number);
+    }
+    int32_t toInt32(const ESValue& value) { return toInt32(ToNumber(value)); }
+    uint32_t toUint32(const ESValue& value) { return toUint32(ToNumber(value)); }
+    uint16_t toUint16(const ESValue& value) { return uint16_t(toUint32(value)); }
+    double toInteger(const ESValue& value);
+    ESObject* ToObject(const ESValue& value)
+    {
+        return value.isObject() ? value.object() : convertToObject(value);
+    }
+    void hardToObject(ESValue& value) { value = ESValue(convertToObject(value)); }
+    void hardToPrimitive(ESValue& value, int hint);
+    void defaultValue(ESObject* object, int hint, ESValue* result);
+    void coerceToVal(ESValue& value, int hint)
+    {
+        if (value.isObject())
+            hardToPrimitive(value, hint);
+    }
+    void coerceToObj(ESValue& value)
+    {
+        if (!value.isObject())
+            hardToObject(value);
+    }
+    ESValue CoerceToVal(ESValue value, int hint) { return coerceToVal(value, hint), value; }
+    ESValue CoerceToObj(ESValue value) { return coerceToObj(value), value; }
+    // The operators of the machine on any two values.
+    ESValue binary(int opcode, const ESValue& left, const ESValue& right);
+    ESValue add(ESValue left, ESValue right);
+    static ESString* numberToEString(double number);
+
+    // Arrays for host code. The to... forms raise "array argument expected" for another value.
+    ESObject* fromByteArray(const unsigned char* data, unsigned count);
+    ESObject* fromUint16Array(const unsigned short* data, unsigned count);
+    ESObject* fromUint32Array(const unsigned long* data, unsigned count);
+    ESObject* fromWordArray(const unsigned* data, unsigned count);
+    std::unique_ptr<unsigned char[]> toByteArray(const ESValue& value, unsigned& count);
+    std::unique_ptr<unsigned short[]> toUint16Array(const ESValue& value, unsigned& count);
+    std::unique_ptr<unsigned long[]> toUint32Array(const ESValue& value, unsigned& count);
+    std::unique_ptr<unsigned[]> toWordArray(const ESValue& value, unsigned& count);
+
+    bool isarray(const ESValue& v) const { return v.isObject() && v.object()->cls == m_arrayClass.get(); }
+    bool isstrobj(const ESValue& v) const { return v.isObject() && v.object()->cls == m_stringClass.get(); }
+    bool isnumobj(const ESValue& v) const { return v.isObject() && v.object()->cls == m_numberClass.get(); }
+    bool isboolobj(const ESValue& v) const { return v.isObject() && v.object()->cls == m_booleanClass.get(); }
+    bool isdateobj(const ESValue& v) const { return v.isObject() && v.object()->cls == m_dateClass.get(); }
+    // An object of Error or one of its kinds.
+    bool iserrorobj(const ESValue& v) const;
+
+    ESObject* globalObject() const { return m_global; }
+    ESObject* objectPrototype() const { return m_objectPrototype; }
+    ESObject* functionPrototype() const { return m_functionPrototype; }
+    ESObject* stringPrototype() const { return m_stringPrototype; }
+    ESObject* numberPrototype() const { return m_numberPrototype; }
+    ESObject* booleanPrototype() const { return m_booleanPrototype; }
+    ESObject* arrayPrototype() const { return m_arrayPrototype; }
+    ESObject* datePrototype() const { return m_datePrototype; }
+    ESClass* objectClass() const { return m_objectClass.get(); }
+    ESClass* functionClass() const { return m_functionClass.get(); }
+    ESClass* arrayClass() const { return m_arrayClass.get(); }
+    ESNativeGlobal* globalClass() const { return m_globalClass.get(); }
+    ESNativeError* error() const { return m_errorClass.get(); }
+
+    // All functions ever compiled, for the whole process; CLOSURE carries the index.
+    static int registerFunctionCode(std::unique_ptr<ESCode> code);
+    static ESCode* functionCode(int index);
+    // Frees it, for a process that goes through many contexts. No context may be alive.
+    static void forgetFunctionCode();
+
+private:
+    friend class ESNativeClasses;
+    struct StateGuard;
+    struct NativeLevel;
+    template <bool Strict> ESValue run();
+    bool strict() const;
+    bool askToGoOn();
+    ESValue abandon(int entry);
+    void enter(ESObject* function, ESCode* code, ESObject* scope, ESObject* self, int argc, bool entry,
+               ESObject* made = nullptr);
+    ESObject* makeArguments(ESObject* function, const ESValue* argv, int argc);
+    ESObject* receiver(const ESValue& value, ESObject* function);
+    ESValue memberOf(const ESValue& value, ESString* name);
+    void pushActivation(ESCode* code, const ESValue* argv, int argc);
+    void putElement(ESObject* object, ESString* name, const ESValue& value);
+    void padArguments(int formalCount, int& argc);
+    void checkSpace(int slots) const;
+    ESObject* newInstance(ESObject* function);
+    ESObject* enumerate(ESObject* object);
+    ESValue getByKey(const ESValue& object, const ESValue& key);
+    void putByKey(const ESValue& object, const ESValue& key, const ESValue& value);
+    ESValue incrementMember(const ESValue& object, const ESValue& key, int delta, bool post);
+    ESValue incrementDynamic(ESString* name, int delta, bool post);
+    ESObject* callee(const ESValue& value);
+    double convertToNumber(const ESValue& value);
+    ESObject* convertToObject(const ESValue& value);
+    static uint32_t hugeToUint32(double number);
+    template <typename Out> std::unique_ptr<Out[]> toBuffer(const ESValue& value, unsigned& count);
+    template <typename In> ESObject* fromBuffer(const In* data, unsigned count);
+
+    ESValue m_A;
+    std::unique_ptr<ESValue[]> m_stack;
+    ESValue* m_sp = nullptr;    // next free slot
+    ESValue* m_limit = nullptr; // behind the last usable slot
+    ESObject* m_scope = nullptr;
+    ESObject* m_objectPrototype = nullptr;
+    ESObject* m_functionPrototype = nullptr;
+    ESObject* m_stringPrototype = nullptr;
+    ESObject* m_numberPrototype = nullptr;
+    ESObject* m_booleanPrototype = nullptr;
+    ESObject* m_arrayPrototype = nullptr;
+    ESObject* m_datePrototype = nullptr;
+    ESObject* m_global = nullptr;
+    // Receivers for native methods of strings and numbers that are called on a primitive.
+    ESObject* m_stringReceiver = nullptr;
+    ESObject* m_numberReceiver = nullptr;
+    ESObject* m_self = nullptr;
+
+    // Frames of the running functions, oldest first; a frame's first slot is that of its arguments.
+    std::unique_ptr<ESFrame[]> m_frames;
+    int m_frameCount = 0;
+    int m_nativeLevel = 0;
+    int m_budget = ESLimits::HookStride;
+    Ask m_ask;
+    bool m_stopped = false;
+    int m_evalDepth = 0;
+    int m_errorLine = 0; // of the last compile error; a running frame knows its own
+
+    std::unique_ptr<ESNativeGlobal> m_globalClass;
+    std::unique_ptr<ESClass> m_arrayClass, m_functionClass;
+    std::unique_ptr<ESNativeError> m_errorClass, m_evalErrorClass, m_rangeErrorClass, m_referenceErrorClass,
+        m_syntaxErrorClass, m_typeErrorClass;
+    std::unique_ptr<ESClass> m_numberClass, m_stringClass, m_booleanClass, m_dateClass, m_objectClass,
+        m_mathClass, m_activationClass;
+
+    ESObject* m_freeObjects = nullptr;
+    ESObject* m_allObjects = nullptr;
+    std::vector<std::unique_ptr<ESObject[]>> m_chunks;
+    std::vector<std::unique_ptr<ESClosure[]>> m_closureChunks;
+    int m_closuresLeft = 0;
+
+    QString m_sourceFile;
+    std::vector<ESWarning> m_warnings; // not taken yet
+    std::set<ESWarning> m_warned;
+};

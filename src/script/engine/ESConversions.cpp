@@ -1,0 +1,309 @@
+// Conversions between the types of values, and the operators on values of any type.
+#include "script/engine/ESCode.h"
+#include "script/engine/ESContext.h"
+#include "script/engine/ESNumberText.h"
+
+#include <charconv>
+#include <cmath>
+
+namespace {
+
+QString textOf(const ESValue& value)
+{
+    return value.type() == ESValue::String ? value.string()->text() : *value.text();
+}
+
+ESString* interned(const ESValue& value)
+{
+    return value.type() == ESValue::String ? value.string() : ESStringPool::intern(*value.text());
+}
+
+// A double as text: whole numbers as 64-bit integers in the radix, beyond that clamped; others with six
+// significant digits.
+QByteArray formatNumber(double number, int radix)
+{
+    char buffer[80];
+    char* end = buffer + sizeof buffer;
+    if (std::isnan(number))
+        return "NaN";
+    if (std::isinf(number))
+        return number < 0 ? "-Infinity" : "Infinity";
+    if (number != std::trunc(number)) {
+        auto result = std::to_chars(buffer, end, number, std::chars_format::general, 6);
+        return QByteArray(buffer, qsizetype(result.ptr - buffer));
+    }
+    if (radix < 2 || radix > 36)
+        radix = 10;
+    constexpr double TwoTo63 = 9223372036854775808.0;
+    char* at = buffer;
+    double magnitude = std::fabs(number);
+    uint64_t whole;
+    if (magnitude < TwoTo63)
+        whole = uint64_t(magnitude);
+    else if (radix == 10)
+        whole = number < 0 ? uint64_t(1) << 63 : (uint64_t(1) << 63) - 1;
+    else
+        whole = magnitude < 2 * TwoTo63 ? uint64_t(magnitude) : ~uint64_t(0);
+    if (number < 0)
+        *at++ = '-';
+    auto result = std::to_chars(at, end, whole, radix);
+    return QByteArray(buffer, qsizetype(result.ptr - buffer));
+}
+
+double parseNumber(QStringView text)
+{
+    QStringView stripped = text.trimmed();
+    if (stripped.isEmpty())
+        return 0;
+    bool ok = false;
+    if (stripped.startsWith(u"0x", Qt::CaseInsensitive)) {
+        // The sign that the conversion would take behind the prefix is no digit.
+        QStringView digits = stripped.mid(2);
+        unsigned long value = 0;
+        if (!digits.isEmpty() && digits[0] != u'-' && digits[0] != u'+')
+            value = digits.toULong(&ok, 16);
+        return ok ? double(value) : NaN;
+    }
+    bool negative = stripped[0] == u'-';
+    QStringView magnitude = negative || stripped[0] == u'+' ? stripped.mid(1) : stripped;
+    double value = Infinity;
+    if (magnitude != u"Infinity" && !decimalToNumber(magnitude, value))
+        return NaN;
+    return negative ? -value : value;
+}
+
+} // namespace
+
+bool ESContext::toBoolean(const ESValue& value)
+{
+    switch (value.type()) {
+    case ESValue::Undefined:
+    case ESValue::Null: return false;
+    case ESValue::Boolean:
+    case ESValue::Number: return value.number() != 0 && !std::isnan(value.number());
+    case ESValue::Text: return !value.text()->isEmpty();
+    case ESValue::String: return value.string()->length() > 0;
+    case ESValue::Object: return true;
+    default: throw ESFatalError("bad type in toBoolean");
+    }
+}
+
+bool ESContext::identical(const ESValue& a, const ESValue& b)
+{
+    if (a.isString() && b.isString()) {
+        if (a.type() == ESValue::String && b.type() == ESValue::String)
+            return a.string() == b.string();
+        return textOf(a) == textOf(b);
+    }
+    if (a.type() != b.type())
+        return false;
+    switch (a.type()) {
+    case ESValue::Undefined:
+    case ESValue::Null: return true;
+    case ESValue::Boolean:
+    case ESValue::Number: return a.number() == b.number();
+    default: return a.bits() == b.bits();
+    }
+}
+
+bool ESContext::equal(ESValue a, ESValue b)
+{
+    for (;;) {
+        if (a.type() == b.type() || (a.isString() && b.isString()))
+            return identical(a, b);
+        bool aNone = a.isUndefined() || a.isNull();
+        bool bNone = b.isUndefined() || b.isNull();
+        if (aNone || bNone)
+            return aNone && bNone;
+        if (a.isBoolean() || (a.isString() && b.isNumber()))
+            hardToNumber(a);
+        else if (b.isBoolean() || (b.isString() && a.isNumber()))
+            hardToNumber(b);
+        else if (a.isObject())
+            hardToPrimitive(a, NoHint);
+        else if (b.isObject())
+            hardToPrimitive(b, NoHint);
+        else
+            return false;
+    }
+}
+
+bool ESContext::less(const ESValue& left, const ESValue& right)
+{
+    ESValue a = CoerceToVal(left, NumberHint);
+    ESValue b = CoerceToVal(right, NumberHint);
+    if (a.isString() && b.isString())
+        return textOf(a) < textOf(b);
+    double l = ToNumber(a);
+    return l < ToNumber(b);
+}
+
+bool ESContext::lessOrEqual(const ESValue& left, const ESValue& right)
+{
+    ESValue a = CoerceToVal(left, NumberHint);
+    ESValue b = CoerceToVal(right, NumberHint);
+    if (a.isString() && b.isString())
+        return textOf(a) <= textOf(b);
+    double l = ToNumber(a);
+    return l <= ToNumber(b);
+}
+
+ESString* ESContext::numberToEString(double number)
+{
+    if (number >= 0 && number <= 4294967295.0) {
+        unsigned whole = unsigned(number);
+        if (whole == number)
+            return ESStringPool::number(whole);
+    }
+    QByteArray text = formatNumber(number, 10);
+    return ESStringPool::intern(text.constData());
+}
+
+QString ESContext::toString(const ESValue& value, int radix)
+{
+    switch (value.type()) {
+    case ESValue::Undefined: return g_undefinedString->text();
+    case ESValue::Null: return g_nullString->text();
+    case ESValue::Boolean: return (value.bits() ? g_trueString : g_falseString)->text();
+    case ESValue::Number: return QString::fromLatin1(formatNumber(value.number(), radix));
+    case ESValue::Text: return *value.text();
+    case ESValue::String: return value.string()->text();
+    case ESValue::Object: {
+        ESValue primitive = value;
+        hardToPrimitive(primitive, StringHint);
+        return toString(primitive, radix);
+    }
+    default: throw ESFatalError("unknown type in toString");
+    }
+}
+
+ESString* ESContext::toEString(const ESValue& value)
+{
+    switch (value.type()) {
+    case ESValue::String: return value.string();
+    case ESValue::Number: return numberToEString(value.number());
+    case ESValue::Object: {
+        ESValue primitive = value;
+        hardToPrimitive(primitive, StringHint);
+        return toEString(primitive);
+    }
+    default: return ESStringPool::intern(toString(value, 10));
+    }
+}
+
+double ESContext::convertToNumber(const ESValue& value)
+{
+    switch (value.type()) {
+    case ESValue::Undefined: return NaN;
+    case ESValue::Null: return 0;
+    case ESValue::Boolean:
+    case ESValue::Number: return value.number();
+    case ESValue::Text:
+    case ESValue::String: return parseNumber(textOf(value));
+    case ESValue::Object: {
+        ESValue primitive = value;
+        hardToPrimitive(primitive, NumberHint);
+        return convertToNumber(primitive);
+    }
+    default: throw ESFatalError("bad type in toNumber");
+    }
+}
+
+uint32_t ESContext::hugeToUint32(double number)
+{
+    if (std::isnan(number) || std::isinf(number))
+        return 0;
+    double low = std::fmod(std::trunc(number), 4294967296.0);
+    return uint32_t(int64_t(low));
+}
+
+double ESContext::toInteger(const ESValue& value)
+{
+    double number = ToNumber(value);
+    return std::isnan(number) ? 0 : std::trunc(number);
+}
+
+ESObject* ESContext::convertToObject(const ESValue& value)
+{
+    switch (value.type()) {
+    case ESValue::Undefined: throwTypeError(QStringLiteral("can't convert undefined to an object"));
+    case ESValue::Null: throwTypeError(QStringLiteral("can't convert null to an object"));
+    case ESValue::Boolean: return mkobj(m_booleanPrototype, m_booleanClass.get(), value);
+    case ESValue::Number: return mkobj(m_numberPrototype, m_numberClass.get(), value);
+    case ESValue::Text:
+    case ESValue::String: return mkobj(m_stringPrototype, m_stringClass.get(), ESValue(interned(value)));
+    case ESValue::Object: return value.object();
+    default: throw ESFatalError("unknown type in toObject");
+    }
+}
+
+void ESContext::hardToPrimitive(ESValue& value, int hint)
+{
+    if (!value.isObject())
+        return;
+    if (value.object() == m_global) {
+        value = ESValue(ESStringPool::intern("[object global]"));
+        return;
+    }
+    ESValue result;
+    defaultValue(value.object(), hint, &result);
+    if (result.isObject())
+        throw ESFatalError("bad type in toPrimitive");
+    value = result;
+}
+
+void ESContext::defaultValue(ESObject* object, int hint, ESValue* result)
+{
+    bool textFirst = hint == StringHint || (hint == NoHint && object->cls == m_dateClass.get());
+    ESString* order[] = {textFirst ? g_toStringString : g_valueOfString,
+                         textFirst ? g_valueOfString : g_toStringString};
+    for (ESString* name : order) {
+        ESValue method = get(object, name);
+        if (!method.isObject() || !method.object()->call)
+            continue;
+        ESValue answer;
+        call(method.object(), object, 0, nullptr, &answer);
+        if (!answer.isUndefined() && !answer.isObject()) {
+            *result = answer;
+            return;
+        }
+        // A stopped script answers nothing any more; there is no fault in that.
+        if (m_stopped) {
+            *result = g_undefined;
+            return;
+        }
+    }
+    throwTypeError(QStringLiteral("type error: no default value"));
+}
+
+ESValue ESContext::add(ESValue left, ESValue right)
+{
+    coerceToVal(left, NoHint);
+    coerceToVal(right, NoHint);
+    if (left.isString() || right.isString()) {
+        ESString* head = toEString(left);
+        return ESValue(ESStringPool::concat(head, toEString(right)));
+    }
+    double l = ToNumber(left);
+    return ESValue(l + ToNumber(right));
+}
+
+ESValue ESContext::binary(int opcode, const ESValue& left, const ESValue& right)
+{
+    if (opcode == VM_ADD)
+        return add(left, right);
+    double l = ToNumber(left);
+    double r = ToNumber(right);
+    switch (opcode) {
+    case VM_SUB: return ESValue(l - r);
+    case VM_MUL: return ESValue(l * r);
+    case VM_DIV: return ESValue(l / r);
+    case VM_MOD: return ESValue(std::fmod(l, r));
+    case VM_BITAND: return ESValue(double(toInt32(l) & toInt32(r)));
+    case VM_BITOR: return ESValue(double(toInt32(l) | toInt32(r)));
+    case VM_BITXOR: return ESValue(double(toInt32(l) ^ toInt32(r)));
+    case VM_SHL: return ESValue(double(int32_t(toUint32(l) << (toUint32(r) & 31))));
+    case VM_SHR: return ESValue(double(toInt32(l) >> (toUint32(r) & 31)));
+    default: return ESValue(double(toUint32(l) >> (toUint32(r) & 31)));
+    }
+}

@@ -1,0 +1,10 @@
+#include "script/host/ScriptSystem.h"
+
+ScriptSystem* scriptSystem = nullptr;
+
+ScriptSystem::~ScriptSystem() = default;
+
+QStringList ScriptSystem::executeWithResult(const QString&)
+{
+    return {};
+}

@@ -1,0 +1,24 @@
+#include "script/native/ESNative.h"
+
+void ESNative::badCall(ESContext* context)
+{
+    context->throwError(QStringLiteral("bad signature in builtin call"));
+}
+
+void ESNative::call(ESContext* context, ESObject*, ESObject*, int, ESValue*)
+{
+    badCall(context);
+}
+
+ESObject* ESNative::construct(ESContext* context, ESObject*, int, ESValue*)
+{
+    context->throwError(QStringLiteral("bad signature in builtin construct"));
+}
+
+ESObject* ESNative::installConstructor(ESContext* context, const Builtin& row, ESObject* prototype)
+{
+    ESObject* function = mkbiobj(context, row, prototype, this);
+    context->fvarinstant(context->globalObject(), ESProperty::DontEnum, ESStringPool::intern(row.name),
+                         function);
+    return function;
+}

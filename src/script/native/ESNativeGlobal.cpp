@@ -1,0 +1,152 @@
+#include "script/native/ESNativeGlobal.h"
+
+#include "script/engine/ESNumberText.h"
+
+#include <QFile>
+#include <cmath>
+
+namespace {
+
+enum { Eval = 1, ParseInt, ParseFloat, IsNaN, IsFinite, Load };
+
+constexpr Builtin members[] = {
+    {"eval", "eval", 1, false, Eval},
+    {"parseInt", "parseInt", 2, false, ParseInt},
+    {"parseFloat", "parseFloat", 1, false, ParseFloat},
+    {"isNaN", "isNaN", 1, false, IsNaN},
+    {"isFinite", "isFinite", 1, false, IsFinite},
+    {"load", "load", 1, false, Load},
+};
+
+int digitOf(QChar c)
+{
+    char16_t u = c.unicode();
+    if (u >= '0' && u <= '9')
+        return u - '0';
+    if (u >= 'a' && u <= 'z')
+        return u - 'a' + 10;
+    if (u >= 'A' && u <= 'Z')
+        return u - 'A' + 10;
+    return 99;
+}
+
+// The number that the text starts with; NaN when it starts with none.
+double parseInt(const QString& source, int radix)
+{
+    QString text = source.trimmed();
+    int at = 0;
+    double sign = 1;
+    if (at < text.size() && (text[at] == '-' || text[at] == '+'))
+        sign = text[at++] == '-' ? -1 : 1;
+    if (radix != 0 && (radix < 2 || radix > 36))
+        return NaN;
+    bool prefix = QStringView(text).mid(at).startsWith(u"0x", Qt::CaseInsensitive);
+    if (prefix && (radix == 0 || radix == 16)) {
+        at += 2;
+        radix = 16;
+    }
+    if (radix == 0)
+        radix = 10;
+    int start = at;
+    while (at < text.size() && digitOf(text[at]) < radix)
+        ++at;
+    if (at == start)
+        return NaN;
+    double value = 0;
+    if (radix == 10) {
+        decimalToNumber(QStringView(text).mid(start, at - start), value);
+        return sign * value;
+    }
+    for (int i = start; i < at; ++i)
+        value = value * radix + digitOf(text[i]);
+    return sign * value;
+}
+
+double parseFloat(const QString& source)
+{
+    QString text = source.trimmed();
+    auto isDigit = [&](int at) { return at < text.size() && digitOf(text[at]) < 10; };
+    bool negative = text.startsWith('-');
+    const int start = negative || text.startsWith('+') ? 1 : 0;
+    if (QStringView(text).mid(start).startsWith(u"Infinity"))
+        return negative ? -Infinity : Infinity;
+    int at = start;
+    while (isDigit(at))
+        ++at;
+    if (at < text.size() && text[at] == '.')
+        for (++at; isDigit(at);)
+            ++at;
+    if (at < text.size() && (text[at] == 'e' || text[at] == 'E')) {
+        int exponent = at + 1;
+        if (exponent < text.size() && (text[exponent] == '-' || text[exponent] == '+'))
+            ++exponent;
+        if (isDigit(exponent))
+            for (at = exponent; isDigit(at);)
+                ++at;
+    }
+    double value;
+    if (!decimalToNumber(QStringView(text).mid(start, at - start), value))
+        return NaN;
+    return negative ? -value : value;
+}
+
+} // namespace
+
+ESNativeGlobal::ESNativeGlobal() : ESNative("global") {}
+
+void ESNativeGlobal::install(ESContext* context)
+{
+    ESObject* global = context->globalObject();
+    constexpr unsigned attributes = ESProperty::DontEnum | ESProperty::DontDelete;
+    context->valinstant(global, attributes, ESStringPool::intern("NaN"), ESValue(NaN));
+    context->valinstant(global, attributes, ESStringPool::intern("Infinity"), ESValue(Infinity));
+    context->valinstant(global, attributes, g_undefinedString, g_undefined);
+    installMembers(context, global, members);
+}
+
+bool ESNativeGlobal::evalFromFile(ESContext* context, const QString& name)
+{
+    QFile file(name);
+    if (!file.open(QIODevice::ReadOnly))
+        return false;
+    QByteArray bytes = file.read(ESLimits::StringLength + 1);
+    file.close();
+    context->eval(QString::fromUtf8(bytes), name);
+    return true;
+}
+
+bool ESNativeGlobal::load(ESContext* context, const QString& name)
+{
+    if (evalFromFile(context, name))
+        return true;
+    // By index: a loaded script may add to the path.
+    for (qsizetype i = 0; i < m_loadPath.size(); ++i)
+        if (evalFromFile(context, m_loadPath[i] + QLatin1Char('/') + name))
+            return true;
+    return false;
+}
+
+void ESNativeGlobal::call(ESContext* context, ESObject* function, ESObject*, int argc, ESValue* argv)
+{
+    ESValue argument = biarg(argc, argv, 0);
+    switch (function->builtinId) {
+    case Eval:
+        if (argument.isString()) {
+            ESCompletion completion = context->eval(context->toString(argument));
+            argv[0] = completion.type == ESCompletion::Normal ? completion.value : g_undefined;
+        } else {
+            argv[0] = argument;
+        }
+        return;
+    case ParseInt: {
+        QString text = context->toString(argument);
+        argv[0] = ESValue(parseInt(text, context->toInt32(biarg(argc, argv, 1))));
+        return;
+    }
+    case ParseFloat: argv[0] = ESValue(parseFloat(context->toString(argument))); return;
+    case IsNaN: argv[0] = ESValue::boolean(std::isnan(context->ToNumber(argument))); return;
+    case IsFinite: argv[0] = ESValue::boolean(std::isfinite(context->ToNumber(argument))); return;
+    case Load: argv[0] = ESValue::boolean(load(context, context->toString(argument, 10))); return;
+    default: badCall(context);
+    }
+}
