@@ -10,16 +10,6 @@ constexpr char Expressions[] = "evaluate expressions";
 
 } // namespace
 
-void ZOFFDebugger::setDisassemblyExecution(bool)
-{
-    notInThisVersion("show what was executed in disassembly");
-}
-
-void ZOFFDebugger::dumpMemory(const QString&, uint32_t, unsigned, QStringList&)
-{
-    notInThisVersion("show memory as text");
-}
-
 DebuggerBreakpoint* ZOFFDebugger::setBreakpoint(const ExpressionContext&, const QString&, const QString&, int,
                                                 bool, bool, const QString&, const QString&)
 {

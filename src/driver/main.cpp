@@ -68,7 +68,10 @@ int main(int argc, char** argv)
         projectSystem = new MAXQ30ProjectSystem;
         buildSystem = new MAXQ30BuildSystem(QStringList());
         macroSystem.setSystemMacro(QStringLiteral("Platform"), QStringLiteral("maxq30"));
-        debugger = new MAXQ30Debugger(&System::instance()->loader());
+        auto* processorDebugger = new MAXQ30Debugger(&System::instance()->loader());
+        processorDebugger->setMaximumCalls(
+            environment->findProperty(QStringLiteral("Environment/Debugger/Maximum Backtrace Calls"))->toInt());
+        debugger = processorDebugger;
         System::instance()->setProgramName(QStringLiteral("Loader"));
         int status = System::instance()->exec(argc, argv);
         delete environment;

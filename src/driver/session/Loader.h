@@ -3,7 +3,7 @@
 // user.
 #pragma once
 
-#include "debug/DebuggerHelperFunctions.h"
+#include "debug/monitor/DebuggerHelperFunctions.h"
 #include "loadfile/LoadFileList.h"
 #include "support/Path.h"
 #include "target/TargetInterface.h"
