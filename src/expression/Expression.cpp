@@ -3,8 +3,6 @@
 #include "expression/ExpressionParser.h"
 #include "expression/ParserException.h"
 
-#include <ranges>
-
 namespace {
 
 // The marker that an operation asks for; throws the text when the value is none.
@@ -41,8 +39,8 @@ ExpressionType ChainExpression::evaluate() const
     const Expression* innermost = nullptr;
     std::vector<const ChainExpression*> chain = links(innermost);
     ExpressionType value = innermost->evaluate();
-    for (const ChainExpression* link : std::views::reverse(chain))
-        value = link->apply(std::move(value));
+    for (auto link = chain.rbegin(); link != chain.rend(); ++link)
+        value = (*link)->apply(std::move(value));
     return value;
 }
 
@@ -54,8 +52,8 @@ QString ChainExpression::dump() const
     for (const ChainExpression* link : chain)
         text += u'(' + link->dumpOperator() + u' ';
     text += innermost->dump();
-    for (const ChainExpression* link : std::views::reverse(chain))
-        text += u' ' + link->dumpOthers() + u')';
+    for (auto link = chain.rbegin(); link != chain.rend(); ++link)
+        text += u' ' + (*link)->dumpOthers() + u')';
     return text;
 }
 
