@@ -18,11 +18,6 @@
 
 #include <strings.h>
 
-TargetInterfaceHelperFunctions* targetInterfaceHelperFunctions()
-{
-    return &System::instance()->loader();
-}
-
 System* System::instance()
 {
     static System* system = new System;

@@ -12,6 +12,8 @@
 #include "project/SolutionLoadError.h"
 #include "support/HException.h"
 #include "support/QTx.h"
+#include "target/download/TargetInterfaceHelperFunctions.h"
+#include "zoff/ZOFFLoadFileFactory.h"
 
 #include <QCoreApplication>
 #include <QRegularExpression>
@@ -58,12 +60,17 @@ int main(int argc, char** argv)
     QTx::setApplicationPath(argc > 0 ? argv[0] : "qburn", 1);
     QCoreApplication application(argc, argv);
     report = new Reporter{argc > 0 ? argv[0] : "qburn", std::cerr};
+    ZOFFLoadFileFactory loadFileFactory;
+    LoadFileFactory::install(loadFileFactory);
+    MAXQ30TargetInterfaceFactory targetFactory;
+    TargetInterfaceFactory::install(targetFactory);
     try {
         environment = new EnvironmentSettings;
         environment->createEntries();
         projectSystem = new MAXQ30ProjectSystem;
         buildSystem = new MAXQ30BuildSystem(QStringList());
         macroSystem.setSystemMacro(QStringLiteral("Platform"), QStringLiteral("maxq30"));
+        installTargetInterfaceHelperFunctions(System::instance()->loader());
         debugger = new MAXQ30Debugger(&System::instance()->loader());
         System::instance()->setProgramName(QStringLiteral("Loader"));
         int status = System::instance()->exec(argc, argv);

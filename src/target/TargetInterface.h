@@ -9,7 +9,7 @@
 #include "project/PropertyClass.h"
 #include "script/engine/ESClass.h"
 #include "support/AddressRanges.h"
-#include "target/TargetInterfaceHelperFunctions.h"
+#include "target/download/TargetInterfaceHelperFunctions.h"
 #include "target/TargetInterfacePropertyValue.h"
 
 #include <QString>

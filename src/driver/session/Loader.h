@@ -7,7 +7,7 @@
 #include "loadfile/LoadFileList.h"
 #include "support/Path.h"
 #include "target/TargetInterface.h"
-#include "target/TargetInterfaceHelperFunctions.h"
+#include "target/download/TargetInterfaceHelperFunctions.h"
 
 #include <QString>
 #include <QStringList>
