@@ -6,6 +6,7 @@
 #include "driver/session/StandardOutput.h"
 #include "loadfile/LoadFileFactory.h"
 #include "project/ProjectTemplates.h"
+#include "support/Numbers.h"
 #include "target/TargetInterfaceFactory.h"
 
 #include <cctype>
@@ -193,7 +194,7 @@ void System::entryOption(const char*, const char* value)
     else if (*end != 0 || errno != 0 || address > 0xFFFFFFFFul)
         error() << "invalid entry point " << value << "\n";
     else
-        m_entry = QLatin1String("0x") + QString::number(address, 16);
+        m_entry = toHexString(uint32_t(address));
 }
 
 // A text that is no address is refused here; a file that needs one then says what is missing.

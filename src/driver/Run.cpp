@@ -8,6 +8,7 @@
 #include "loadfile/LoadFileInterface.h"
 #include "project/BuildSystem.h"
 #include "support/HException.h"
+#include "support/Numbers.h"
 #include "support/QTx.h"
 
 #include <QCoreApplication>
@@ -92,7 +93,7 @@ QString System::entryPoint() const
 {
     LoadFileInterface* first = m_loader.loadFiles().items().front().file;
     if (first->hasEntryPoint())
-        return QLatin1String("0x") + QString::number(first->entryPoint(), 16);
+        return toHexString(uint32_t(first->entryPoint()));
     if (!m_entry.isEmpty() || !m_activeProject)
         return m_entry;
     const PropertyClass* symbol = buildSystem->findPropertyClass(QStringLiteral("debug_entry_point_symbol"));

@@ -12,8 +12,8 @@
 #include "support/HException.h"
 #include "support/PlatformConstants.h"
 #include "support/QTx.h"
+#include "support/Warning.h"
 
-#include <QFile>
 #include <QFileInfo>
 
 #include <strings.h>
@@ -68,11 +68,11 @@ void System::execScript(const QString& text)
 
 void System::execScriptFile(const Path& file)
 {
-    QFile script(file.osPathQString());
-    if (!script.open(QIODevice::ReadOnly))
+    std::optional<QString> script = QTx::readText(file.osPathQString());
+    if (!script)
         throw HException(QStringLiteral("cannot open script file \"%1\"").arg(file.osPathQString()));
     m_scriptSystem.setSourceName(file.fileName());
-    execScript(QString::fromUtf8(script.readAll()) + QLatin1Char('\n'));
+    execScript(*script + QLatin1Char('\n'));
 }
 
 void System::applyPropertySetting(const QString& setting)
@@ -204,7 +204,7 @@ void System::startProgram()
             run(entry);
             return;
         }
-        fputs("warning: nothing to serve: the load file has no entry point (use -entry)\n", stderr);
+        printWarning(QStringLiteral("nothing to serve: the load file has no entry point (use -entry)"));
     }
     LoadFileInterface* first = m_loader.loadFiles().items().front().file;
     if (!first->hasEntryPoint()) {

@@ -3,32 +3,33 @@
 
 #include "debug/SymbolicDebuggerInterface.h"
 #include "driver/session/Loader.h"
+#include "driver/terminal/TextProgressBar.h"
 #include "support/HException.h"
 #include "support/Path.h"
+#include "support/Warning.h"
 
 #include <QFile>
 #include <QFileInfo>
-
-#include <cstdio>
 
 namespace {
 
 constexpr int MaxWarnings = 100;
 constexpr qint64 MaxSourceFile = 64 * 1024 * 1024; // bytes
 
-void warn(const QString& text)
-{
-    fprintf(stderr, "warning: %s\n", text.toLocal8Bit().constData());
-}
-
 } // namespace
 
 void Loader::displayError(const QString& text)
 {
     if (++m_warnings <= MaxWarnings)
-        warn(text);
+        printWarning(text);
     if (m_warnings == MaxWarnings)
-        warn(QStringLiteral("further warnings are not shown"));
+        printWarning(QStringLiteral("further warnings are not shown"));
+}
+
+void Loader::error(const QString& text)
+{
+    m_progressBar->clearLine();
+    displayError(text);
 }
 
 void Loader::pollDebugger()
@@ -56,7 +57,7 @@ void Loader::onBreakpoint()
         where += QLatin1String(" in ") + function;
     if (line > 0)
         where += QStringLiteral(" (%1:%2)").arg(path.fileName(), QString::number(line));
-    warn(QLatin1String("the program has stopped at ") + where);
+    printWarning(QLatin1String("the program has stopped at ") + where);
 }
 
 Path Loader::getDebugSourcePath(const Path& path)
