@@ -14,6 +14,8 @@
 #include "project/SolutionLoadError.h"
 #include "support/HException.h"
 #include "support/QTx.h"
+#include "target/download/TargetInterfaceHelperFunctions.h"
+#include "zoff/ZOFFLoadFileFactory.h"
 
 #include <QCoreApplication>
 #include <QRegularExpression>
@@ -76,12 +78,17 @@ public:
     {
         ZOFFProcessor::install(MAXQ30Processor);
         ZOFFDebugIndex::install(SymbolicDebugIndex);
+        static ZOFFLoadFileFactory loadFileFactory;
+        LoadFileFactory::install(loadFileFactory);
+        static MAXQ30TargetInterfaceFactory targetFactory;
+        TargetInterfaceFactory::install(targetFactory);
         report = new Reporter{program, std::cerr};
         environment = new EnvironmentSettings;
         environment->createEntries();
         projectSystem = new MAXQ30ProjectSystem;
         buildSystem = new MAXQ30BuildSystem(QStringList());
         macroSystem.setSystemMacro(QStringLiteral("Platform"), QStringLiteral("maxq30"));
+        installTargetInterfaceHelperFunctions(System::instance()->loader());
         debugger = new MAXQ30Debugger(&System::instance()->loader());
         System::instance()->setProgramName(QStringLiteral("Loader"));
     }
