@@ -414,7 +414,7 @@ unsigned wordsNeeded(const Item& item, int64_t value, bool mayBeNear)
 
 uint64_t encodeInstruction(const Item& item, int64_t value)
 {
-    uint32_t v = uint32_t(value);
+    auto v = uint32_t(value);
     if (takesCodeTarget(item)) {
         if (item.size == 1) {
             assert(wordsNeeded(item, value) == 1);
