@@ -1,10 +1,12 @@
 // The entry of the tool: makes the objects that live until the process ends, runs the session, and
 // prints what stopped it.
 
+#include "debug/symbols/SymbolicDebug.h"
 #include "driver/System.h"
 #include "driver/session/StandardOutput.h"
 #include "maxq30/MAXQ30TargetInterfaceFactory.h"
 #include "maxq30/cpu/MAXQ30Debugger.h"
+#include "maxq30/cpu/MAXQ30Processor.h"
 #include "project/EnvironmentSettings.h"
 #include "project/MAXQ30BuildSystem.h"
 #include "project/MAXQ30ProjectSystem.h"
@@ -55,6 +57,8 @@ void openStandardStreams()
 int main(int argc, char** argv)
 {
     openStandardStreams();
+    ZOFFProcessor::install(MAXQ30Processor);
+    ZOFFDebugIndex::install(SymbolicDebugIndex);
     QTx::setApplicationPath(argc > 0 ? argv[0] : "qburn", 1);
     QCoreApplication application(argc, argv);
     report = new Reporter{argc > 0 ? argv[0] : "qburn", std::cerr};
