@@ -4,6 +4,7 @@
 
 #include "debug/monitor/DebuggerHelperFunctions.h"
 #include "debug/symbols/SymbolicDebug.h"
+#include "expression/ParserException.h"
 #include "support/HException.h"
 #include "target/TargetRegisterInterface.h"
 #include "zoff/ZOFFInsn.h"
@@ -29,7 +30,10 @@ QString text(const HString* string)
 
 SymbolicDebuggerInterface* debugger = nullptr;
 
-ZOFFDebugger::ZOFFDebugger(DebuggerHelperFunctions* helper) : m_helper(helper) {}
+ZOFFDebugger::ZOFFDebugger(DebuggerHelperFunctions* helper, unsigned wordSize, Endian::EndianType endian)
+    : ZOFFExpressionEvaluator(wordSize, endian), m_helper(helper)
+{
+}
 
 ZOFFDebugger::~ZOFFDebugger() = default;
 
@@ -125,7 +129,7 @@ bool ZOFFDebugger::getLinkerSymbolValue(const char* name, int64_t& value) const
 
 ZOFFSymbol* ZOFFDebugger::getSymbol(const char* name) const
 {
-    Frame* frame = m_context.frame;
+    const Frame* frame = contextFrame();
     SymbolicDebug* table = frame && frame->symbols() ? frame->symbols() : m_tables.at(0);
     if (!table)
         return nullptr;
@@ -230,9 +234,8 @@ bool ZOFFDebugger::setNextStatement(Frame*, const Path& path, int line)
 
 int ZOFFDebugger::getSPAdjustment() const
 {
-    if (!m_context.frame)
-        return 0;
-    const ZOFFInsn* insn = getInsnAt(m_context.frame->place());
+    const Frame* frame = contextFrame();
+    const ZOFFInsn* insn = frame ? getInsnAt(frame->place()) : nullptr;
     return insn && insn->stackAdjust() != DefaultStackAdjust ? insn->stackAdjust() : 0;
 }
 
@@ -248,7 +251,7 @@ bool ZOFFDebugger::atStatement() const
 void ZOFFDebugger::setRegister(Frame* frame, unsigned number, uint32_t value)
 {
     if (!frame->live())
-        throw HException("cannot change the register value in this context");
+        throw ParserException("cannot change the register value in this context");
     frame->registers()->setValue(number, value);
 }
 

@@ -3,12 +3,16 @@
 // makes through two words of its data memory. What depends on the processor is left to a derived class.
 //
 // The operations are forwards to the classes that do the work: symbols/SymbolTables, run/BreakpointList,
-// run/RunControl with run/Stepper, run/CallFrames and run/ProgramRequests, disassembly/Disassembly.
+// run/RunControl with run/Stepper, run/CallFrames and run/ProgramRequests, disassembly/Disassembly,
+// BreakpointExpressions. Expressions and displays are the base's, which is told here what a name, a register
+// and a memory of the program are.
 #pragma once
 
+#include "debug/BreakpointExpressions.h"
 #include "debug/SymbolicDebuggerInterface.h"
 #include "debug/disassembly/Disassembly.h"
 #include "debug/evaluation/ExpressionContext.h"
+#include "debug/evaluation/ZOFFExpressionEvaluator.h"
 #include "debug/monitor/DebugProcessor.h"
 #include "debug/monitor/HMonitor.h"
 #include "debug/run/BreakpointList.h"
@@ -29,10 +33,12 @@ class ZOFFInsn;
 class ZOFFSymbol;
 class ZOFFType;
 
-class ZOFFDebugger : public SymbolicDebuggerInterface, protected DebugProcessor {
+class ZOFFDebugger : public SymbolicDebuggerInterface,
+                     protected DebugProcessor,
+                     protected ZOFFExpressionEvaluator {
 public:
-    // The helper is not owned.
-    explicit ZOFFDebugger(DebuggerHelperFunctions* helper);
+    // The helper is not owned. The word size, in bytes, and the byte order are those of expressions.
+    ZOFFDebugger(DebuggerHelperFunctions* helper, unsigned wordSize, Endian::EndianType endian);
     ~ZOFFDebugger() override;
 
     void setTargetInterface(TargetInterface* target) override;
@@ -80,7 +86,7 @@ public:
     void setBreakpointEnabled(DebuggerBreakpoint* breakpoint, bool on) override;
     void chainFrom(DebuggerBreakpoint* breakpoint, DebuggerBreakpoint* from) override;
 
-    unsigned getWordSizeInBytes() const override { return 4; }
+    unsigned getWordSizeInBytes() const override { return wordSize(); }
     QString formatPC(uint32_t address) const override { return formatAddress(address); }
     int64_t getLineAddress(QString& file, const Path& path, int line) override;
     int getAddressLine(uint32_t address, QString& file, Path& path) override;
@@ -144,11 +150,11 @@ public:
     bool getLinkerSymbolValue(const char* name, int64_t& value) const;
     // By the rules of the expression context: the scopes around its frame's place, what its file declares,
     // public names, and all names.
-    ZOFFSymbol* getSymbol(const char* name) const;
-    ZOFFType* getNamedType(const char* name) const { return m_tables.namedType(name); }
+    ZOFFSymbol* getSymbol(const char* name) const override;
+    ZOFFType* getNamedType(const char* name) const override { return m_tables.namedType(name); }
     ZOFFInsn* getInsnAt(uint32_t address) const { return m_tables.insnAt(address); }
     // What the stack pointer is off by at the context's frame.
-    int getSPAdjustment() const;
+    int getSPAdjustment() const override;
     // Whether the innermost frame stands at the start of a statement.
     bool atStatement() const;
 
@@ -164,17 +170,29 @@ public:
                                   const QString& action);
 
     // A range that does not exist is neither read nor written. Returns the number of bytes.
-    unsigned readMemory(uint32_t address, unsigned count, unsigned char* bytes);
-    unsigned writeMemory(uint32_t address, unsigned count, const unsigned char* bytes);
-    unsigned readCodeMemory(uint32_t address, unsigned count, unsigned char* bytes);
-    unsigned writeCodeMemory(uint32_t address, unsigned count, const unsigned char* bytes);
+    unsigned readMemory(unsigned address, unsigned count, unsigned char* bytes) override;
+    unsigned writeMemory(unsigned address, unsigned count, const unsigned char* bytes) override;
+    unsigned readCodeMemory(unsigned address, unsigned count, unsigned char* bytes) override;
+    unsigned writeCodeMemory(unsigned address, unsigned count, const unsigned char* bytes) override;
+    unsigned readEepromMemory(unsigned address, unsigned count, unsigned char* bytes) override;
+    unsigned writeEepromMemory(unsigned address, unsigned count, const unsigned char* bytes) override;
+    // Peripherals are no memory here: nothing is moved.
+    unsigned readPeripheralMemory(unsigned, unsigned, unsigned char*) override { return 0; }
+    unsigned writePeripheralMemory(unsigned, unsigned, const unsigned char*) override { return 0; }
 
-    // Throws HException in a frame whose registers are not the target's.
+    // Throws ParserException in a frame whose registers are not the target's.
     void setRegister(Frame* frame, unsigned number, uint32_t value);
 
 protected:
-    virtual int registerNameToNumber(const char* name) = 0;
-    virtual QString registerNumberToName(unsigned number) = 0;
+    // Of the context's frame. Throw ParserException when there is none.
+    uint64_t getRegister(unsigned number) override;
+    void setRegister(unsigned number, uint64_t value) override;
+    uint32_t getSPValue(int registerNumber) override
+    {
+        return uint32_t(getRegister(unsigned(registerNumber)));
+    }
+    // Expressions are about the frame from here on.
+    void setContext(const ExpressionContext& context);
 
     TargetInterface* target() const { return m_target; }
     TargetInterface& checkedTarget() const; // throws HException when there is none
@@ -182,6 +200,9 @@ protected:
     QString formatAddress(uint32_t address) const;
 
 private:
+    Frame* contextFrame() const;
+    void setFrame(Frame* frame);
+
     DebuggerHelperFunctions* m_helper;
     TargetInterface* m_target = nullptr;
     HMonitor* m_monitor = nullptr; // the target seen as one; null when it is none
@@ -193,5 +214,6 @@ private:
     Stepper m_stepper{*this, m_tables, m_breakpoints};
     RunControl m_run{m_helper, *this, m_breakpoints, m_frames, m_stepper, m_requests};
     Disassembly m_disassembly{m_helper, *this, m_tables, m_code};
-    ExpressionContext m_context; // of the evaluation that goes on
+    BreakpointExpressions m_breakpointExpressions{*this, m_tables};
+    ExpressionContext m_context; // of the last evaluation; its frame may be gone
 };

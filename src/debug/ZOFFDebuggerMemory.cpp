@@ -13,8 +13,7 @@ constexpr unsigned LongestDump = 1 << 20; // bytes
 
 bool exists(TargetMemoryInterface* memory, uint32_t address, unsigned count)
 {
-    return memory && count > 0 &&
-           (memory->addressRanges().isEmpty() || memory->memoryExists(address, count));
+    return memory && count > 0 && (memory->addressRanges().isEmpty() || memory->memoryExists(address, count));
 }
 
 unsigned readFrom(TargetMemoryInterface* memory, uint32_t address, unsigned count, unsigned char* bytes)
@@ -69,6 +68,16 @@ unsigned ZOFFDebugger::writeCodeMemory(uint32_t address, unsigned count, const u
     m_code.clear();
     m_disassembly.clear();
     return writeTo(checkedTarget().codeMemory(), address, count, bytes);
+}
+
+unsigned ZOFFDebugger::readEepromMemory(uint32_t address, unsigned count, unsigned char* bytes)
+{
+    return readFrom(checkedTarget().eeMemory(), address, count, bytes);
+}
+
+unsigned ZOFFDebugger::writeEepromMemory(uint32_t address, unsigned count, const unsigned char* bytes)
+{
+    return writeTo(checkedTarget().eeMemory(), address, count, bytes);
 }
 
 unsigned ZOFFDebugger::getMemory(const QString& space, uint32_t address, unsigned count, unsigned char* bytes)

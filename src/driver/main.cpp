@@ -91,7 +91,8 @@ public:
         installTargetInterfaceHelperFunctions(System::instance()->loader());
         auto* processorDebugger = new MAXQ30Debugger(&System::instance()->loader());
         processorDebugger->setMaximumCalls(
-            environment->findProperty(QStringLiteral("Environment/Debugger/Maximum Backtrace Calls"))->toInt());
+            environment->findProperty(QStringLiteral("Environment/Debugger/Maximum Backtrace Calls"))
+                ->toInt());
         debugger = processorDebugger;
         System::instance()->setProgramName(QStringLiteral("Loader"));
     }

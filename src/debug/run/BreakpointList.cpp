@@ -139,7 +139,8 @@ bool BreakpointList::stopsAt(uint32_t address)
     for (const auto& breakpoint : m_code) {
         HBreakpoint* record = breakpoint->record();
         bool inRange = address >= record->address && address - record->address < record->length;
-        if (!record->enabled || inRange == record->inverted || record->action != m_monitor->getStopActionNumber())
+        if (!record->enabled || inRange == record->inverted ||
+            record->action != m_monitor->getStopActionNumber())
             continue;
         if (record->count > 0)
             --record->count;

@@ -38,8 +38,8 @@ public:
     // The first that stays, on the instruction at an address.
     ZOFFBreakpoint* codeAt(uint32_t address) const;
 
-    // For a target that is stepped: whether it has to stop in front of the instruction. Counts a match that is
-    // ignored.
+    // For a target that is stepped: whether it has to stop in front of the instruction. Counts a match that
+    // is ignored.
     bool stopsAt(uint32_t address);
 
     // The breakpoint matches nothing until `from` has matched; null takes the chain off. Throws

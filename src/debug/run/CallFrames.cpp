@@ -4,6 +4,8 @@
 #include "debug/symbols/SymbolTables.h"
 #include "target/TargetRegisterInterface.h"
 
+#include <algorithm>
+
 void CallFrames::clear()
 {
     m_frames.clear();
@@ -27,6 +29,12 @@ void CallFrames::locate(std::unique_ptr<TargetRegisterInterface> own)
     SymbolicDebug* table = m_tables.at(own->getPC());
     m_frames.push_back(std::make_unique<Frame>(table, std::move(own)));
     m_complete = false;
+}
+
+bool CallFrames::holds(const Frame* frame) const
+{
+    return std::any_of(m_frames.begin(), m_frames.end(),
+                       [frame](const std::unique_ptr<Frame>& entry) { return entry.get() == frame; });
 }
 
 // A caller may hold the innermost frame, so it keeps its place in memory.

@@ -15,7 +15,8 @@ class TargetRegisterInterface;
 
 class CallFrames {
 public:
-    CallFrames(DebugProcessor& processor, const SymbolTables& tables) : m_processor(processor), m_tables(tables)
+    CallFrames(DebugProcessor& processor, const SymbolTables& tables)
+        : m_processor(processor), m_tables(tables)
     {
     }
 
@@ -33,6 +34,8 @@ public:
 
     // Null when there is none. No stack is read.
     Frame* innermost() const { return m_frames.empty() ? nullptr : m_frames.front().get(); }
+    // Whether a frame that somebody kept is still one of these.
+    bool holds(const Frame* frame) const;
     // Whether the innermost frame is the stopped target's.
     bool live() const { return innermost() && innermost()->live(); }
 

@@ -36,6 +36,8 @@ public:
     // when it stands for the user to look at. A link that fails is displayed as an error, once, and the next
     // poll tries again.
     bool poll();
+    // What the last poll found.
+    bool stopped() const { return m_stopped; }
 
 private:
     bool look();

@@ -46,8 +46,7 @@ uint32_t Stepper::aim(SourceStep& step) const
 Stepper::Resume Stepper::setOut(const SourceStep& step, uint32_t address)
 {
     try {
-        if (ZOFFBreakpoint* breakpoint =
-                m_breakpoints.addCode(address, true, false, 0, -1, QString())) {
+        if (ZOFFBreakpoint* breakpoint = m_breakpoints.addCode(address, true, false, 0, -1, QString())) {
             breakpoint->setStep(step);
             return Resume::Go;
         }

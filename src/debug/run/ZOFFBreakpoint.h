@@ -15,7 +15,8 @@ struct SourceStep {
     bool over = false;
     uint32_t start = 0;
     uint32_t length = 0; // 0 for a step that ends where its breakpoint is
-    // The stack pointer that the program has where the step ends, when it may come by in a deeper call before.
+    // The stack pointer that the program has where the step ends, when it may come by in a deeper call
+    // before.
     std::optional<uint32_t> depth;
 
     bool holds(uint32_t address) const { return address >= start && address - start < length; }

@@ -77,7 +77,8 @@ struct KnownScope {
 void collectScopes(ZOFFScope* scope, std::vector<KnownScope>& scopes)
 {
     ScopeBounds bounds = boundsOf(scope);
-    if (bounds.known && bounds.start < bounds.end && bounds.start >= LowestBound && bounds.end <= HighestBound)
+    if (bounds.known && bounds.start < bounds.end && bounds.start >= LowestBound &&
+        bounds.end <= HighestBound)
         scopes.push_back({std::max<int64_t>(bounds.start, 0), bounds.end, scope});
     for (ZOFFScope* child : scope->children())
         collectScopes(child, scopes);
@@ -256,7 +257,8 @@ const std::vector<SymbolicDebug::ScopeStretch>& SymbolicDebug::scopeStretches() 
             else
                 open.erase(bounds[i].scope);
         }
-        m_scopeStretches.push_back({uint32_t(address), open.empty() ? nullptr : scopes[*open.rbegin()].scope});
+        m_scopeStretches.push_back(
+            {uint32_t(address), open.empty() ? nullptr : scopes[*open.rbegin()].scope});
     }
     return m_scopeStretches;
 }
@@ -264,9 +266,9 @@ const std::vector<SymbolicDebug::ScopeStretch>& SymbolicDebug::scopeStretches() 
 ZOFFScope* SymbolicDebug::findScope(uint32_t address) const
 {
     const auto& stretches = scopeStretches();
-    auto behind = std::upper_bound(
-        stretches.begin(), stretches.end(), address,
-        [](uint32_t wanted, const ScopeStretch& stretch) { return wanted < stretch.start; });
+    auto behind =
+        std::upper_bound(stretches.begin(), stretches.end(), address,
+                         [](uint32_t wanted, const ScopeStretch& stretch) { return wanted < stretch.start; });
     return std::prev(behind)->scope;
 }
 
@@ -383,16 +385,17 @@ const std::vector<SymbolicDebug::CodeSymbol>& SymbolicDebug::codeSymbols() const
 ZOFFSymbol* SymbolicDebug::findFunctionSymbol(uint32_t address, bool exact) const
 {
     const auto& symbols = codeSymbols();
-    auto behind = std::upper_bound(
-        symbols.begin(), symbols.end(), address,
-        [](uint32_t wanted, const CodeSymbol& symbol) { return wanted < symbol.address; });
+    auto behind =
+        std::upper_bound(symbols.begin(), symbols.end(), address,
+                         [](uint32_t wanted, const CodeSymbol& symbol) { return wanted < symbol.address; });
     if (behind == symbols.begin())
         return nullptr;
     const CodeSymbol& last = *std::prev(behind);
     if (last.address != address && (exact || address >= last.end))
         return nullptr;
     // Of several at one place one may be a mere label.
-    for (auto entry = behind; entry != symbols.begin() && std::prev(entry)->address == last.address; --entry) {
+    for (auto entry = behind; entry != symbols.begin() && std::prev(entry)->address == last.address;
+         --entry) {
         ZOFFSymbol* symbol = std::prev(entry)->symbol;
         if (symbol->type() && symbol->type()->isFunction())
             return symbol;

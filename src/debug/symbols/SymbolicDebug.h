@@ -80,8 +80,8 @@ public:
     ZOFFSymbol* findSymbol(uint32_t address, bool exact) const;
     ZOFFSymbol* findDataSymbol(uint32_t address, bool exact) const;
     ZOFFSymbol* findCodeSymbol(uint32_t address, bool exact) const;
-    // Among the symbols of code, the one at the address, or unless `exact` the last one in front; the last one
-    // of a section reaches to the section's end. It must have a function's type.
+    // Among the symbols of code, the one at the address, or unless `exact` the last one in front; the last
+    // one of a section reaches to the section's end. It must have a function's type.
     ZOFFSymbol* findFunctionSymbol(uint32_t address, bool exact = false) const;
     ZOFFType* findNamedType(std::string_view name) const;
 

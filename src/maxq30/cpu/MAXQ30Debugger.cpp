@@ -1,5 +1,6 @@
 #include "maxq30/cpu/MAXQ30Debugger.h"
 
+#include "debug/evaluation/VariableListBuilder.h"
 #include "debug/symbols/SymbolicDebug.h"
 #include "maxq30/cpu/MAXQ30Registers.h"
 #include "maxq30/cpu/ZOFFMAXQ30Insn.h"
@@ -15,7 +16,7 @@ namespace {
 using R = MAXQ30Registers;
 
 constexpr uint32_t WordAddressMask = 0xFFFFFF; // of a place in code, as it lies on the stack or in a register
-constexpr uint32_t LongestScan = 0x1000;      // bytes of a statement that are looked through in one go
+constexpr uint32_t LongestScan = 0x1000;       // bytes of a statement that are looked through in one go
 constexpr uint32_t DefaultEndOfStack = 0x800;
 constexpr unsigned StackEntry = 4; // bytes
 constexpr unsigned StackScan = 2;
@@ -23,6 +24,7 @@ constexpr int DefaultStackAdjust = 1;
 constexpr unsigned FirstSavedRegister = 2, LastSavedRegister = 15, SavedRegisterBytes = 4;
 constexpr uint32_t StackWindow = 64; // bytes of the stack that are read at once
 constexpr uint32_t StackOfBareFrame = 15;
+constexpr unsigned RegistersOfModule = 16;    // that a value may run through
 constexpr unsigned MaxJumpsInRange = 0x10000; // a range that jumps within itself for ever
 constexpr unsigned MaxPrefixes = 3;
 constexpr int DisassemblyColumns = 20;
@@ -182,7 +184,55 @@ int MAXQ30Debugger::registerNameToNumber(const char* name)
 
 QString MAXQ30Debugger::registerNumberToName(unsigned number)
 {
-    return QString::fromStdString(MAXQ30Registers().numberToName(number));
+    return QString::fromStdString(R().numberToName(number));
+}
+
+// Of an array of registers that of its elements.
+unsigned MAXQ30Debugger::getRegisterLength(unsigned number)
+{
+    return R().sizeInBytes(number == R::ArrayLC ? R::LC0 : number == R::ArrayDP ? R::DP0 : number);
+}
+
+unsigned MAXQ30Debugger::nextRegisterNumber(unsigned number)
+{
+    return (R::indexOf(number) + 1) % RegistersOfModule << 4 | R::moduleOf(number);
+}
+
+bool MAXQ30Debugger::registerNumberLT(unsigned a, unsigned b)
+{
+    auto key = [](unsigned number) {
+        return R::moduleOf(number) << 4 | R::indexOf(number) % RegistersOfModule;
+    };
+    return key(a) < key(b);
+}
+
+int MAXQ30Debugger::registerDereference(int base, int64_t index)
+{
+    if (index < 0 || index >= R::NumIndexes)
+        return -1;
+    auto i = int(index);
+    int number = (i << 4) | base;
+    if (base == R::ArrayLC)
+        number = R::LC0 + (i << 4);
+    else if (base == R::ArrayDP)
+        number = i == 0 ? int(R::DP0) : i == 1 ? int(R::DP1) : (i << 4) | 15;
+    return number < int(R::NumRegisters) ? number : -1;
+}
+
+void MAXQ30Debugger::getRegisters(Frame* frame, VariableListBuilder* builder)
+{
+    if (!frame)
+        return;
+    ExpressionContext context;
+    context.frame = frame;
+    setContext(context);
+    builder->setExpressionContext(context);
+    for (unsigned number : R::named()) {
+        QString name = registerNumberToName(number);
+        std::unique_ptr<MyMarker> marker =
+            mkExpressionType(registerType(getRegisterLength(number)), number, DebugMarkerType::Register);
+        formatVariable(name, QLatin1Char('@') + name, *marker, builder);
+    }
 }
 
 // Little-endian; 0 where no memory is.
@@ -293,8 +343,7 @@ bool MAXQ30Debugger::getJumpDestination(TargetRegisterInterface* registers, cons
         return false;
     unsigned source = (insn.word & 0xFF) | insn.sourceBit;
     bool isMemory = R::moduleOf(source) == 15;
-    uint32_t words =
-        isMemory ? readPointed(registers, R::indexOf(source)) : registers->getValue(source);
+    uint32_t words = isMemory ? readPointed(registers, R::indexOf(source)) : registers->getValue(source);
     destination = (words & WordAddressMask) * 2;
     return true;
 }
@@ -377,8 +426,8 @@ private:
 
 // Registers that a function has pushed lie right below its return address, those with the lowest numbers
 // first. What lies below its stack pointer is not pushed yet, or no longer.
-void MAXQ30Debugger::restoreRegisters(TargetRegisterInterface& caller, uint32_t place, uint32_t entry, uint32_t sp,
-                                      const std::function<uint32_t(uint32_t)>& stack)
+void MAXQ30Debugger::restoreRegisters(TargetRegisterInterface& caller, uint32_t place, uint32_t entry,
+                                      uint32_t sp, const std::function<uint32_t(uint32_t)>& stack)
 {
     const SymbolicDebug* table = tables().at(place);
     const ZOFFSymbol* function = table ? table->findFunctionSymbol(place) : nullptr;

@@ -13,14 +13,15 @@ class ZOFFMAXQ30Insn;
 
 class MAXQ30Debugger : public ZOFFDebugger {
 public:
-    explicit MAXQ30Debugger(DebuggerHelperFunctions* helper) : ZOFFDebugger(helper) {}
+    explicit MAXQ30Debugger(DebuggerHelperFunctions* helper) : ZOFFDebugger(helper, 4, Endian::Little) {}
 
     unsigned getAddressSizeInBytes() const override { return 2; }
     bool canAccessInterruptsEnables() override { return true; }
     // The global enable, in the innermost frame and in the target.
     void setInterruptsEnabled(bool on) override;
     bool getInterruptsEnabled() override;
-    void getRegisters(Frame*, VariableListBuilder*) override {}
+    // Those with a name, in the order of their list.
+    void getRegisters(Frame* frame, VariableListBuilder* builder) override;
     // Of "M", a module number and a hexadecimal index as in "M8[0x5]"; 0 for anything else.
     unsigned getRegisterNumber(const QString& name) override;
     bool getRegisterValue(Frame* frame, unsigned number, uint64_t& value) override;
@@ -43,6 +44,11 @@ protected:
     std::unique_ptr<TargetRegisterInterface> createRegisters(uint32_t pc) override;
     int registerNameToNumber(const char* name) override;
     QString registerNumberToName(unsigned number) override;
+    unsigned getRegisterLength(unsigned number) override;
+    unsigned nextRegisterNumber(unsigned number) override;
+    bool registerNumberLT(unsigned a, unsigned b) override;
+    // -1 for an element that there is not.
+    int registerDereference(int base, int64_t index) override;
     TargetMemoryInterface* getMemorySegment(const QString& name) const override;
     void initialiseDebugOperation(uint32_t) override {} // the words are polled
     bool debugOperationUsesBreakpoint() const override { return false; }
@@ -64,8 +70,8 @@ private:
     uint32_t readPointed(TargetRegisterInterface* registers, unsigned index);
     uint32_t dataNumber(uint32_t address, unsigned size);
     uint32_t endOfStack() const;
-    // What the function around `place` has saved, whose return address lies at `entry` and whose stack pointer
-    // is `sp`.
+    // What the function around `place` has saved, whose return address lies at `entry` and whose stack
+    // pointer is `sp`.
     void restoreRegisters(TargetRegisterInterface& caller, uint32_t place, uint32_t entry, uint32_t sp,
                           const std::function<uint32_t(uint32_t)>& stack);
     const ZOFFMAXQ30Insn* callBefore(uint32_t address) const;
