@@ -62,6 +62,7 @@ public:
         System::destroy();
         delete buildSystem;
         delete projectSystem;
+        macroSystem.setSettings(nullptr);
         delete environment;
         environment = nullptr;
         delete report;
@@ -75,8 +76,9 @@ public:
         report = new Reporter{program, std::cerr};
         environment = new EnvironmentSettings;
         environment->createEntries();
-        projectSystem = new MAXQ30ProjectSystem;
-        buildSystem = new MAXQ30BuildSystem(QStringList());
+        macroSystem.setSettings(environment);
+        projectSystem = new MAXQ30ProjectSystem(macroSystem);
+        buildSystem = new MAXQ30BuildSystem(*projectSystem, QStringList());
         macroSystem.setSystemMacro(QStringLiteral("Platform"), QStringLiteral("maxq30"));
         debugger = new MAXQ30Debugger(&System::instance()->loader());
         System::instance()->setProgramName(QStringLiteral("Loader"));
