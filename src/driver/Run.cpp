@@ -7,6 +7,7 @@
 #include "loadfile/LoadFileInterface.h"
 #include "project/BuildSystem.h"
 #include "support/HException.h"
+#include "support/Numbers.h"
 
 namespace {
 
@@ -42,7 +43,7 @@ QString System::entryPoint() const
 {
     LoadFileInterface* first = m_loader.loadFiles().items().front().file;
     if (first->hasEntryPoint())
-        return QLatin1String("0x") + QString::number(first->entryPoint(), 16);
+        return toHexString(uint32_t(first->entryPoint()));
     if (!m_options.entry.isEmpty() || !m_activeProject)
         return m_options.entry;
     const PropertyClass* symbol = buildSystem->findPropertyClass(QStringLiteral("debug_entry_point_symbol"));

@@ -15,18 +15,13 @@
 #include "support/HException.h"
 #include "support/PlatformConstants.h"
 #include "support/QTx.h"
+#include "support/Warning.h"
 
-#include <QFile>
 #include <QFileInfo>
 
 #include <cstdio>
 #include <iostream>
 #include <strings.h>
-
-TargetInterfaceHelperFunctions* targetInterfaceHelperFunctions()
-{
-    return &System::instance()->loader();
-}
 
 namespace {
 
@@ -109,11 +104,11 @@ void System::execScript(const QString& text)
 
 void System::execScriptFile(const Path& file)
 {
-    QFile script(file.osPathQString());
-    if (!script.open(QIODevice::ReadOnly))
+    std::optional<QString> script = QTx::readText(file.osPathQString());
+    if (!script)
         throw HException(QStringLiteral("cannot open script file \"%1\"").arg(file.osPathQString()));
     m_scriptSystem.setSourceName(file.fileName());
-    execScript(QString::fromUtf8(script.readAll()) + QLatin1Char('\n'));
+    execScript(*script + QLatin1Char('\n'));
 }
 
 void System::applyPropertySetting(const QString& setting)

@@ -1,10 +1,12 @@
 // The entry of the tool: makes the objects that live until the process ends, runs the session, and
 // prints what stopped it.
 
+#include "debug/symbols/SymbolicDebug.h"
 #include "driver/System.h"
 #include "driver/terminal/StandardOutput.h"
 #include "maxq30/MAXQ30TargetInterfaceFactory.h"
 #include "maxq30/cpu/MAXQ30Debugger.h"
+#include "maxq30/cpu/MAXQ30Processor.h"
 #include "project/EnvironmentSettings.h"
 #include "project/MAXQ30BuildSystem.h"
 #include "project/MAXQ30ProjectSystem.h"
@@ -12,6 +14,8 @@
 #include "project/SolutionLoadError.h"
 #include "support/HException.h"
 #include "support/QTx.h"
+#include "target/download/TargetInterfaceHelperFunctions.h"
+#include "zoff/ZOFFLoadFileFactory.h"
 
 #include <QCoreApplication>
 #include <QRegularExpression>
@@ -73,6 +77,12 @@ public:
 
     static void make(const char* program)
     {
+        ZOFFProcessor::install(MAXQ30Processor);
+        ZOFFDebugIndex::install(SymbolicDebugIndex);
+        static ZOFFLoadFileFactory loadFileFactory;
+        LoadFileFactory::install(loadFileFactory);
+        static MAXQ30TargetInterfaceFactory targetFactory;
+        TargetInterfaceFactory::install(targetFactory);
         report = new Reporter{program, std::cerr};
         environment = new EnvironmentSettings;
         environment->createEntries();
@@ -80,6 +90,7 @@ public:
         projectSystem = new MAXQ30ProjectSystem(macroSystem);
         buildSystem = new MAXQ30BuildSystem(*projectSystem, QStringList());
         macroSystem.setSystemMacro(QStringLiteral("Platform"), QStringLiteral("maxq30"));
+        installTargetInterfaceHelperFunctions(System::instance()->loader());
         debugger = new MAXQ30Debugger(&System::instance()->loader());
         System::instance()->setProgramName(QStringLiteral("Loader"));
     }

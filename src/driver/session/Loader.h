@@ -7,7 +7,7 @@
 #include "driver/session/SourceText.h"
 #include "loadfile/LoadFileList.h"
 #include "target/TargetInterface.h"
-#include "target/TargetInterfaceHelperFunctions.h"
+#include "target/download/TargetInterfaceHelperFunctions.h"
 
 #include <QString>
 
@@ -46,13 +46,13 @@ public:
     void downloadLoadFiles();
     void verifyLoadFiles();
 
-    // TargetInterfaceHelperFunctions. What a target reports through the last five never reaches the
+    // TargetInterfaceHelperFunctions. What a target reports through the last four never reaches the
     // user of this tool: the exceptions say it.
     void progress(int done, int total, const char* label, const char* unit, bool final) override;
     void message(const QString& text) override;
     bool differentialDownloadEnabled() override { return m_differentialDownload; }
+    void error(const QString& text) override; // a warning; the session goes on
     void message(const QString&, int) override {}
-    void error(const QString&) override {}
     void success(const QString&) override {}
     void beginGroup(const QString&, int) override {}
     void endGroup(const QString&) override {}

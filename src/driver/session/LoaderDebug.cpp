@@ -17,6 +17,11 @@ void Loader::displayError(const QString& text)
         m_face.warning(QStringLiteral("further warnings are not shown"));
 }
 
+void Loader::error(const QString& text)
+{
+    displayError(text);
+}
+
 Path Loader::getDebugSourcePath(const Path& path)
 {
     return path;

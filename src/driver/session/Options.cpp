@@ -2,6 +2,7 @@
 
 #include "driver/session/SessionFace.h"
 #include "loadfile/LoadFileFactory.h"
+#include "support/Numbers.h"
 #include "target/TargetInterfaceFactory.h"
 
 #include <cctype>
@@ -127,7 +128,7 @@ void Options::setEntry(const char*, const char* value)
     if (!isdigit(static_cast<unsigned char>(*value)))
         entry = fromWord(value);
     else if (auto address = number("entry point", value))
-        entry = QLatin1String("0x") + QString::number(*address, 16);
+        entry = toHexString(uint32_t(*address));
 }
 
 // A text that is no address is refused here; a file that needs one then says what is missing.

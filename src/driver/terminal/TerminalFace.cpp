@@ -2,8 +2,7 @@
 
 #include "driver/terminal/StandardOutput.h"
 #include "driver/terminal/TextTargetIOServerTerminal.h"
-
-#include <cstdio>
+#include "support/Warning.h"
 
 void TerminalFace::progress(int done, int total, const char* label, const char* unit)
 {
@@ -17,7 +16,8 @@ void TerminalFace::message(const QString& text)
 
 void TerminalFace::warning(const QString& text)
 {
-    fprintf(stderr, "warning: %s\n", text.toLocal8Bit().constData());
+    m_progressBar.clearLine();
+    printWarning(text);
 }
 
 void TerminalFace::output(std::string_view text)
