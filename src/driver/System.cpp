@@ -68,8 +68,8 @@ int System::exec(int argc, char** argv)
     if (!m_options.templatesFile.isEmpty())
         templatesFile = m_options.templatesFile;
 
-    setupDefaultSystemMacros(m_options.benchDirectory);
-    PackageSystem::setupPackageMacros(m_options.packagesDirectory);
+    setupDefaultSystemMacros(macroSystem, m_options.benchDirectory);
+    PackageSystem::setupPackageMacros(macroSystem, m_options.packagesDirectory);
     macroSystem.setSystemMacro(QStringLiteral("Platform"), QString::fromLatin1(Get_PLATFORM()).toLower());
     if (argc <= 1 || m_options.help) {
         printUsage();
