@@ -3,6 +3,7 @@
 #include "script/engine/ESContext.h"
 #include "script/host/HostEvaluation.h"
 #include "script/host/ScriptSystem.h"
+#include "script/native/ESLibrary.h"
 #include "script/native/ESNativeGlobal.h"
 #include "support/HException.h"
 #include "target/TargetInterface.h"
@@ -31,7 +32,7 @@ QString hex(unsigned value)
 PeripheralSimulator::PeripheralSimulator(const QString& fileName, TargetInterface* target)
     : m_context(std::make_unique<PeripheralContext>()), m_fileName(QFileInfo(fileName).fileName())
 {
-    ESContext::mkexec(nullptr, m_context.get());
+    ESLibrary::mkexec(nullptr, m_context.get());
     install(m_context.get(), 0, nullptr);
     target->installScriptObject(m_context.get());
     QFile file(fileName);
@@ -39,7 +40,7 @@ PeripheralSimulator::PeripheralSimulator(const QString& fileName, TargetInterfac
         return;
     QString text = QString::fromUtf8(file.readAll()) + QLatin1Char('\n');
     file.close();
-    m_context->globalClass()->addToLoadPath(QFileInfo(fileName).absolutePath());
+    ESNativeGlobal::of(m_context.get())->addToLoadPath(QFileInfo(fileName).absolutePath());
     executeJavaScript(text);
 }
 
