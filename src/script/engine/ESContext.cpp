@@ -12,8 +12,8 @@ namespace {
 // Function code stays for the life of the process, and so does this vector.
 std::vector<std::unique_ptr<ESCode>>& codeVector()
 {
-    static auto* m_codeVector = new std::vector<std::unique_ptr<ESCode>>;
-    return *m_codeVector;
+    static auto* g_codeVector = new std::vector<std::unique_ptr<ESCode>>;
+    return *g_codeVector;
 }
 
 } // namespace

@@ -55,7 +55,7 @@ public:
 
 class ESContext : public ESConversions {
 public:
-    // How often carryOnExecuting is asked. A plain ESContext, whose answer is known, is never asked.
+    // How often carryOnExecuting is asked. A plain ESContext always goes on and is never asked.
     enum class Ask {
         EachInstruction, // before every instruction
         NowAndThen       // every ESLimits::HookStride jumps and calls; costs next to nothing
@@ -81,7 +81,7 @@ public:
     ESCompletion eval(const QString& source, const QString& file = QString());
     // Runs code at top level and returns its value.
     ESValue exec(ESCode* code);
-    // The warnings of all compilations since the last call, but for those that were answered before.
+    // The warnings of all compilations since the last call, but for those that it had already.
     std::vector<ESWarning> takeWarnings();
     void addWarning(int line, const QString& text);
 
@@ -153,7 +153,7 @@ public:
     static bool deleteProperty(ESObject* object, unsigned index);
     static bool isPrototypeOf(ESObject* object, const ESValue& value);
 
-    // Names along the scope chain, the global object last. dynamicGet answers the object that held it.
+    // Names along the scope chain, the global object last. dynamicGet returns the object that held it.
     ESObject* dynamicGet(ESString* name, ESValue& value);
     void dynamicPut(ESString* name, const ESValue& value);
     bool dynamicDelete(ESString* name);

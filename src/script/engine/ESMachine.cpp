@@ -560,7 +560,7 @@ do_DELETEX : {
     ARITHMETIC(SHR, toInt32(l) >> (toUint32(r) & 31))
     ARITHMETIC(USHR, toUint32(l) >> (toUint32(r) & 31))
 
-    // Comparisons and the jump on their outcome. `otherwise` answers for what is not two numbers.
+    // Comparisons and the jump on their outcome. `otherwise` is the outcome for what is not two numbers.
 
 #define TEST(left, right, expression, otherwise, drop)                                                       \
     do {                                                                                                     \
