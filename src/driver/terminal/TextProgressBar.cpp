@@ -1,6 +1,6 @@
 #include "driver/terminal/TextProgressBar.h"
 
-#include "driver/session/StandardOutput.h"
+#include "driver/terminal/StandardOutput.h"
 
 #include <algorithm>
 
