@@ -1,7 +1,7 @@
 // The script object TargetInterface: every function, from a script.
-#include "FakeTarget.h"
 #include "script/engine/ESContext.h"
 #include "support/TempDir.h"
+#include "target/FakeTarget.h"
 
 namespace {
 
