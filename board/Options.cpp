@@ -85,6 +85,10 @@ bool fault(const std::string& value, Options& options)
         settings.bootloaderStarts = false;
         return true;
     }
+    if (value == "locked") {
+        settings.locked = true;
+        return true;
+    }
     if (value.starts_with("dead=")) {
         std::string range = value.substr(5);
         size_t dash = range.find('-');
@@ -228,6 +232,7 @@ std::string Options::helpText()
         "\nfaults:\n"
         "  unpowered[=LEVEL]           the device has no power; TDO is stuck at LEVEL (0)\n"
         "  no-bootloader               the bootloader never starts\n"
+        "  locked                      the bootloader refuses erases and loads\n"
         "  dead=ADDRESS[-LAST]         code cells that take no programming\n"
         "  cut=[in:|out:]N             the cable is pulled after N bytes\n"
         "  drop=[in:|out:]N            byte N is lost\n"

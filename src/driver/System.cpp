@@ -3,63 +3,94 @@
 #include "debug/LaterVersion.h"
 #include "debug/SymbolicDebuggerInterface.h"
 #include "driver/session/Interrupt.h"
+#include "driver/session/Release.h"
+#include "driver/terminal/StandardOutput.h"
 #include "loadfile/LoadFileFactory.h"
 #include "project/BuildSystem.h"
 #include "project/EnvironmentSettings.h"
 #include "project/MacroSystem.h"
 #include "project/PackageSystem.h"
 #include "project/ProjectSystem.h"
+#include "project/ProjectTemplates.h"
 #include "support/HException.h"
 #include "support/PlatformConstants.h"
 #include "support/QTx.h"
+#include "support/Warning.h"
 
-#include <QFile>
 #include <QFileInfo>
 
+#include <cstdio>
+#include <iostream>
 #include <strings.h>
 
-TargetInterfaceHelperFunctions* targetInterfaceHelperFunctions()
-{
-    return &System::instance()->loader();
-}
+namespace {
+
+System* g_system = nullptr;
+
+} // namespace
 
 System* System::instance()
 {
-    static System* system = new System;
-    return system;
+    if (!g_system)
+        g_system = new System;
+    return g_system;
+}
+
+void System::destroy()
+{
+    delete g_system;
+    g_system = nullptr;
+}
+
+System::System() : m_options(*report, m_face)
+{
+    scriptSystem = &m_scriptSystem;
+    m_console.installScriptObject(m_scriptSystem.context());
+    m_wscript.installScriptObject(m_scriptSystem.context());
+}
+
+System::~System()
+{
+    scriptSystem = nullptr;
 }
 
 int System::exec(int argc, char** argv)
 {
     m_exitStatus = 0;
-    m_benchDirectory = QTx::rootDirectory();
-    m_packagesDirectory = QStringLiteral("$(BenchUserDir)/packages");
-    parse(argc - 1, argv + 1);
-    m_loader.setVerbosity(m_quiet, m_verbose);
+    m_run.setDebugger(debugger);
+    m_options.benchDirectory = QTx::rootDirectory();
+    m_options.packagesDirectory = QStringLiteral("$(BenchUserDir)/packages");
+    m_options.parse(argc - 1, argv + 1);
+    m_loader.setVerbosity(m_options.quiet, m_options.verbose);
+    m_loader.setEnableDifferentialDownload(m_options.differentialDownload);
+    if (m_options.loadAddress)
+        m_loader.setLoadAddress(*m_options.loadAddress);
+    if (!m_options.templatesFile.isEmpty())
+        templatesFile = m_options.templatesFile;
 
-    setupDefaultSystemMacros(m_benchDirectory);
-    PackageSystem::setupPackageMacros(m_packagesDirectory);
+    setupDefaultSystemMacros(m_options.benchDirectory);
+    PackageSystem::setupPackageMacros(m_options.packagesDirectory);
     macroSystem.setSystemMacro(QStringLiteral("Platform"), QString::fromLatin1(Get_PLATFORM()).toLower());
-    if (argc <= 1 || m_help) {
+    if (argc <= 1 || m_options.help) {
         printUsage();
         return m_exitStatus;
     }
-    if (m_targetName.isEmpty())
+    if (m_options.targetName.isEmpty())
         throw HException("no target interface specified (use -target)");
-    m_loader.setTarget(m_targetName);
-    for (const QString& setting : std::as_const(m_propertySettings))
+    m_loader.setTarget(m_options.targetName);
+    for (const QString& setting : std::as_const(m_options.propertySettings))
         applyPropertySetting(setting);
-    if (m_listProperties) {
+    if (m_options.listProperties) {
         listProperties();
         return m_exitStatus;
     }
-    if (!m_fileType.isEmpty())
+    if (!m_options.fileType.isEmpty())
         selectFileType();
     m_loader.targetInterface()->installScriptObject(m_scriptSystem.context());
-    if (!m_solutionFile.isEmpty())
+    if (!m_options.solutionFile.isEmpty())
         selectProject();
     collectLoadFiles();
-    if (m_debug)
+    if (m_options.debug)
         notInThisVersion("debug a program (-debug)");
     if (m_loader.loadFiles().isEmpty())
         return m_exitStatus;
@@ -73,11 +104,11 @@ void System::execScript(const QString& text)
 
 void System::execScriptFile(const Path& file)
 {
-    QFile script(file.osPathQString());
-    if (!script.open(QIODevice::ReadOnly))
+    std::optional<QString> script = QTx::readText(file.osPathQString());
+    if (!script)
         throw HException(QStringLiteral("cannot open script file \"%1\"").arg(file.osPathQString()));
     m_scriptSystem.setSourceName(file.fileName());
-    execScript(QString::fromUtf8(script.readAll()) + QLatin1Char('\n'));
+    execScript(*script + QLatin1Char('\n'));
 }
 
 void System::applyPropertySetting(const QString& setting)
@@ -96,58 +127,81 @@ void System::applyPropertySetting(const QString& setting)
     throw HException(QLatin1String("unknown property: ") + name);
 }
 
+void System::listProperties()
+{
+    QString text = QStringLiteral("\"%1\" Properties:\n\n").arg(m_options.targetName);
+    PropertyValueList properties(false);
+    m_loader.targetInterface()->getProperties(properties);
+    for (PropertyValue* property : properties) {
+        const PropertyClass* info = property->propertyClass();
+        if (info->readOnly() || !property->visible())
+            continue;
+        text += QStringLiteral("  Name:        %1\n  Description: %2\n  Value      : %3\n\n")
+                    .arg(info->shortDescription(), info->longDescription(), property->toString());
+    }
+    StandardOutput::write(text);
+}
+
+void System::printUsage() const
+{
+    RELEASE_printVersionToStderr(m_programName.toLocal8Bit().constData());
+    fputs(Options::usage().toLocal8Bit().constData(), stderr);
+}
+
 void System::selectFileType()
 {
-    QByteArray wanted = m_fileType.toLocal8Bit();
+    QByteArray wanted = m_options.fileType.toLocal8Bit();
     for (const LoadFileTypeInfo& type : LoadFileFactory::instance()->types())
         if (strcasecmp(type.name, wanted.constData()) == 0) {
             m_loader.setFiletype(type.name);
             return;
         }
-    throw HException(QStringLiteral("unknown file type \"%1\"").arg(m_fileType));
+    throw HException(QStringLiteral("unknown file type \"%1\"").arg(m_options.fileType));
 }
 
 void System::selectProject()
 {
-    projectSystem->loadSolution(QFileInfo(m_solutionFile).absoluteFilePath(), nullptr, nullptr);
+    projectSystem->loadSolution(QFileInfo(m_options.solutionFile).absoluteFilePath(), nullptr, nullptr);
     const QMap<QString, ProjectElement*> projects = projectSystem->solutionProjects(nullptr);
-    QString list = QStringLiteral("\n\nProjects in \"%1\":\n").arg(QFileInfo(m_solutionFile).fileName());
+    QString list =
+        QStringLiteral("\n\nProjects in \"%1\":\n").arg(QFileInfo(m_options.solutionFile).fileName());
     for (auto project = projects.begin(); project != projects.end(); ++project)
         list += QLatin1String("\n  ") + project.key();
-    if (m_projectName.isEmpty())
+    if (m_options.projectName.isEmpty())
         throw HException(QLatin1String("no project specified (use -project)") + list);
     if (!projectSystem->haveSolution())
         throw HException("no solution specified (use -solution)");
 
-    const QString given = m_projectName.simplified();
+    const QString given = m_options.projectName.simplified();
     for (auto project = projects.begin(); project != projects.end(); ++project)
         if (project.key().simplified() == given)
-            m_projectName = project.key();
-    m_activeProject = projectSystem->findProject(projectSystem->solutionElement(), m_projectName);
+            m_options.projectName = project.key();
+    m_activeProject = projectSystem->findProject(projectSystem->solutionElement(), m_options.projectName);
     if (!m_activeProject)
-        throw HException(QStringLiteral("invalid project \"%1\"").arg(m_projectName) + list);
+        throw HException(QStringLiteral("invalid project \"%1\"").arg(m_options.projectName) + list);
 
     QStringList configurations;
     projectSystem->configurations(m_activeProject, configurations, 4);
-    list = QStringLiteral("\n\nBuild configurations for \"%1\":\n\n  ").arg(m_projectName) +
+    list = QStringLiteral("\n\nBuild configurations for \"%1\":\n\n  ").arg(m_options.projectName) +
            configurations.join(QLatin1String("\n  "));
-    if (m_configuration.isEmpty())
+    if (m_options.configuration.isEmpty())
         throw HException(QLatin1String("no build configuration specified (use -config)") + list);
-    if (!configurations.contains(m_configuration))
-        throw HException(QStringLiteral("invalid build configuration \"%1\"").arg(m_configuration) + list);
+    if (!configurations.contains(m_options.configuration))
+        throw HException(QStringLiteral("invalid build configuration \"%1\"").arg(m_options.configuration) +
+                         list);
 }
 
 void System::collectLoadFiles()
 {
-    if (!projectSystem->haveSolution() || !m_loadFileNames.isEmpty()) {
-        for (const QString& name : std::as_const(m_loadFileNames))
+    if (!projectSystem->haveSolution() || !m_options.loadFileNames.isEmpty()) {
+        for (const QString& name : std::as_const(m_options.loadFileNames))
             m_loader.addLoadFile(name);
         return;
     }
-    m_loader.addLoadFile(buildSystem->output(m_activeProject, m_configuration, true));
+    m_loader.addLoadFile(buildSystem->output(m_activeProject, m_options.configuration, true));
     const PropertyClass* additional =
         buildSystem->findPropertyClass(QStringLiteral("debug_additional_load_files"));
-    QString files = buildSystem->settingForExpanded(m_activeProject, additional, m_configuration);
+    QString files = buildSystem->settingForExpanded(m_activeProject, additional, m_options.configuration);
     for (const QString& name : files.split(QLatin1Char(';'), Qt::SkipEmptyParts))
         m_loader.addLoadFile(name);
 }
@@ -158,18 +212,21 @@ int System::runSession()
     TargetInterface* target = m_loader.targetInterface();
     QObject::connect(&interrupt, &Interrupt::interrupted, this, [this, target] {
         try { // nothing may be thrown into the event loop; the session ends in any case
-            m_terminal ? debugger->stop() : target->stop();
+            if (m_terminal)
+                debugger->stop();
+            else
+                target->stop();
         } catch (const HException&) {
         }
     });
     try {
-        m_loader.connectTarget(m_activeProject, m_configuration);
+        m_loader.connectTarget(m_activeProject, m_options.configuration);
         target->reset(true, true);
         target->loadBegin();
         try {
-            if (m_download)
+            if (m_options.download)
                 m_loader.downloadLoadFiles();
-            if (m_verify)
+            if (m_options.verify)
                 m_loader.verifyLoadFiles();
         } catch (...) {
             target->abandonLoad();
@@ -187,7 +244,7 @@ int System::runSession()
     } catch (const Interrupted&) {
         endInterrupted();
     }
-    if (m_disconnect && target->isConnected())
+    if (m_options.disconnect && target->isConnected())
         m_loader.disconnectTarget();
     return m_exitStatus;
 }
@@ -203,13 +260,13 @@ void System::endInterrupted()
 void System::startProgram()
 {
     TargetInterface* target = m_loader.targetInterface();
-    if (m_serve) {
+    if (m_options.serve) {
         QString entry = entryPoint();
         if (!entry.isEmpty()) {
             run(entry);
             return;
         }
-        fputs("warning: nothing to serve: the load file has no entry point (use -entry)\n", stderr);
+        m_face.warning(QStringLiteral("nothing to serve: the load file has no entry point (use -entry)"));
     }
     LoadFileInterface* first = m_loader.loadFiles().items().front().file;
     if (!first->hasEntryPoint()) {

@@ -3,7 +3,7 @@
 #include "maxq30/jtag/MAXQ30Serial2JTAGTargetInterface.h"
 #include "maxq30/jtag/MAXQ30TetherTargetInterface.h"
 #include "maxq30/sim/MAXQ30Simulator.h"
-#include "target/TargetInterfaceHelperFunctions.h"
+#include "target/download/TargetInterfaceHelperFunctions.h"
 
 #include <cstring>
 
@@ -29,12 +29,6 @@ const Row g_rows[] = {
 };
 
 } // namespace
-
-TargetInterfaceFactory* TargetInterfaceFactory::instance()
-{
-    static TargetInterfaceFactory* factory = new MAXQ30TargetInterfaceFactory;
-    return factory;
-}
 
 MAXQ30TargetInterfaceFactory::MAXQ30TargetInterfaceFactory()
 {

@@ -1,10 +1,10 @@
-#include "loadfile/LoadFileFactory.h"
 #include "support/TempDir.h"
 #include "tests/support/Failure.h"
 #include "tests/target/FakeTarget.h"
 #include "tests/zoff/Records.h"
 #include "zoff/ZOFFDebugIndex.h"
 #include "zoff/ZOFFLoadFile.h"
+#include "zoff/ZOFFLoadFileFactory.h"
 #include "zoff/ZOFFModule.h"
 #include "zoff/ZOFFTargetInterface.h"
 #include "zoff/ZOFFfiles.h"
@@ -89,9 +89,9 @@ TEST(ZOFFLoadFile, SectionsAreRunsOfBytes)
 {
     TempDir dir;
     std::string path = dir.write("program.kvx", program().file());
-    LoadFileFactory* factory = LoadFileFactory::instance();
-    EXPECT_STREQ(factory->detect("foo.kvx.bak"), "kvx");
-    LoadFileInterface* file = factory->create(path.c_str(), "kvx");
+    ZOFFLoadFileFactory factory;
+    EXPECT_STREQ(factory.detect("foo.kvx.bak"), "kvx");
+    LoadFileInterface* file = factory.create(path.c_str(), "kvx");
     EXPECT_FALSE(file->hasEntryPoint());
     EXPECT_TRUE(file->hasLoadAddress());
     EXPECT_TRUE(file->hasSymbols());
@@ -100,7 +100,7 @@ TEST(ZOFFLoadFile, SectionsAreRunsOfBytes)
         EXPECT_EQ(describe(file->loadFileSections().eeSections()), ".ee 4:ee ");
         file->invalidateLoadFileSections(); // built anew, and the EEPROM's not twice
     }
-    factory->destroy(file);
+    factory.destroy(file);
     EXPECT_EQ(g_ZOFFfiles.count(), 0u);
 
     path = dir.write("none.kvx", Records().module().section(".ram", 2).byte(0, 1).file());

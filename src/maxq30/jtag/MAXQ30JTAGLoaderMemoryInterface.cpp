@@ -110,6 +110,30 @@ std::pair<unsigned char, unsigned char> MAXQ30JTAGLoaderMemoryInterface::getFlag
     return {answer[0], answer[1]};
 }
 
+void MAXQ30JTAGLoaderMemoryInterface::command(const unsigned char* bytes, unsigned count)
+{
+    _maxqd_t* maxqd = m_target.driver();
+    if (!maxqd->loaderWrite(maxqd, bytes, count) && m_inLoader)
+        warnOfRefusal(bytes[0]);
+}
+
+// The error is that of the command, since the bootloader was asked nothing since. A load refuses its pages
+// one after the other, so each text is told once.
+void MAXQ30JTAGLoaderMemoryInterface::warnOfRefusal(unsigned char command)
+{
+    unsigned char error = getFlagsAndError().second;
+    const char* what = command == jtag::MasterErase                                  ? "an erase"
+                       : command == jtag::LoadVariable || command == jtag::LoadFixed ? "a load"
+                                                                                     : "a command";
+    const char* why = error ? getLoaderStatusString(error) : "it takes no more bytes";
+    QString text =
+        QStringLiteral("the bootloader refuses %1: %2").arg(QLatin1String(what), QLatin1String(why));
+    if (!m_refusals.contains(text)) {
+        m_refusals.append(text);
+        m_target.warn(text);
+    }
+}
+
 const char* MAXQ30JTAGLoaderMemoryInterface::getLoaderStatusString(unsigned char error)
 {
     return error < std::size(errorTexts) ? errorTexts[error] : "unknown error";
@@ -161,14 +185,13 @@ void MAXQ30JTAGLoaderMemoryInterface::alignedPokeBytes(unsigned int address, uns
 void MAXQ30JTAGLoaderMemoryInterface::pokeVariable(uint32_t address, unsigned length,
                                                    const unsigned char* data)
 {
-    _maxqd_t* maxqd = m_target.driver();
     while (length > 0) {
         unsigned piece = std::min(length, MaxData);
         unsigned char frame[HeaderBytes + MaxData] = {jtag::LoadVariable};
         Endian::packUINT16(frame, 1, uint16_t(piece), Endian::Little);
         Endian::packNumber(frame, 3, address, 3, Endian::Little);
         memcpy(frame + HeaderBytes, data, piece);
-        maxqd->loaderWrite(maxqd, frame, HeaderBytes + piece);
+        command(frame, HeaderBytes + piece);
         address += piece;
         data += piece;
         length -= piece;
@@ -178,7 +201,6 @@ void MAXQ30JTAGLoaderMemoryInterface::pokeVariable(uint32_t address, unsigned le
 void MAXQ30JTAGLoaderMemoryInterface::pokeFixed(uint32_t address, unsigned length, const unsigned char* data)
 {
     awaitPrompt();
-    _maxqd_t* maxqd = m_target.driver();
     uint32_t wordAddress = address >> 1;
     const unsigned slice = CodeWordBytes * m_report.fixedCodeLength;
     while (length > 0) {
@@ -188,7 +210,7 @@ void MAXQ30JTAGLoaderMemoryInterface::pokeFixed(uint32_t address, unsigned lengt
         Endian::packNumber(frame, 3, wordAddress, 3, Endian::Little);
         memset(frame + HeaderBytes, Erased, slice);
         memcpy(frame + HeaderBytes, data, piece);
-        maxqd->loaderWrite(maxqd, frame, HeaderBytes + slice);
+        command(frame, HeaderBytes + slice);
         wordAddress += m_report.fixedCodeLength;
         data += piece;
         length -= piece;

@@ -333,21 +333,30 @@ void MAXQ30JTAGTargetInterface::call(ESContext* context, ESObject* function, ESO
     switch (function->builtinId) {
     case LoaderMasterEraseCommand: {
         const unsigned char command[] = {jtag::MasterErase, 0};
-        _maxqd_t* maxqd = driver();
-        maxqd->loaderWrite(maxqd, command, sizeof command);
+        loaderCommand(command, sizeof command);
         break;
     }
     case LoaderRawCommand: {
         unsigned count = 0;
         auto bytes = context->toByteArray(biarg(argc, argv, 0), count);
-        _maxqd_t* maxqd = driver();
+        driver();
         if (count > 0)
-            maxqd->loaderWrite(maxqd, bytes.get(), count);
+            loaderCommand(bytes.get(), count);
         break;
     }
     default: HMonitor::call(context, function, self, argc, argv); return;
     }
     argv[0] = g_undefined;
+}
+
+// Outside a load nobody knows whether there is a bootloader to ask what it refused.
+void MAXQ30JTAGTargetInterface::loaderCommand(const unsigned char* bytes, unsigned count)
+{
+    _maxqd_t* maxqd = driver();
+    if (m_loaderMemory)
+        m_loaderMemory->command(bytes, count);
+    else
+        maxqd->loaderWrite(maxqd, bytes, count);
 }
 
 void MAXQ30JTAGTargetInterface::setTraceEnabled(bool on)

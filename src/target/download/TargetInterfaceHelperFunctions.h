@@ -21,5 +21,7 @@ protected:
     ~TargetInterfaceHelperFunctions() = default;
 };
 
-// The callbacks that every target of this process is made with; defined by the session.
+// The callbacks that every target of this process is made with; the program installs them before it makes
+// the first one.
 TargetInterfaceHelperFunctions* targetInterfaceHelperFunctions();
+void installTargetInterfaceHelperFunctions(TargetInterfaceHelperFunctions& helpers);

@@ -1,4 +1,4 @@
-#include "driver/session/StandardOutput.h"
+#include "driver/terminal/StandardOutput.h"
 
 #include "support/HException.h"
 
