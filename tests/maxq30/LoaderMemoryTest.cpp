@@ -1,5 +1,5 @@
 // The bootloader's memory: pages and commands, what it reports, and the way back to the debug engine.
-#include "FakeDevice.h"
+#include "maxq30/FakeDevice.h"
 #include "maxq30/jtag/MAXQ30JTAGLoaderMemoryInterface.h"
 #include "project/PropertyValue.h"
 #include "script/engine/ESContext.h"

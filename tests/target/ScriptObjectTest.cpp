@@ -1,8 +1,8 @@
 // The script object TargetInterface: every function, from a script.
-#include "FakeTarget.h"
 #include "script/engine/ESContext.h"
 #include "script/native/ESLibrary.h"
 #include "support/TempDir.h"
+#include "target/FakeTarget.h"
 
 namespace {
 
