@@ -4,10 +4,7 @@
 #include "driver/System.h"
 #include "driver/session/Interrupt.h"
 #include "driver/terminal/StandardOutput.h"
-#include "loadfile/LoadFileInterface.h"
-#include "project/BuildSystem.h"
 #include "support/HException.h"
-#include "support/Numbers.h"
 
 namespace {
 
@@ -37,24 +34,11 @@ private:
 
 } // namespace
 
-// Where the program begins, as the debugger takes it; empty when nobody says. A number from the command
-// line is in hexadecimal already.
-QString System::entryPoint() const
-{
-    LoadFileInterface* first = m_loader.loadFiles().items().front().file;
-    if (first->hasEntryPoint())
-        return toHexString(uint32_t(first->entryPoint()));
-    if (!m_options.entry.isEmpty() || !m_activeProject)
-        return m_options.entry;
-    const PropertyClass* symbol = buildSystem->findPropertyClass(QStringLiteral("debug_entry_point_symbol"));
-    return buildSystem->settingForExpanded(m_activeProject, symbol, m_options.configuration);
-}
-
 void System::run(const QString& entry)
 {
     TextTargetIOServerTerminal terminal(m_options.targetArguments, *this);
     terminal.setWaitingTarget(m_loader.targetInterface());
-    ConsoleScope console(m_terminal, m_face, terminal);
+    ConsoleScope console(m_terminal, m_terminalFace, terminal);
     ProgramRun::Scope scope(m_run, *terminal.server());
     m_run.setStopListener(&m_stopNotice);
     try {

@@ -21,7 +21,8 @@ TEST_F(CoreTest, RunsAProgramToItsKnownResult)
             crc = crc & 1 ? crc >> 1 ^ 0xEDB88320 : crc >> 1;
     }
     const uint32_t end[] = {18};
-    EXPECT_LT(core.run(1'000'000, end), 20'000u);
+    core.setStops(end);
+    EXPECT_LT(core.run(1'000'000), 20'000u);
     EXPECT_EQ(core.ip(), 18u);
     EXPECT_EQ(get(reg::A(0)), crc);
     EXPECT_EQ(events.take().size(), 255u);
@@ -145,13 +146,15 @@ TEST_F(CoreTest, RunStopsWhereItShould)
 {
     put(Words(10, 0xDA3A) + imm(dest::jump(dest::Always), 0xF5));
     const uint32_t stops[] = {4, 7};
-    EXPECT_EQ(core.run(1000, stops), 4u);
+    core.setStops(stops);
+    EXPECT_EQ(core.run(1000), 4u);
     EXPECT_EQ(core.ip(), 4u);
-    EXPECT_EQ(core.run(1000, stops), 3u); // not stopped again by the first instruction
+    EXPECT_EQ(core.run(1000), 3u); // not stopped again by the first instruction
     EXPECT_EQ(core.ip(), 7u);
-    EXPECT_EQ(core.run(1000, stops), 8u);
+    EXPECT_EQ(core.run(1000), 8u);
     EXPECT_EQ(core.ip(), 4u);
     EXPECT_EQ(core.run(0), 0u);
+    core.setStops({});
     EXPECT_EQ(core.run(25), 25u);
     EXPECT_EQ(core.cycles(), 40u);
 }

@@ -1,6 +1,6 @@
 // The download engine against a memory that notes every call.
-#include "FakeTarget.h"
-#include "tests/support/Failure.h"
+#include "support/Failure.h"
+#include "target/FakeTarget.h"
 
 #include <functional>
 #include <gtest/gtest.h>
