@@ -123,6 +123,8 @@ void Bootloader::execute()
     const std::vector<uint8_t>& c = m_command;
     switch (c[0]) {
     case MasterErase:
+        if (m_settings.locked)
+            return finish(NoPasswordMatch);
         if (c[1] != 0)
             return finish(BadParameter);
         m_journal.note("bootloader: erase everything");
@@ -173,6 +175,8 @@ void Bootloader::execute()
 
 void Bootloader::load(uint32_t address, size_t headerBytes)
 {
+    if (m_settings.locked)
+        return finish(NoPasswordMatch);
     std::span<const uint8_t> data = std::span(m_command).subspan(headerBytes);
     m_journal.note("bootloader: load " + std::to_string(data.size()) + " bytes at " +
                    std::to_string(address));
@@ -193,12 +197,15 @@ void Bootloader::answer(std::vector<uint8_t> bytes)
     m_phase = Phase::Answering;
 }
 
+// A refused command shows in the transfer that brought it: its closing byte is not taken.
 void Bootloader::finish(Error error)
 {
     m_error = error;
-    if (error)
+    if (error) {
+        busy(limits::LoaderTries);
         m_journal.note("bootloader: error " + std::to_string(error) + " after command " +
                        std::to_string(m_command[0]));
+    }
     prompt();
 }
 

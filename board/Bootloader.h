@@ -21,6 +21,7 @@ public:
         NoError = 0,
         FamilyNotSupported = 1,
         InvalidCommand = 2,
+        NoPasswordMatch = 3,
         BadParameter = 4,
     };
     static constexpr uint8_t Prompt = 0x3E;

@@ -34,6 +34,7 @@ struct Settings {
     // Faults. A board without power drives TDO to one level and hears nothing.
     std::optional<bool> stuckTDO;
     bool bootloaderStarts = true;
+    bool locked = false; // the bootloader refuses erases and loads
     // Code cells, as first and last byte address, that an erase clears but nothing can program.
     struct Range {
         uint32_t first;

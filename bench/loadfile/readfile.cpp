@@ -6,12 +6,6 @@
 
 #include <cstdio>
 
-LoadFileFactory* LoadFileFactory::instance()
-{
-    static LoadFileFactory factory;
-    return &factory;
-}
-
 // In KiB. The resource usage of a process would count what its parent held before.
 static long peakMemory()
 {
@@ -28,14 +22,15 @@ static long peakMemory()
 
 int main(int argc, char** argv)
 {
+    LoadFileFactory formats;
+    LoadFileFactory::install(formats);
     try {
         LoadFileList list;
         for (int i = 1; i < argc; ++i) {
-            LoadFileFactory* factory = LoadFileFactory::instance();
-            const char* type = factory->detect(argv[i]);
+            const char* type = formats.detect(argv[i]);
             if (!type)
                 throw HException(std::string("no type for ") + argv[i]);
-            list.add(factory->create(argv[i], type), argv[i], true);
+            list.add(formats.create(argv[i], type), argv[i], true);
         }
         uint64_t bytes = 0;
         size_t sections = 0;

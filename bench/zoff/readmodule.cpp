@@ -2,9 +2,7 @@
 // disassembly into a buffer: the work of a session as a process of its own. With "read" it does nothing but
 // read, with "walk" it reads and makes the objects. The rest of the process is the same, so a run by itself
 // can be compared with other programs.
-#include "maxq30/cpu/ZOFFMAXQ30Insn.cpp"
-#include "maxq30/cpu/ZOFFMAXQ30Reader.cpp"
-
+#include "maxq30/cpu/MAXQ30Processor.h"
 #include "zoff/ZOFFLoadFile.h"
 #include "zoff/ZOFFModule.h"
 #include "zoff/ZOFFSection.h"
@@ -58,6 +56,7 @@ void operator delete(void* memory, size_t) noexcept
 
 int main(int argc, char** argv)
 {
+    ZOFFProcessor::install(MAXQ30Processor);
     if (argc < 2)
         return 2;
     try {

@@ -3,63 +3,81 @@
 #include "debug/LaterVersion.h"
 #include "debug/SymbolicDebuggerInterface.h"
 #include "driver/session/Interrupt.h"
-#include "loadfile/LoadFileFactory.h"
+#include "driver/session/Release.h"
+#include "driver/terminal/StandardOutput.h"
 #include "project/BuildSystem.h"
 #include "project/EnvironmentSettings.h"
 #include "project/MacroSystem.h"
 #include "project/PackageSystem.h"
 #include "project/ProjectSystem.h"
+#include "project/ProjectTemplates.h"
 #include "support/HException.h"
 #include "support/PlatformConstants.h"
 #include "support/QTx.h"
+#include "support/Warning.h"
 
-#include <QFile>
 #include <QFileInfo>
 
-#include <strings.h>
+#include <cstdio>
+#include <iostream>
 
-TargetInterfaceHelperFunctions* targetInterfaceHelperFunctions()
-{
-    return &System::instance()->loader();
-}
+namespace {
+
+System* g_system = nullptr;
+
+} // namespace
 
 System* System::instance()
 {
-    static System* system = new System;
-    return system;
+    if (!g_system)
+        g_system = new System;
+    return g_system;
+}
+
+void System::destroy()
+{
+    delete g_system;
+    g_system = nullptr;
+}
+
+System::System() : m_options(*report, m_face)
+{
+    scriptSystem = &m_scriptSystem;
+    m_console.installScriptObject(m_scriptSystem.context());
+    m_wscript.installScriptObject(m_scriptSystem.context());
+}
+
+System::~System()
+{
+    scriptSystem = nullptr;
 }
 
 int System::exec(int argc, char** argv)
 {
     m_exitStatus = 0;
-    m_benchDirectory = QTx::rootDirectory();
-    m_packagesDirectory = QStringLiteral("$(BenchUserDir)/packages");
-    parse(argc - 1, argv + 1);
-    m_loader.setVerbosity(m_quiet, m_verbose);
+    m_run.setDebugger(debugger);
+    m_options.benchDirectory = QTx::rootDirectory();
+    m_options.packagesDirectory = QStringLiteral("$(BenchUserDir)/packages");
+    m_options.parse(argc - 1, argv + 1);
+    m_loader.setVerbosity(m_options.quiet, m_options.verbose);
+    if (!m_options.templatesFile.isEmpty())
+        templatesFile = m_options.templatesFile;
 
-    setupDefaultSystemMacros(m_benchDirectory);
-    PackageSystem::setupPackageMacros(m_packagesDirectory);
+    setupDefaultSystemMacros(macroSystem, m_options.benchDirectory);
+    PackageSystem::setupPackageMacros(macroSystem, m_options.packagesDirectory);
     macroSystem.setSystemMacro(QStringLiteral("Platform"), QString::fromLatin1(Get_PLATFORM()).toLower());
-    if (argc <= 1 || m_help) {
+    if (argc <= 1 || m_options.help) {
         printUsage();
         return m_exitStatus;
     }
-    if (m_targetName.isEmpty())
-        throw HException("no target interface specified (use -target)");
-    m_loader.setTarget(m_targetName);
-    for (const QString& setting : std::as_const(m_propertySettings))
-        applyPropertySetting(setting);
-    if (m_listProperties) {
+    m_steps.selectTarget();
+    if (m_options.listProperties) {
         listProperties();
         return m_exitStatus;
     }
-    if (!m_fileType.isEmpty())
-        selectFileType();
     m_loader.targetInterface()->installScriptObject(m_scriptSystem.context());
-    if (!m_solutionFile.isEmpty())
-        selectProject();
-    collectLoadFiles();
-    if (m_debug)
+    m_steps.selectFiles();
+    if (m_options.debug)
         notInThisVersion("debug a program (-debug)");
     if (m_loader.loadFiles().isEmpty())
         return m_exitStatus;
@@ -73,83 +91,32 @@ void System::execScript(const QString& text)
 
 void System::execScriptFile(const Path& file)
 {
-    QFile script(file.osPathQString());
-    if (!script.open(QIODevice::ReadOnly))
+    std::optional<QString> script = QTx::readText(file.osPathQString());
+    if (!script)
         throw HException(QStringLiteral("cannot open script file \"%1\"").arg(file.osPathQString()));
     m_scriptSystem.setSourceName(file.fileName());
-    execScript(QString::fromUtf8(script.readAll()) + QLatin1Char('\n'));
+    execScript(*script + QLatin1Char('\n'));
 }
 
-void System::applyPropertySetting(const QString& setting)
+void System::listProperties()
 {
-    qsizetype equals = setting.indexOf(QLatin1Char('='));
-    if (equals <= 0 || equals + 1 == setting.size())
-        throw HException("format for option should be \"-setprop PROPERTY=VALUE\"");
-    QString name = setting.left(equals);
+    QString text = QStringLiteral("\"%1\" Properties:\n\n").arg(m_options.targetName);
     PropertyValueList properties(false);
     m_loader.targetInterface()->getProperties(properties);
-    for (PropertyValue* property : properties)
-        if (property->propertyClass()->shortDescription() == name) {
-            property->setValue(setting.mid(equals + 1));
-            return;
-        }
-    throw HException(QLatin1String("unknown property: ") + name);
-}
-
-void System::selectFileType()
-{
-    QByteArray wanted = m_fileType.toLocal8Bit();
-    for (const LoadFileTypeInfo& type : LoadFileFactory::instance()->types())
-        if (strcasecmp(type.name, wanted.constData()) == 0) {
-            m_loader.setFiletype(type.name);
-            return;
-        }
-    throw HException(QStringLiteral("unknown file type \"%1\"").arg(m_fileType));
-}
-
-void System::selectProject()
-{
-    projectSystem->loadSolution(QFileInfo(m_solutionFile).absoluteFilePath(), nullptr, nullptr);
-    const QMap<QString, ProjectElement*> projects = projectSystem->solutionProjects(nullptr);
-    QString list = QStringLiteral("\n\nProjects in \"%1\":\n").arg(QFileInfo(m_solutionFile).fileName());
-    for (auto project = projects.begin(); project != projects.end(); ++project)
-        list += QLatin1String("\n  ") + project.key();
-    if (m_projectName.isEmpty())
-        throw HException(QLatin1String("no project specified (use -project)") + list);
-    if (!projectSystem->haveSolution())
-        throw HException("no solution specified (use -solution)");
-
-    const QString given = m_projectName.simplified();
-    for (auto project = projects.begin(); project != projects.end(); ++project)
-        if (project.key().simplified() == given)
-            m_projectName = project.key();
-    m_activeProject = projectSystem->findProject(projectSystem->solutionElement(), m_projectName);
-    if (!m_activeProject)
-        throw HException(QStringLiteral("invalid project \"%1\"").arg(m_projectName) + list);
-
-    QStringList configurations;
-    projectSystem->configurations(m_activeProject, configurations, 4);
-    list = QStringLiteral("\n\nBuild configurations for \"%1\":\n\n  ").arg(m_projectName) +
-           configurations.join(QLatin1String("\n  "));
-    if (m_configuration.isEmpty())
-        throw HException(QLatin1String("no build configuration specified (use -config)") + list);
-    if (!configurations.contains(m_configuration))
-        throw HException(QStringLiteral("invalid build configuration \"%1\"").arg(m_configuration) + list);
-}
-
-void System::collectLoadFiles()
-{
-    if (!projectSystem->haveSolution() || !m_loadFileNames.isEmpty()) {
-        for (const QString& name : std::as_const(m_loadFileNames))
-            m_loader.addLoadFile(name);
-        return;
+    for (PropertyValue* property : properties) {
+        const PropertyClass* info = property->propertyClass();
+        if (info->readOnly() || !property->visible())
+            continue;
+        text += QStringLiteral("  Name:        %1\n  Description: %2\n  Value      : %3\n\n")
+                    .arg(info->shortDescription(), info->longDescription(), property->toString());
     }
-    m_loader.addLoadFile(buildSystem->output(m_activeProject, m_configuration, true));
-    const PropertyClass* additional =
-        buildSystem->findPropertyClass(QStringLiteral("debug_additional_load_files"));
-    QString files = buildSystem->settingForExpanded(m_activeProject, additional, m_configuration);
-    for (const QString& name : files.split(QLatin1Char(';'), Qt::SkipEmptyParts))
-        m_loader.addLoadFile(name);
+    StandardOutput::write(text);
+}
+
+void System::printUsage() const
+{
+    RELEASE_printVersionToStderr(m_programName.toLocal8Bit().constData());
+    fputs(Options::usage().toLocal8Bit().constData(), stderr);
 }
 
 int System::runSession()
@@ -158,24 +125,16 @@ int System::runSession()
     TargetInterface* target = m_loader.targetInterface();
     QObject::connect(&interrupt, &Interrupt::interrupted, this, [this, target] {
         try { // nothing may be thrown into the event loop; the session ends in any case
-            m_terminal ? debugger->stop() : target->stop();
+            if (m_terminal)
+                debugger->stop();
+            else
+                target->stop();
         } catch (const HException&) {
         }
     });
     try {
-        m_loader.connectTarget(m_activeProject, m_configuration);
-        target->reset(true, true);
-        target->loadBegin();
-        try {
-            if (m_download)
-                m_loader.downloadLoadFiles();
-            if (m_verify)
-                m_loader.verifyLoadFiles();
-        } catch (...) {
-            target->abandonLoad();
-            throw;
-        }
-        target->loadEnd();
+        m_loader.connectTarget(m_steps.activeProject(), m_options.configuration);
+        m_steps.load();
         Interrupt::check();
         startProgram();
         Interrupt::check();
@@ -187,7 +146,7 @@ int System::runSession()
     } catch (const Interrupted&) {
         endInterrupted();
     }
-    if (m_disconnect && target->isConnected())
+    if (m_options.disconnect && target->isConnected())
         m_loader.disconnectTarget();
     return m_exitStatus;
 }
@@ -203,13 +162,13 @@ void System::endInterrupted()
 void System::startProgram()
 {
     TargetInterface* target = m_loader.targetInterface();
-    if (m_serve) {
-        QString entry = entryPoint();
+    if (m_options.serve) {
+        QString entry = m_steps.entryPoint();
         if (!entry.isEmpty()) {
             run(entry);
             return;
         }
-        fputs("warning: nothing to serve: the load file has no entry point (use -entry)\n", stderr);
+        m_face.warning(QStringLiteral("nothing to serve: the load file has no entry point (use -entry)"));
     }
     LoadFileInterface* first = m_loader.loadFiles().items().front().file;
     if (!first->hasEntryPoint()) {

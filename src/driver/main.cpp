@@ -1,10 +1,12 @@
 // The entry of the tool: makes the objects that live until the process ends, runs the session, and
 // prints what stopped it.
 
+#include "debug/symbols/SymbolicDebug.h"
 #include "driver/System.h"
-#include "driver/session/StandardOutput.h"
+#include "driver/terminal/StandardOutput.h"
 #include "maxq30/MAXQ30TargetInterfaceFactory.h"
 #include "maxq30/cpu/MAXQ30Debugger.h"
+#include "maxq30/cpu/MAXQ30Processor.h"
 #include "project/EnvironmentSettings.h"
 #include "project/MAXQ30BuildSystem.h"
 #include "project/MAXQ30ProjectSystem.h"
@@ -12,6 +14,8 @@
 #include "project/SolutionLoadError.h"
 #include "support/HException.h"
 #include "support/QTx.h"
+#include "target/download/TargetInterfaceHelperFunctions.h"
+#include "zoff/ZOFFLoadFileFactory.h"
 
 #include <QCoreApplication>
 #include <QRegularExpression>
@@ -50,6 +54,48 @@ void openStandardStreams()
     }
 }
 
+// What lives until the process ends, also after a failure: the system goes first and closes its link, while
+// all that it stands on is there.
+class Objects {
+public:
+    Objects() = default;
+    ~Objects()
+    {
+        delete debugger; // knows the target
+        debugger = nullptr;
+        System::destroy();
+        delete buildSystem;
+        delete projectSystem;
+        macroSystem.setSettings(nullptr);
+        delete environment;
+        environment = nullptr;
+        delete report;
+        report = nullptr;
+    }
+    Objects(const Objects&) = delete;
+    Objects& operator=(const Objects&) = delete;
+
+    static void make(const char* program)
+    {
+        ZOFFProcessor::install(MAXQ30Processor);
+        ZOFFDebugIndex::install(SymbolicDebugIndex);
+        static ZOFFLoadFileFactory loadFileFactory;
+        LoadFileFactory::install(loadFileFactory);
+        static MAXQ30TargetInterfaceFactory targetFactory;
+        TargetInterfaceFactory::install(targetFactory);
+        report = new Reporter{program, std::cerr};
+        environment = new EnvironmentSettings;
+        environment->createEntries();
+        macroSystem.setSettings(environment);
+        projectSystem = new MAXQ30ProjectSystem(macroSystem);
+        buildSystem = new MAXQ30BuildSystem(*projectSystem, QStringList());
+        macroSystem.setSystemMacro(QStringLiteral("Platform"), QStringLiteral("maxq30"));
+        installTargetInterfaceHelperFunctions(System::instance()->loader());
+        debugger = new MAXQ30Debugger(&System::instance()->loader());
+        System::instance()->setProgramName(QStringLiteral("Loader"));
+    }
+};
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -57,19 +103,10 @@ int main(int argc, char** argv)
     openStandardStreams();
     QTx::setApplicationPath(argc > 0 ? argv[0] : "qburn", 1);
     QCoreApplication application(argc, argv);
-    report = new Reporter{argc > 0 ? argv[0] : "qburn", std::cerr};
+    Objects objects;
     try {
-        environment = new EnvironmentSettings;
-        environment->createEntries();
-        projectSystem = new MAXQ30ProjectSystem;
-        buildSystem = new MAXQ30BuildSystem(QStringList());
-        macroSystem.setSystemMacro(QStringLiteral("Platform"), QStringLiteral("maxq30"));
-        debugger = new MAXQ30Debugger(&System::instance()->loader());
-        System::instance()->setProgramName(QStringLiteral("Loader"));
-        int status = System::instance()->exec(argc, argv);
-        delete environment;
-        environment = nullptr;
-        return status;
+        Objects::make(argc > 0 ? argv[0] : "qburn");
+        return System::instance()->exec(argc, argv);
     } catch (const SolutionLoadError& failure) {
         if (failure.badXML())
             printFailure(

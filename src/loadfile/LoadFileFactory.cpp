@@ -5,6 +5,7 @@
 #include "loadfile/IntelHexLoadFile.h"
 #include "loadfile/SRecordLoadFile.h"
 #include "loadfile/TIHexLoadFile.h"
+#include "support/Installed.h"
 
 #include <cstring>
 #include <string_view>
@@ -32,6 +33,8 @@ const Type g_types[] = {
     {{"srec", "*.s19 *.srec", "Motorola S-Record"}, ".srec .SREC .s19 .S19", make<SRecordLoadFile>},
 };
 
+constinit Installed<LoadFileFactory> g_factory("the LoadFileFactory");
+
 bool endsWithAny(std::string_view name, std::string_view endings)
 {
     while (!endings.empty()) {
@@ -44,6 +47,16 @@ bool endsWithAny(std::string_view name, std::string_view endings)
 }
 
 } // namespace
+
+LoadFileFactory* LoadFileFactory::instance()
+{
+    return &g_factory.get();
+}
+
+void LoadFileFactory::install(LoadFileFactory& factory)
+{
+    g_factory.install(factory);
+}
 
 LoadFileFactory::LoadFileFactory()
 {

@@ -1,5 +1,5 @@
-// Recognises and makes load files by type. The factory in use also knows linked executables; it is
-// defined one floor up, where their class is.
+// Recognises and makes load files by type. The tool's factory also knows linked executables; it stands one
+// floor up, where their class is.
 #pragma once
 
 #include "loadfile/LoadFileInterface.h"
@@ -17,8 +17,9 @@ public:
     LoadFileFactory();
     virtual ~LoadFileFactory() = default;
 
-    // Made on first use and never destroyed.
+    // The factory in use, which is the program's to install before it reads a load file.
     static LoadFileFactory* instance();
+    static void install(LoadFileFactory& factory);
 
     // Reads the file at once, so that a bad one throws HException here. Null for an unknown type.
     // The caller owns the file and gives it back through destroy().

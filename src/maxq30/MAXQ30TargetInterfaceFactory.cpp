@@ -3,7 +3,7 @@
 #include "maxq30/jtag/MAXQ30Serial2JTAGTargetInterface.h"
 #include "maxq30/jtag/MAXQ30TetherTargetInterface.h"
 #include "maxq30/sim/MAXQ30Simulator.h"
-#include "target/TargetInterfaceHelperFunctions.h"
+#include "target/download/TargetInterfaceHelperFunctions.h"
 
 #include <cstring>
 
@@ -21,7 +21,7 @@ struct Row {
     Make make;
 };
 
-const Row g_rows[] = {
+const Row Rows[] = {
     {{"MAXQ30Serial2JTAGTargetInterface", "serial_jtag", "MAXQ Serial to JTAG"},
      make<MAXQ30Serial2JTAGTargetInterface>},
     {{"MAXQ30TetherTargetInterface", "usb_th", "Tether Pro"}, make<MAXQ30TetherTargetInterface>},
@@ -30,21 +30,15 @@ const Row g_rows[] = {
 
 } // namespace
 
-TargetInterfaceFactory* TargetInterfaceFactory::instance()
-{
-    static TargetInterfaceFactory* factory = new MAXQ30TargetInterfaceFactory;
-    return factory;
-}
-
 MAXQ30TargetInterfaceFactory::MAXQ30TargetInterfaceFactory()
 {
-    for (const Row& row : g_rows)
+    for (const Row& row : Rows)
         m_targets.push_back(row.info);
 }
 
 TargetInterface* MAXQ30TargetInterfaceFactory::create(const char* name)
 {
-    for (const Row& row : g_rows)
+    for (const Row& row : Rows)
         if (strcmp(row.info.className, name) == 0)
             return row.make(targetInterfaceHelperFunctions());
     return nullptr;

@@ -1,5 +1,5 @@
 // Conversions between numbers and text, with C strings in and out, as the object format and the
-// debugger use them. Functions that answer a `const char*` write into one static buffer each, which
+// debugger use them. Functions that return a `const char*` write into one static buffer each, which
 // the next call overwrites; they serve the main thread.
 #pragma once
 
@@ -20,5 +20,9 @@ const char* toStringFromint64(int64_t value, int radix);
 // buffer of 1,024 bytes is cut.
 const char* toStringFromDouble(double value, const char* format);
 
-// "0x" and as many digits as `maximum` needs, 1 to 8.
+// "0x" and as many lower-case digits as `maximum` needs, 1 to 8; as the value itself needs.
 QString toHexString(int value, int maximum);
+inline QString toHexString(uint32_t value)
+{
+    return toHexString(int(value), int(value));
+}

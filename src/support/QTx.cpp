@@ -1,5 +1,6 @@
 #include "support/QTx.h"
 
+#include <QFile>
 #include <QFileInfo>
 #include <QStandardPaths>
 
@@ -78,6 +79,14 @@ bool makeDir(const QString& directory)
 bool removeFile(const QString& file)
 {
     return QFile::remove(file);
+}
+
+std::optional<QString> readText(const QString& name)
+{
+    QFile file(name);
+    if (!file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    return QString::fromUtf8(file.readAll());
 }
 
 void sleep(unsigned milliseconds)

@@ -4,6 +4,8 @@
 #include <QDir>
 #include <QString>
 
+#include <optional>
+
 namespace QTx {
 
 // The application directory is the directory of argv0, with links resolved (a relative name counts
@@ -23,10 +25,13 @@ bool makeDir(const QDir& directory);
 bool makeDir(const QString& directory);
 bool removeFile(const QString& file);
 
+// The whole file as UTF-8 text; nothing when it cannot be opened.
+std::optional<QString> readText(const QString& file);
+
 // Blocks the calling thread.
 void sleep(unsigned milliseconds);
 
-// dlopen, dlsym and dlclose. loadDLL answers null on failure; dllError() then tells the reason.
+// dlopen, dlsym and dlclose. loadDLL returns null on failure; dllError() then tells the reason.
 void* loadDLL(const QString& file);
 void* getDLLAddress(void* library, const QString& name);
 void unloadDLL(void* library);

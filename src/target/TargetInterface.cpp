@@ -1,8 +1,9 @@
 #include "target/TargetInterface.h"
 
 #include "project/BuildSystem.h"
+#include "project/EnvironmentSettings.h"
 #include "project/ProjectSystem.h"
-#include "support/HException.h"
+#include "support/Bracket.h"
 #include "support/PlatformConstants.h"
 
 TargetInterface::TargetInterface(int capabilities, const char* name, TargetInterfaceHelperFunctions* helpers)
@@ -12,7 +13,7 @@ TargetInterface::TargetInterface(int capabilities, const char* name, TargetInter
                       "The detected type of the currently connected target device."),
       m_eraseAllClass("loaderEraseAll", PropertyClass::Boolean, QString(), QString(), "Loader", "Erase All",
                       "Erase all erasable memory rather than individual segments when downloading."),
-      m_deviceId(&m_deviceIdClass), m_eraseAll(&m_eraseAllClass)
+      m_deviceId(&m_deviceIdClass), m_eraseAll(&m_eraseAllClass), m_download(*this, *helpers)
 {
     m_deviceIdClass.setReadOnly(true);
 }
@@ -67,22 +68,15 @@ void TargetInterface::loadBegin()
 {
     if (m_loadDepth++ > 0)
         return;
-    for (AddressRanges& ranges : m_touched)
-        ranges.clear();
-    try {
-        loadBeginInitial();
-    } catch (...) {
-        --m_loadDepth;
-        throw;
-    }
+    Bracket depth([this] { --m_loadDepth; });
+    m_download.forgetErased();
+    loadBeginInitial();
+    depth.dismiss();
 }
 
 void TargetInterface::loadEnd()
 {
-    struct Lower {
-        int& depth;
-        ~Lower() { --depth; }
-    } lower{m_loadDepth};
+    Bracket depth([this] { --m_loadDepth; });
     if (m_loadDepth == 1)
         loadEndFinal();
 }
@@ -110,4 +104,65 @@ QString TargetInterface::memoryMapFile()
     if (m_project && !m_configuration.isEmpty())
         buildSystem->useMemoryMapFileForLink(m_project, m_configuration, result);
     return result;
+}
+
+int TargetInterface::sizeDisplayUnit()
+{
+    PropertyValue* entry = environment ? environment->findProperty("Environment/Size Display Unit") : nullptr;
+    return entry ? entry->toInt() : 0;
+}
+
+void TargetInterface::eraseAll()
+{
+    m_download.eraseAll();
+}
+
+void TargetInterface::eraseBytes(uint32_t address, unsigned count, int memory)
+{
+    m_download.eraseBytes(address, count, memory);
+}
+
+void TargetInterface::lockAll()
+{
+    m_download.lockAll();
+}
+
+void TargetInterface::lockBytes(uint32_t address, unsigned count, int memory)
+{
+    m_download.lockBytes(address, count, memory);
+}
+
+void TargetInterface::unlockAll()
+{
+    m_download.unlockAll();
+}
+
+void TargetInterface::unlockBytes(uint32_t address, unsigned count, int memory)
+{
+    m_download.unlockBytes(address, count, memory);
+}
+
+void TargetInterface::eraseLoadFile(LoadFileInterface* file, const char* name, bool patched)
+{
+    m_download.eraseLoadFile(file, name, patched);
+}
+
+void TargetInterface::downloadLoadFile(LoadFileInterface* file, const char* name, bool patched)
+{
+    m_download.downloadLoadFile(file, name, patched);
+}
+
+void TargetInterface::uploadLoadFile(LoadFileInterface* file, const char* name, LoadFileSections& result)
+{
+    m_download.uploadLoadFile(file, name, result);
+}
+
+void TargetInterface::checkLoadFileFits(LoadFileInterface* file)
+{
+    m_download.checkLoadFileFits(file);
+}
+
+bool TargetInterface::verifyLoadFile(LoadFileInterface* file, const char* name, bool patched, bool erasedOnly)
+{
+    return m_download.verifyLoadFile(file, name, patched, erasedOnly);
 }

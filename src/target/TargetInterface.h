@@ -2,19 +2,18 @@
 // connection, run control, memory and load files, for the session, the download engine and the
 // debugger. Operations report failure by throwing HException.
 //
-// Erase, program, verify and upload are in DownloadEngine.cpp, the script hooks in TargetScripts.cpp, and
-// the object that scripts see in TargetScriptObject.cpp.
+// Erase, program, verify and upload go to the DownloadEngine. The script hooks are in TargetScripts.cpp, the
+// object that scripts see in TargetScriptObject.cpp.
 #pragma once
 
 #include "project/PropertyClass.h"
 #include "script/engine/ESClass.h"
-#include "support/AddressRanges.h"
-#include "target/TargetInterfaceHelperFunctions.h"
 #include "target/TargetInterfacePropertyValue.h"
+#include "target/download/DownloadEngine.h"
+#include "target/download/TargetInterfaceHelperFunctions.h"
 
 #include <QString>
 #include <QStringList>
-#include <functional>
 
 class LoadFileInterface;
 class LoadFileSectionInterface;
@@ -23,7 +22,7 @@ class ProjectElement;
 class TargetMemoryInterface;
 class TargetRegisterInterface;
 
-class TargetInterface : public ESClass {
+class TargetInterface : public ESClass, private DownloadTarget {
 public:
     enum Capability {
         CanAccessMemory = 0x3,
@@ -43,7 +42,7 @@ public:
     // A call of one of the script object's functions; the function object's builtin id says which.
     void call(ESContext* context, ESObject* function, ESObject* self, int argc, ESValue* argv) override;
 
-    const QString& name() const { return m_name; }
+    const QString& name() const override { return m_name; }
 
     virtual void connect(bool reset) = 0;
     virtual void disconnect() = 0;
@@ -55,9 +54,9 @@ public:
     virtual bool hasBeenExternallyDisconnected() { return false; }
 
     // Owned by the target; null when there is none. Good until it disconnects.
-    virtual TargetMemoryInterface* codeMemory() = 0;
+    TargetMemoryInterface* codeMemory() override = 0;
     virtual TargetMemoryInterface* dataMemory() = 0;
-    virtual TargetMemoryInterface* eeMemory() { return nullptr; }
+    TargetMemoryInterface* eeMemory() override { return nullptr; }
     virtual QStringList allMemoryInterfaces() { return {}; }
     virtual void selectMemoryInterface(const QString&) {}
     virtual void flushMemoryInterfaces() {}
@@ -79,9 +78,7 @@ public:
     virtual void loadBeginInitial() {}
     virtual void loadEndFinal() {}
 
-    // The download engine. Each call is a load of its own unless one is running. `memory` 0 is code
-    // memory, any other value EEPROM; `name` is the load file's path, for messages; `patched`
-    // chooses the patch copy of each section.
+    // What the download engine does; see there.
     virtual void eraseAll();
     virtual void eraseBytes(uint32_t address, unsigned count, int memory);
     virtual void lockAll();
@@ -91,14 +88,11 @@ public:
     virtual void eraseLoadFile(LoadFileInterface* file, const char* name, bool patched);
     virtual void downloadLoadFile(LoadFileInterface* file, const char* name, bool patched);
     virtual void uploadLoadFile(LoadFileInterface* file, const char* name, LoadFileSections& result);
-    // Throws, before anything is touched, when a section lies outside a known layout.
     virtual void checkLoadFileFits(LoadFileInterface* file);
-    // False on a mismatch. With `erasedOnly` a memory that supports differential downloading is
-    // compared only where this load erased it.
     virtual bool verifyLoadFile(LoadFileInterface* file, const char* name, bool patched, bool erasedOnly);
     virtual void patchLoadFile(LoadFileInterface*) {}
 
-    // Adds the object "TargetInterface" to a context's global scope; answers it, so that a target can add
+    // Adds the object "TargetInterface" to a context's global scope; returns it, so that a target can add
     // functions of its own, with ids from FirstFreeScriptId. The target must outlive the context.
     virtual ESObject* installScriptObject(ESContext* context);
 
@@ -108,7 +102,7 @@ public:
     virtual QString getObjectPixmap(bool) const { return {}; }
     virtual bool getObjectBold() const { return isConnected(); }
 
-    // The hooks answer false when the project has no script for the event.
+    // The hooks return false when the project has no script for the event.
     virtual bool executeResetScript(bool loader);
     virtual bool executeAttachScript();
     virtual bool executeRunScript();
@@ -127,19 +121,19 @@ public:
     virtual QStringList getMenuEntries() { return {}; }
     virtual void executeMenuEntry(const QString&) {}
     virtual unsigned long serialNumber() const { return 0; }
-    virtual QString addressString(unsigned address);
+    QString addressString(unsigned address) override;
     virtual void syncSettingsWithProject(ProjectElement* project, const QString& configuration);
 
     // A load is a nested bracket: only the outermost pair prepares the target and puts it back. The
     // depth goes down in every case, also when the preparation or loadEndFinal() throws.
-    void loadBegin();
-    void loadEnd();
+    void loadBegin() final;
+    void loadEnd() final;
     int loadDepth() const { return m_loadDepth; }
     // Forgets a load that failed, without a word to the target.
     void abandonLoad() { m_loadDepth = 0; }
 
     // Where the last failed verifyLoadFile() found the first difference, in words for a user.
-    const QString& verifyMismatch() const { return m_verifyMismatch; }
+    const QString& verifyMismatch() const { return m_download.verifyMismatch(); }
 
     void reconnect();
     QString deviceId() const { return m_deviceId.propertyValue(); }
@@ -169,20 +163,8 @@ protected:
                        const char* group = nullptr);
 
 private:
-    struct Pass;
     static void noop() {}
-    void asLoad(const QString& title, const char* operation, const std::function<void()>& body);
-    void forEachPass(const std::function<void(Pass&)>& body);
-    void checkCancelled(const char* operation);
-    void sectionMessage(const char* verb, const QString& name, uint32_t address, uint32_t length);
-    void eraseRange(Pass& pass, uint32_t address, uint32_t length, const unsigned char* data, bool compare);
-    void forAllMemory(const char* title, const char* operation, const char* labels[2], bool erasableOnly,
-                      void (TargetMemoryInterface::*act)());
-    void forFragments(Pass& pass, const char* operation, uint32_t address, unsigned count,
-                      unsigned (TargetMemoryInterface::*fragment)() const,
-                      void (TargetMemoryInterface::*act)(uint32_t, unsigned));
-    void forRange(const char* title, const char* operation, const char* label, uint32_t address,
-                  unsigned count, int memory, const std::function<void(Pass&)>& body);
+    int sizeDisplayUnit() override;
 
     QString m_name;
     int m_capabilities;
@@ -194,12 +176,7 @@ private:
     ProjectElement* m_project = nullptr;
     QString m_configuration;
     int m_loadDepth = 0;
-    QString m_verifyMismatch;
     QString m_targetScriptName;
-    AddressRanges m_touched[2]; // erased during the running load: code memory, EEPROM
+    DownloadEngine m_download;
     void (*m_progressing)() = noop;
 };
-
-// A length as "%1.%2 %3%4": whole part with commas, one truncated digit, unit, "B". The unit format
-// is 0 for kB and MB of 1000, 1 for KB and MB of 1024, 2 for kiB and MiB.
-QString kbSize(uint64_t length, int unitFormat);

@@ -1,6 +1,22 @@
 #include "target/TargetInterfaceFactory.h"
 
+#include "support/Installed.h"
+
 #include <cstring>
+
+namespace {
+constinit Installed<TargetInterfaceFactory> g_factory("the TargetInterfaceFactory");
+}
+
+TargetInterfaceFactory* TargetInterfaceFactory::instance()
+{
+    return &g_factory.get();
+}
+
+void TargetInterfaceFactory::install(TargetInterfaceFactory& factory)
+{
+    g_factory.install(factory);
+}
 
 // The base knows no class of target, whatever the name.
 TargetInterface* TargetInterfaceFactory::create(const char*)

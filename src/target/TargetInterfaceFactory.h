@@ -1,4 +1,4 @@
-// The targets that this tool knows, by class name, short name and description.
+// Makes targets by name. The factory in use knows those of the tool.
 #pragma once
 
 #include <vector>
@@ -16,8 +16,10 @@ class TargetInterfaceFactory {
 public:
     virtual ~TargetInterfaceFactory() = default;
 
-    // Made on first use and never destroyed; defined one floor up, where the targets are.
+    // The factory in use, which is the program's to install before it asks for a target: it stands one
+    // floor up, where the targets are.
     static TargetInterfaceFactory* instance();
+    static void install(TargetInterfaceFactory& factory);
 
     // A new target, owned by the caller, by exact class name; null for any other name.
     virtual TargetInterface* create(const char* name);

@@ -3,6 +3,7 @@
 #include "script/engine/ESContext.h"
 #include "script/host/ScriptSystem.h"
 #include "script/native/Builtin.h"
+#include "support/Bracket.h"
 #include "support/HException.h"
 #include "support/QTx.h"
 #include "target/TargetInterface.h"
@@ -17,7 +18,7 @@
 namespace {
 
 // Elements of an array that a script asks for at once: each is a property of a script object.
-constexpr uint32_t MaxElements = 1 << 20;
+constexpr uint32_t MaximumElements = 1 << 20;
 
 constexpr unsigned DelayPiece = 50; // milliseconds between looks at a request to stop
 
@@ -44,7 +45,7 @@ enum Function {
     SetDeviceTypeProperty,
 };
 
-constexpr Builtin g_functions[] = {
+constexpr Builtin Functions[] = {
     {"reset", "TargetInterface.prototype.reset", 0, false, Reset},
     {"go", "TargetInterface.prototype.go", 0, false, Go},
     {"peekByte", "TargetInterface.prototype.peekByte", 1, false, PeekByte},
@@ -71,7 +72,7 @@ constexpr Builtin g_functions[] = {
 uint32_t elementCount(ESContext* context, const ESValue& value)
 {
     uint32_t count = context->toUint32(value);
-    if (count > MaxElements)
+    if (count > MaximumElements)
         throw HException(QStringLiteral("%1 elements are more than a script can read at once").arg(count));
     return count;
 }
@@ -92,11 +93,11 @@ ESValue readBinary(ESContext* context, const QString& name)
     std::unique_ptr<FILE, int (*)(FILE*)> file(fopen(QFile::encodeName(name).constData(), "rb"), fclose);
     if (!file)
         return g_undefined;
-    std::vector<unsigned char> bytes(MaxElements + 1);
+    std::vector<unsigned char> bytes(MaximumElements + 1);
     bytes.resize(fread(bytes.data(), 1, bytes.size(), file.get()));
     if (ferror(file.get()))
         throw HException(QLatin1String("cannot read ") + name);
-    if (bytes.size() > MaxElements)
+    if (bytes.size() > MaximumElements)
         throw HException(name + QLatin1String(" is larger than a script can read at once"));
     return ESValue(context->fromByteArray(bytes.data(), unsigned(bytes.size())));
 }
@@ -104,13 +105,9 @@ ESValue readBinary(ESContext* context, const QString& name)
 void eraseBytes(TargetMemoryInterface* memory, uint32_t address, uint32_t count)
 {
     memory->eraseBytesBegin();
-    try {
-        memory->eraseBytes(address, count, nullptr, nullptr);
-    } catch (...) {
-        memory->eraseBytesEnd();
-        throw;
-    }
-    memory->eraseBytesEnd();
+    Bracket bracket([memory] { memory->eraseBytesEnd(); });
+    memory->eraseBytes(address, count, nullptr, nullptr);
+    bracket.end();
 }
 
 } // namespace
@@ -120,7 +117,7 @@ ESObject* TargetInterface::installScriptObject(ESContext* context)
     ESObject* object = context->mkobj(context->objectPrototype(), context->objectClass());
     context->valinstant(context->globalObject(), ESProperty::DontEnum,
                         ESStringPool::intern(QStringLiteral("TargetInterface")), ESValue(object));
-    for (const Builtin& row : g_functions)
+    for (const Builtin& row : Functions)
         biinst(context, object, row, context->functionPrototype(), this);
     return object;
 }
@@ -130,7 +127,7 @@ void TargetInterface::call(ESContext* context, ESObject* function, ESObject* sel
     auto number = [&](unsigned index) { return context->toUint32(biarg(argc, argv, index)); };
     auto text = [&] { return context->toString(biarg(argc, argv, 0)); };
     int id = function->builtinId;
-    if (id < 0 || id >= int(std::size(g_functions))) {
+    if (id < 0 || id >= int(std::size(Functions))) {
         ESClass::call(context, function, self, argc, argv);
         return;
     }

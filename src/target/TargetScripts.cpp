@@ -5,30 +5,12 @@
 #include "project/CachedTextFile.h"
 #include "project/ProjectElement.h"
 #include "script/host/ScriptSystem.h"
+#include "support/Bracket.h"
 #include "support/HException.h"
 #include "target/TargetInterface.h"
 
 namespace {
 constexpr int GroupCount = 0x4000; // of beginGroup: a group of the hooks
-
-// A message group, closed also when the script in it fails.
-struct MessageGroup {
-    MessageGroup(TargetInterfaceHelperFunctions* to, const char* title) : helpers(title ? to : nullptr)
-    {
-        if (helpers)
-            helpers->beginGroup(QLatin1String(title), GroupCount);
-    }
-    ~MessageGroup()
-    {
-        if (helpers)
-            helpers->endGroup(QString());
-    }
-    MessageGroup(const MessageGroup&) = delete;
-    MessageGroup& operator=(const MessageGroup&) = delete;
-
-    TargetInterfaceHelperFunctions* helpers;
-};
-
 } // namespace
 
 bool TargetInterface::executeResetScript(bool loader)
@@ -82,7 +64,12 @@ bool TargetInterface::executeScript(const char* property, const char* messagePre
     QString script = propertyValue(buildSystem->findPropertyClass(QLatin1String(property)), false);
     if (script.isEmpty())
         return false;
-    MessageGroup open(m_helpers, group);
+    if (group)
+        m_helpers->beginGroup(QLatin1String(group), GroupCount);
+    Bracket grouped([&] {
+        if (group)
+            m_helpers->endGroup(QString());
+    });
     if (messagePrefix)
         m_helpers->message(QLatin1String(messagePrefix) + script);
     if (!scriptSystem)

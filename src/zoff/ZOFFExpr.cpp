@@ -3,6 +3,7 @@
 #include "support/HException.h"
 #include "zoff/ZOFFFragment.h"
 #include "zoff/ZOFFMarker.h"
+#include "zoff/ZOFFProcessor.h"
 #include "zoff/ZOFFSymbol.h"
 #include "zoff/limits.h"
 
@@ -64,6 +65,11 @@ bool ZOFFRegisterExpr::equals(const ZOFFExpr* other) const
 ZOFFEvaluation ZOFFRegisterExpr::evaluate() const
 {
     return ZOFFEvaluation::failure({});
+}
+
+std::string ZOFFRegisterExpr::getRegisterName(int32_t number)
+{
+    return ZOFFProcessor::current().registerName(unsigned(number));
 }
 
 void ZOFFRegisterExpr::print(std::string& out) const

@@ -58,7 +58,7 @@ class ZOFFRegisterExpr : public ZOFFExpr {
 public:
     explicit ZOFFRegisterExpr(int32_t number) : ZOFFExpr(ZOFFKind::RegisterExpr), m_register(number) {}
     int32_t registerNumber() const { return m_register; }
-    // The processor's name for a register; defined where the processor is.
+    // The processor's name for a register.
     static std::string getRegisterName(int32_t number);
     bool equals(const ZOFFExpr* other) const override;
     ZOFFEvaluation evaluate() const override; // unresolved, without a message

@@ -29,8 +29,6 @@ public:
     virtual void setPC(long pc) { m_pc = int32_t(pc); }
     // Fixes the bytes from the operand. Throws HException with the reason when it is unresolved.
     virtual void encode() {}
-    // True when the item, encoded at its present pc, changes its length; a relaxation step.
-    virtual bool recode() { return false; }
 
     std::string printString() const;
 
@@ -141,6 +139,3 @@ protected:
 
     uint64_t m_opcode;
 };
-
-// An instruction of this build's processor, in the current pool; defined where the processor is.
-ZOFFProcessorInsn* newZOFFInsn(uint64_t opcode, ZOFFExpr* operand);

@@ -3,6 +3,7 @@
 #include "support/Endian.h"
 #include "support/HException.h"
 #include "zoff/ZOFFModule.h"
+#include "zoff/ZOFFProcessor.h"
 #include "zoff/ZOFFSection.h"
 #include "zoff/limits.h"
 
@@ -36,7 +37,7 @@ void encodeNumber(ZOFFInsn* insn, int size)
 {
     uint8_t bytes[8] = {};
     Endian::packNumber(bytes, 0, uint64_t(resolved(insn->operand())), unsigned(size),
-                       ZOFFModule::processorBigEndian() ? Endian::Big : Endian::Little);
+                       ZOFFProcessor::current().bigEndian ? Endian::Big : Endian::Little);
     insn->clearBytes();
     insn->appendBytes({reinterpret_cast<char*>(bytes), size_t(size)});
 }
@@ -65,7 +66,7 @@ void ZOFFDefBytesInsn::encode()
 
 int ZOFFDefAddrInsn::length() const
 {
-    return ZOFFModule::processorAddressSize();
+    return ZOFFProcessor::current().addressSize;
 }
 
 void ZOFFDefAddrInsn::print(std::string& out) const

@@ -6,6 +6,12 @@
 #include "zoff/ZOFFfiles.h"
 #include "zoff/limits.h"
 
+namespace {
+
+constexpr int32_t Unplaced = -1;
+
+} // namespace
+
 ZOFFLoadFile::ZOFFLoadFile(const Path& path) : m_module(g_ZOFFfiles.getModule(path))
 {
     if (!m_module)
@@ -47,9 +53,11 @@ void ZOFFLoadFile::addSection(ZOFFSection* section, int64_t& total)
         total += count;
         if (total > ZOFFLimits::CodeBytes)
             throw HException("bad object file: section " + name + " is too large");
-        if (bytes.address() < 0)
+        if (bytes.address() == Unplaced)
             throw HException("bad object file: section " + name + " has bytes without an address");
         auto pc = uint32_t(bytes.address());
+        if (uint64_t(pc) + uint64_t(count) > UINT32_MAX)
+            throw HException("bad object file: section " + name + " goes beyond the last address");
         if (!run || run->end() != pc) {
             finishRun();
             run = std::make_unique<ExpandingLoadFileSection>(name, pc);

@@ -8,12 +8,6 @@ namespace {
 const char ExecutableType[] = "kvx";
 }
 
-LoadFileFactory* LoadFileFactory::instance()
-{
-    static LoadFileFactory* factory = new ZOFFLoadFileFactory;
-    return factory;
-}
-
 ZOFFLoadFileFactory::ZOFFLoadFileFactory()
 {
     m_types.insert(m_types.begin(), {ExecutableType, "*.kvx", "Forgeline Executable"});

@@ -1,4 +1,4 @@
-// The load file factory in use: it knows linked executables beside the hex and binary formats.
+// The load file factory of the tool: it knows linked executables beside the hex and binary formats.
 #pragma once
 
 #include "loadfile/LoadFileFactory.h"

@@ -12,9 +12,6 @@ public:
     // The name, or "@" and a number that is handed out at the first printing.
     void print(std::string& out) const override;
 
-    // For a writer; -1 before it has a number, and for anything but a label.
-    int32_t writerIndex() const { return kind() == ZOFFKind::Marker ? m_numbers.number : -1; }
-    void setWriterIndex(int32_t index) { m_numbers.number = index; }
     // The symbol whose value is this place; null when there is none.
     ZOFFSymbol* label() const { return kind() == ZOFFKind::Marker ? m_label : nullptr; }
     void setLabel(ZOFFSymbol* symbol) { m_label = symbol; }

@@ -41,13 +41,6 @@ void ZOFFModule::makePublic(ZOFFSymbol* symbol)
     m_publicSymbols.set(symbol->name(), symbol);
 }
 
-void ZOFFModule::makePrivate(ZOFFSymbol* symbol)
-{
-    auto found = m_publicSymbols.find(symbol->name());
-    if (found != m_publicSymbols.end() && found->second == symbol)
-        m_publicSymbols.erase(found);
-}
-
 bool ZOFFModule::hasHiddenInsns() const
 {
     return std::any_of(m_sections.begin(), m_sections.end(),

@@ -39,7 +39,6 @@ public:
     const PoolList<ZOFFSymbol*>& allSymbols() const { return m_allSymbols; }
     // The symbol must have a name.
     void makePublic(ZOFFSymbol* symbol);
-    void makePrivate(ZOFFSymbol* symbol);
     const PublicSymbols& publicSymbols() const { return m_publicSymbols; }
 
     void addLibrary(const HString* name) { m_libraries.insert(name); }
@@ -50,32 +49,11 @@ public:
     void setProtected(bool on) { m_protected = on; }
     int32_t linkOrderPriority() const { return m_linkOrderPriority; }
     void setLinkOrderPriority(int32_t priority) { m_linkOrderPriority = priority; }
-    void addPatchableSymbol(ZOFFSymbol* symbol) { m_patchableSymbols.push_back(symbol); }
-    const PoolList<ZOFFSymbol*>& patchableSymbols() const { return m_patchableSymbols; }
 
     // Whether any instruction of any section is hidden.
     bool hasHiddenInsns() const;
     // Gives each marker that is the whole value of a symbol that symbol's name.
     void nameLabels();
-
-    // The processor, MAXQ30: sizes in bytes.
-    static constexpr int processorWordSize() { return 2; }
-    static constexpr int processorAddressSize() { return 2; }
-    static constexpr bool processorBigEndian() { return false; }
-    static constexpr uint32_t processorAddress(uint32_t address) { return address; }
-    // Bytes of an instruction: as many words as its opcode has, the first word in the highest bits.
-    static constexpr unsigned processorInsnLength(uint64_t opcode)
-    {
-        return opcode <= 0xFFFF ? 2 : opcode >> 48 ? 8 : opcode >> 32 ? 6 : 4;
-    }
-    // The opcode that `count` bytes of code stand for, 2 to 8.
-    static constexpr uint64_t processorOpcode(const uint8_t* bytes, unsigned count)
-    {
-        uint64_t opcode = 0;
-        for (unsigned i = 0; i < count; i += 2)
-            opcode = opcode << 16 | unsigned(bytes[i] | bytes[i + 1] << 8);
-        return opcode;
-    }
 
 private:
     explicit ZOFFModule(Pool* pool);
@@ -88,6 +66,5 @@ private:
     PoolList<ZOFFSymbol*> m_allSymbols;
     Libraries m_libraries;
     Attributes m_attributes;
-    PoolList<ZOFFSymbol*> m_patchableSymbols;
     Pool* m_pool;
 };

@@ -53,7 +53,6 @@ public:
     virtual const HString* getName() const { return m_name; }
     // Puts a symbol or a scope into a scope. Nothing else stands in one.
     virtual void setScope(ZOFFScope* scope) { (void)scope; }
-    virtual void markReachable(bool on) { m_reachable = on; }
     virtual ~ZOFFObject() = default;
 
     ZOFFKind kind() const { return ZOFFKind(m_kind); }
@@ -70,30 +69,14 @@ public:
     ZOFFTag scopeKind() const { return ZOFFTag(m_scopeKind); }
     void setScopeKind(ZOFFTag tag) { m_scopeKind = uint8_t(tag); }
 
-    // For a writer: whether the object is reachable by a number already, whether its definition is out.
-    bool aliasAssigned() const { return m_aliasAssigned; }
-    int32_t aliasNumber() const { return m_aliasNumber; }
-    void setAliasNumber(int32_t number)
-    {
-        m_aliasAssigned = true;
-        m_aliasNumber = number;
-    }
-    bool written() const { return m_written; }
-    void setWritten(bool on) { m_written = on; }
-    bool reachable() const { return m_reachable; }
-
 protected:
     explicit ZOFFObject(ZOFFKind kind, const HString* name = nullptr) : m_name(name), m_kind(uint8_t(kind)) {}
 
     ZOFFType* m_type = nullptr;
     mutable const HString* m_name;
-    int32_t m_aliasNumber = 0;
-    // A linked executable holds one object an instruction, so small things share bytes. Two bytes
-    // behind these are open to derived classes.
-    uint8_t m_aliasAssigned : 1 = false;
-    uint8_t m_written : 1 = false;
-    uint8_t m_reachable : 1 = false;
-    uint8_t m_kind : 5;
+    // A linked executable holds one object an instruction. Six bytes behind these two are open to derived
+    // classes.
+    uint8_t m_kind;
     uint8_t m_scopeKind = uint8_t(ZOFFTag::ScopeBlock);
 };
 

@@ -2,7 +2,7 @@
 
 #include "zoff/ZOFFFragment.h"
 #include "zoff/ZOFFMarker.h"
-#include "zoff/ZOFFModule.h"
+#include "zoff/ZOFFProcessor.h"
 
 #include <algorithm>
 #include <cstring>
@@ -73,7 +73,8 @@ ZOFFProcessorInsn* ZOFFPackedItems::makeInsn(const uint8_t* operation, const uin
     case SymbolValue: operand = new ZOFFSymbolExpr(take<ZOFFSymbol*>(operation)); break;
     case MarkerPlace: operand = new ZOFFMarkerExpr(take<ZOFFMarker*>(operation)); break;
     }
-    ZOFFProcessorInsn* insn = newZOFFInsn(ZOFFModule::processorOpcode(bytes, count), operand);
+    const ZOFFProcessor& processor = ZOFFProcessor::current();
+    ZOFFProcessorInsn* insn = processor.newInsn(processor.opcodeOf(bytes, count), operand);
     insn->appendBytes({reinterpret_cast<const char*>(bytes), count});
     insn->setPC(pc);
     insn->setHidden(number & Hidden);

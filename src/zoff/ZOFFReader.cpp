@@ -192,8 +192,7 @@ ZOFFMarker* ZOFFReader::marker(uint64_t number)
     }
     case ZOFFTag::Register: push(new ZOFFRegisterExpr(popInt32())); break;
     case ZOFFTag::SymbolVal: push(new ZOFFSymbolExpr(popSymbol())); break;
-    // A file carries fewer objects than bytes, so a larger number is a lie.
-    case ZOFFTag::MarkerRef: push(new ZOFFMarkerExpr(marker(uint64_t(popConst(0, m_input.size()))))); break;
+    case ZOFFTag::MarkerRef: push(new ZOFFMarkerExpr(marker(uint64_t(popConst(0, largestNumber()))))); break;
 
     case ZOFFTag::Alias: {
         auto n = uint64_t(popConst());
@@ -203,7 +202,7 @@ ZOFFMarker* ZOFFReader::marker(uint64_t number)
         break;
     }
     case ZOFFTag::MkAlias: {
-        auto n = size_t(popConst(0, m_input.size()));
+        auto n = size_t(popConst(0, largestNumber()));
         Entry entry = shared(popEntry());
         if (n >= m_aliases.size())
             m_aliases.resize(grownTo(n));
@@ -260,16 +259,12 @@ ZOFFMarker* ZOFFReader::marker(uint64_t number)
     }
     case ZOFFTag::Codelet: {
         int32_t index = popInt32();
-        ZOFFSymbol* symbol = popSymbol();
-        symbol->setCodeletIndex(index);
-        module().addPatchableSymbol(symbol);
+        popSymbol()->setCodeletIndex(index);
         break;
     }
     case ZOFFTag::Patchable: {
         int32_t value = popInt32();
-        ZOFFSymbol* symbol = popSymbol();
-        symbol->setPatchable(value);
-        module().addPatchableSymbol(symbol);
+        popSymbol()->setPatchable(value);
         break;
     }
     case ZOFFTag::Patched: {

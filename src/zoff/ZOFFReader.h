@@ -7,8 +7,10 @@
 
 #include "zoff/ZOFFInput.h"
 #include "zoff/ZOFFItemPacker.h"
+#include "zoff/ZOFFProcessor.h"
 #include "zoff/limits.h"
 
+#include <algorithm>
 #include <memory>
 #include <string_view>
 #include <vector>
@@ -48,10 +50,6 @@ protected:
     // One instruction, made from its operands on the stack.
     virtual ZOFFProcessorInsn* makeInsn() = 0;
 
-public:
-    virtual const char* processorName() const = 0;
-
-protected:
     // The operand stack. Each operation throws when the operand is not what it asks for.
     void push(ZOFFObject* object); // also null
     ZOFFObject* popObject();       // also null
@@ -129,6 +127,8 @@ private:
     void chargeNameBytes(size_t count);
     void chargeCode(size_t count); // and what has been packed
 
+    // The largest number that an alias or a marker may have.
+    uint64_t largestNumber() const { return std::max<uint64_t>(m_input.size(), ZOFFLimits::NumbersFree); }
     ZOFFModule& module() const;
     void needSection() const;
     ZOFFInsn& currentInsn();
@@ -144,6 +144,7 @@ private:
     bool packInsn(uint64_t opcode, ZOFFExpr* operand, bool hidden);
     void packLocus(ZOFFFilename* file, int32_t line);
 
+    const ZOFFProcessor& m_processor = ZOFFProcessor::current();
     ZOFFInput m_input;
     bool m_keepLoci;
     bool m_quick = false;
@@ -184,6 +185,3 @@ private:
     ZOFFPtrType* m_lastPointer = nullptr;
     std::vector<ZOFFInitInsn*> m_inits;
 };
-
-// The reader of this build's processor; defined where the processor is. The caller deletes it.
-ZOFFReader* newZOFFReader(HFileBlocks* input, bool keepLoci);

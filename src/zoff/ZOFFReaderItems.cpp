@@ -68,7 +68,7 @@ void ZOFFReader::chargeCode(size_t count)
         bad("too much code");
 }
 
-// The number has been checked against the size of the file; the name may be null.
+// The number has been checked; the name may be null.
 void ZOFFReader::placeMarker(uint64_t number, const HString* name)
 {
     ZOFFMarker* placed = marker(number);
@@ -108,7 +108,7 @@ void ZOFFReader::performItem(ZOFFTag tag)
         break;
     }
     case ZOFFTag::MarkerDef: {
-        auto number = uint64_t(popConst(0, m_input.size()));
+        auto number = uint64_t(popConst(0, largestNumber()));
         placeMarker(number, popNameOrNull());
         break;
     }

@@ -64,9 +64,9 @@ inline bool takeLiteral(const unsigned char*& at, uint64_t& value)
 // The code bytes of an instruction as records, where they are those that its opcode says; else null.
 // Moves behind the records.
 inline const char* takeBytes(const unsigned char*& at, std::string_view strings, uint64_t opcode,
-                             unsigned& count)
+                             unsigned& count, const ZOFFProcessor& processor)
 {
-    count = ZOFFModule::processorInsnLength(opcode);
+    count = ZOFFProcessor::insnLength(opcode);
     uint64_t offset, length;
     if (!takeLiteral(at, offset) || !takeLiteral(at, length) || at[0] != MkString || at[1] != SetBytes)
         return nullptr;
@@ -74,12 +74,12 @@ inline const char* takeBytes(const unsigned char*& at, std::string_view strings,
     if (length != count || offset > strings.size() || strings.size() - offset < count)
         return nullptr;
     const char* code = strings.data() + offset;
-    return ZOFFModule::processorOpcode(reinterpret_cast<const uint8_t*>(code), count) == opcode ? code
-                                                                                                : nullptr;
+    return processor.opcodeOf(reinterpret_cast<const uint8_t*>(code), count) == opcode ? code : nullptr;
 }
 
 // The same for an instruction of one word behind its usual records; `bytes` are the first of them.
-inline const char* takeWord(const unsigned char*& at, std::string_view strings, uint64_t bytes)
+inline const char* takeWord(const unsigned char*& at, std::string_view strings, uint64_t bytes,
+                            const ZOFFProcessor& processor)
 {
     const unsigned char* next = at + Insn2.size;
     uint64_t more = load(next);
@@ -99,7 +99,7 @@ inline const char* takeWord(const unsigned char*& at, std::string_view strings, 
     if (offset + 2 > strings.size())
         return nullptr;
     const char* code = strings.data() + offset;
-    if (ZOFFModule::processorOpcode(reinterpret_cast<const uint8_t*>(code), 2) != number(bytes, 3, 2))
+    if (processor.wordOf(reinterpret_cast<const uint8_t*>(code)) != number(bytes, 3, 2))
         return nullptr;
     at = next;
     return code;
@@ -163,7 +163,7 @@ bool ZOFFReader::packInsn(uint64_t opcode, ZOFFExpr* operand, bool hidden)
         return false;
     const unsigned char* at = m_input.at();
     unsigned count;
-    const char* bytes = takeBytes(at, m_strings, opcode, count);
+    const char* bytes = takeBytes(at, m_strings, opcode, count, m_processor);
     if (!bytes)
         return false;
     m_input.moveTo(at);
@@ -193,6 +193,8 @@ bool ZOFFReader::readPacked()
     const unsigned char* at = m_input.at();
     const unsigned char* const end = m_input.end() - ItemRecords;
     const std::string_view strings = m_strings;
+    const ZOFFProcessor& processor = m_processor;
+    const uint64_t largest = largestNumber();
     ZOFFItemPacker::Cursor cursor = m_packer.cursor();
     int32_t pc = m_pc;
     const uint8_t* lastInsn = m_packedInsn.operation;
@@ -221,7 +223,7 @@ bool ZOFFReader::readPacked()
             continue;
         }
         if (Insn2.matches(bytes) && cursor.isReady(pc) && ZOFFItemPacker::packsAt(pc)) {
-            if (const char* code = takeWord(at, strings, bytes)) {
+            if (const char* code = takeWord(at, strings, bytes, processor)) {
                 m_packedInsn.bytes = cursor.code;
                 m_packedInsn.operation = cursor.insn(code, 2);
                 m_packedInsn.pc = pc;
@@ -243,7 +245,7 @@ bool ZOFFReader::readPacked()
                 at = next;
                 continue;
             }
-            if (tag == unsigned(ZOFFTag::MarkerRef) && value <= m_input.size()) {
+            if (tag == unsigned(ZOFFTag::MarkerRef) && value <= largest) {
                 kind = Items::MarkerPlace;
                 operand = marker(value);
             } else if (tag == unsigned(ZOFFTag::Alias) && value < m_aliases.size()) {
@@ -272,7 +274,7 @@ bool ZOFFReader::readPacked()
             m_packedLocus.operation = cursor.locus(m_packedLocus.file, m_packedLocus.line);
         } else if (tag == Insn || tag == unsigned(ZOFFTag::HiddenInsn)) {
             unsigned count;
-            const char* code = takeBytes(next, strings, value, count);
+            const char* code = takeBytes(next, strings, value, count, processor);
             if (!code || !ZOFFItemPacker::packsAt(pc))
                 break;
             if (!cursor.isReady(pc)) [[unlikely]]
@@ -282,7 +284,7 @@ bool ZOFFReader::readPacked()
             m_packedInsn.bytes = cursor.code;
             m_packedInsn.operation = cursor.insn(code, count, tag != Insn, kind, operand);
             m_packedInsn.pc = pc;
-        } else if (tag == unsigned(ZOFFTag::MarkerDef) && !operand && value <= m_input.size()) {
+        } else if (tag == unsigned(ZOFFTag::MarkerDef) && !operand && value <= largest) {
             sync();
             chargeCode(0);
             placeMarker(value, nullptr);

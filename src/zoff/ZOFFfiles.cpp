@@ -2,6 +2,8 @@
 
 #include "support/HByteStream.h"
 #include "support/HException.h"
+#include "zoff/ZOFFDebugIndex.h"
+#include "zoff/ZOFFProcessor.h"
 #include "zoff/ZOFFReader.h"
 
 #include <algorithm>
@@ -30,7 +32,7 @@ ZOFFModule* ZOFFfiles::getModule(const Path& path)
     // Time and size are those from before the read: a file that is written meanwhile is read again.
     openFilesInfo info{now, now.lastModified(), now.size()};
     HFileBlocks input(now.osPath());
-    std::unique_ptr<ZOFFReader> reader(newZOFFReader(&input, true));
+    std::unique_ptr<ZOFFReader> reader = ZOFFProcessor::current().newReader(&input, true);
     info.module = reader->readFile(false);
     if (!info.module)
         return nullptr;
@@ -47,4 +49,36 @@ void ZOFFfiles::release(ZOFFModule* module)
         return;
     m_files.erase(found);
     ZOFFReader::release(module);
+}
+
+SymbolicDebug* ZOFFfiles::getSymbolicDebug(const Path& path)
+{
+    ZOFFModule* module = getModule(path);
+    if (!module)
+        throw HException("bad object file: no module in " + path.osPath());
+    auto info = std::find_if(m_files.begin(), m_files.end(),
+                             [module](const openFilesInfo& entry) { return entry.module == module; });
+    if (!info->symbolicDebug) {
+        try {
+            info->symbolicDebug = ZOFFDebugIndex::current().make(info->path, module);
+        } catch (...) {
+            release(module);
+            throw;
+        }
+    }
+    ++info->debugCount;
+    return info->symbolicDebug;
+}
+
+void ZOFFfiles::release(SymbolicDebug* debug)
+{
+    auto info = std::find_if(m_files.begin(), m_files.end(),
+                             [debug](const openFilesInfo& entry) { return entry.symbolicDebug == debug; });
+    if (!debug || info == m_files.end())
+        return;
+    if (--info->debugCount == 0) {
+        ZOFFDebugIndex::current().destroy(debug);
+        info->symbolicDebug = nullptr;
+    }
+    release(info->module);
 }

@@ -41,7 +41,3 @@ private:
 };
 
 extern ZOFFfiles g_ZOFFfiles;
-
-// Make and end the index over a module; defined with the debugger.
-SymbolicDebug* newSymbolicDebug(const Path& path, ZOFFModule* module);
-void deleteSymbolicDebug(SymbolicDebug* debug);

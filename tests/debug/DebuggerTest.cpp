@@ -17,6 +17,7 @@ class Debugger : public Sources, TargetIOServerTerminalInterface, TargetIOServer
 protected:
     Debugger()
     {
+        ZOFFDebugIndex::install(SymbolicDebugIndex);
         environment = &m_settings;
         m_settings.createEntries();
         subject.setTargetInterface(&target);

@@ -33,7 +33,7 @@ protected:
         ASSERT_EQ(keyboard ? openpty(&ends[1], &ends[0], nullptr, nullptr, nullptr) : pipe(ends), 0);
         m_read = ends[0];
         m_write = ends[1];
-        subject = std::make_unique<TextTargetIOServerTerminal>(QStringList{QString()}, m_read);
+        subject = std::make_unique<TextTargetIOServerTerminal>(QStringList{QString()}, observer, m_read);
     }
     void send(std::string_view text)
     {
@@ -62,6 +62,10 @@ protected:
     }
     std::string line() { return subject->getInputLine().toLatin1().toStdString(); }
 
+    struct Nobody : TextTargetIOServerTerminal::Observer {
+        void programExited() override {}
+        void outputFailed() override {}
+    } observer;
     std::unique_ptr<TextTargetIOServerTerminal> subject;
 
 private:
@@ -95,7 +99,7 @@ TEST_F(Console, PipedLinesAndCharacters)
 TEST_F(Console, InputWithoutEndIsReadInLimitedPieces)
 {
     int yes = ::open("/dev/zero", O_RDONLY);
-    TextTargetIOServerTerminal terminal({}, yes);
+    TextTargetIOServerTerminal terminal({}, observer, yes);
     terminal.poll();
     EXPECT_EQ(terminal.inputLines(), 1) << "a line has a longest length";
     EXPECT_FALSE(terminal.inputEnded());
@@ -110,7 +114,7 @@ TEST_F(Console, ManyLinesAndLongOnesTakeLinearTime)
     for (int i = 0; i < 2000000; ++i)
         fputc('x', file);
     rewind(file);
-    TextTargetIOServerTerminal terminal({}, fileno(file));
+    TextTargetIOServerTerminal terminal({}, observer, fileno(file));
     int lines = 0;
     qsizetype characters = 0;
     while (lines < 500000) {

@@ -1,16 +1,9 @@
 // The text load formats: the first byte chooses the reader, the rest is the file.
 #include "loadfile/HexLoadFile.h"
 #include "loadfile/IntelHexLoadFile.h"
-#include "loadfile/LoadFileFactory.h"
 #include "loadfile/SRecordLoadFile.h"
 #include "loadfile/TIHexLoadFile.h"
 #include "support/HException.h"
-
-LoadFileFactory* LoadFileFactory::instance()
-{
-    static LoadFileFactory factory;
-    return &factory;
-}
 
 namespace {
 

@@ -1,9 +1,10 @@
 // Object files: the input is the file. What walks a module in the product is walked here as well:
 // sections and metrics, load sections, expressions, names of types, the scope tree, disassembly.
-#include "maxq30/cpu/ZOFFMAXQ30Insn.cpp"
-#include "maxq30/cpu/ZOFFMAXQ30Reader.cpp"
-
 #include "loadfile/LoadFileSections.h"
+#include "maxq30/cpu/ZOFFMAXQ30Insn.h"
+#include "maxq30/cpu/ZOFFMAXQ30Reader.h"
+#include "support/HException.h"
+#include "tests/support/MAXQ30Records.h"
 #include "zoff/ZOFFItems.h"
 #include "zoff/ZOFFMarker.h"
 #include "zoff/ZOFFModule.h"

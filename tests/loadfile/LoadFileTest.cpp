@@ -7,13 +7,6 @@
 
 #include <cstring>
 
-// The tool's own factory lives one floor up.
-LoadFileFactory* LoadFileFactory::instance()
-{
-    static LoadFileFactory factory;
-    return &factory;
-}
-
 namespace {
 
 // A load file made of the given ranges, each byte the number of its section.

@@ -25,6 +25,20 @@ class Executables(SessionTest):
         self.assertRegex(result.err, r"(?m)^bad\.s:2:\d+: error: ")
         self.assertFalse((self.folder / "bad.kvx").exists())
 
+    def test_bytes_beyond_all_memory_are_refused_by_the_target(self):
+        def lit(value):
+            size = (value.bit_length() + 7) // 8
+            return bytes([value]) if value < 8 else bytes([8, size]) + value.to_bytes(size, "big")
+
+        strings = b".text\x55"
+        section = lit(0) + lit(5) + b"\x23\x28\x27" + lit(0x80001) + b"\x60"  # named, made, entered, its flags
+        byte = lit(0x80000000) + b"\x37" + lit(0x55) + lit(1) + b"\x2c" + lit(5) + lit(1) + b"\x23\x38"
+        self.write("high.kvx", lit(len(strings)) + b"\x26" + strings + b"\x0a\x09\x4a\x4f" + section + byte)
+        result = self.qburn("-target", "sim", "-solution", EXAMPLES / "first" / "first.kvp", "-project", "first",
+                            "-config", "Debug", "high.kvx")
+        self.expect(result, 1, out="", err=["error: "])
+        self.assertNotIn("without an address", result.err)
+
     def test_files_that_are_no_executables(self):
         whole = (BIN.parent / "examples" / "hello" / "hello.kvx").read_bytes()
         cases = {"cut.kvx": whole[:len(whole) // 2], "noise.kvx": bytes(range(256)) * 8, "tag.kvx": b"\xff"}

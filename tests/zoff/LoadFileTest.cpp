@@ -1,9 +1,10 @@
-#include "loadfile/LoadFileFactory.h"
 #include "support/TempDir.h"
 #include "tests/support/Failure.h"
 #include "tests/target/FakeTarget.h"
 #include "tests/zoff/Records.h"
+#include "zoff/ZOFFDebugIndex.h"
 #include "zoff/ZOFFLoadFile.h"
+#include "zoff/ZOFFLoadFileFactory.h"
 #include "zoff/ZOFFModule.h"
 #include "zoff/ZOFFTargetInterface.h"
 #include "zoff/ZOFFfiles.h"
@@ -14,27 +15,28 @@
 
 using T = ZOFFTag;
 
-// What the debugger defines in the product.
-class SymbolicDebug {
-public:
-    explicit SymbolicDebug(ZOFFModule* module) : module(module) { ++count; }
-    ~SymbolicDebug() { --count; }
-    ZOFFModule* module;
-    static int count;
-};
-int SymbolicDebug::count = 0;
-
-SymbolicDebug* newSymbolicDebug(const Path&, ZOFFModule* module)
-{
-    return new SymbolicDebug(module);
-}
-
-void deleteSymbolicDebug(SymbolicDebug* debug)
-{
-    delete debug;
-}
-
 namespace {
+
+// An index that only knows its module.
+int g_indexes = 0;
+
+ZOFFModule* moduleOf(SymbolicDebug* index)
+{
+    return *reinterpret_cast<ZOFFModule**>(index);
+}
+
+constexpr ZOFFDebugIndex BareIndex = {
+    .make =
+        [](const Path&, ZOFFModule* module) {
+            ++g_indexes;
+            return reinterpret_cast<SymbolicDebug*>(new ZOFFModule*(module));
+        },
+    .destroy =
+        [](SymbolicDebug* index) {
+            --g_indexes;
+            delete reinterpret_cast<ZOFFModule**>(index);
+        },
+};
 
 Records program()
 {
@@ -87,9 +89,9 @@ TEST(ZOFFLoadFile, SectionsAreRunsOfBytes)
 {
     TempDir dir;
     std::string path = dir.write("program.kvx", program().file());
-    LoadFileFactory* factory = LoadFileFactory::instance();
-    EXPECT_STREQ(factory->detect("foo.kvx.bak"), "kvx");
-    LoadFileInterface* file = factory->create(path.c_str(), "kvx");
+    ZOFFLoadFileFactory factory;
+    EXPECT_STREQ(factory.detect("foo.kvx.bak"), "kvx");
+    LoadFileInterface* file = factory.create(path.c_str(), "kvx");
     EXPECT_FALSE(file->hasEntryPoint());
     EXPECT_TRUE(file->hasLoadAddress());
     EXPECT_TRUE(file->hasSymbols());
@@ -98,7 +100,7 @@ TEST(ZOFFLoadFile, SectionsAreRunsOfBytes)
         EXPECT_EQ(describe(file->loadFileSections().eeSections()), ".ee 4:ee ");
         file->invalidateLoadFileSections(); // built anew, and the EEPROM's not twice
     }
-    factory->destroy(file);
+    factory.destroy(file);
     EXPECT_EQ(g_ZOFFfiles.count(), 0u);
 
     path = dir.write("none.kvx", Records().module().section(".ram", 2).byte(0, 1).file());
@@ -125,8 +127,12 @@ TEST(ZOFFLoadFile, WhatCannotBeLoadedIsRefused)
     EXPECT_EQ(sectionsOf(with(
                   [](Records& r) { r.pc(0).lit(0x40000000).tag(T::Space).lit(0x7FFFFFFF).tag(T::Space); })),
               "bad object file: section .text is too large");
-    EXPECT_EQ(sectionsOf(with([](Records& r) { r.byte(-8, 1); })),
+    EXPECT_EQ(sectionsOf(with([](Records& r) { r.byte(-1, 1); })),
               "bad object file: section .text has bytes without an address");
+    EXPECT_EQ(sectionsOf(with([](Records& r) { r.byte(0x80000000, 1).byte(-8, 1); })), "no failure")
+        << "places are unsigned";
+    EXPECT_EQ(sectionsOf(with([](Records& r) { r.pc(0xFFFFFFF0).lit(0).lit(0x11).tag(T::Fill); })),
+              "bad object file: section .text goes beyond the last address");
     EXPECT_EQ(
         sectionsOf(with([](Records& r) { r.byte(0x7FFFFFFE, 1).pc(0x7FFFFFFF).lit(1).lit(9).tag(T::Fill); })),
         "no failure");
@@ -160,18 +166,19 @@ TEST(ZOFFfiles, OneFileIsOneModuleUntilItChanges)
 
 TEST(ZOFFfiles, TheDebuggersIndexHoldsItsModule)
 {
+    ZOFFDebugIndex::install(BareIndex);
     TempDir dir;
     std::string path = dir.write("a.kvx", program().file());
     ZOFFModule* module = g_ZOFFfiles.getModule(Path(path));
     SymbolicDebug* debug = g_ZOFFfiles.getSymbolicDebug(Path(path));
-    EXPECT_EQ(debug->module, module);
+    EXPECT_EQ(moduleOf(debug), module);
     EXPECT_EQ(g_ZOFFfiles.getSymbolicDebug(Path(path)), debug);
     g_ZOFFfiles.release(module);
     g_ZOFFfiles.release(debug);
-    EXPECT_EQ(SymbolicDebug::count, 1);
+    EXPECT_EQ(g_indexes, 1);
     EXPECT_EQ(g_ZOFFfiles.count(), 1u);
     g_ZOFFfiles.release(debug);
-    EXPECT_EQ(SymbolicDebug::count, 0);
+    EXPECT_EQ(g_indexes, 0);
     EXPECT_EQ(g_ZOFFfiles.count(), 0u);
 }
 

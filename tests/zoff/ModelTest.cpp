@@ -153,12 +153,6 @@ TEST_F(ZOFFModel, NamesAndScopesAreOneShot)
     ZOFFSymbol* other = symbol("x");
     other->setScope(first);
     EXPECT_EQ(first->symbols().at(x->name()), other);
-
-    module->makePublic(x);
-    module->makePrivate(other); // another symbol of that name
-    EXPECT_EQ(module->publicSymbols().size(), 1u);
-    module->makePrivate(x);
-    EXPECT_TRUE(module->publicSymbols().empty());
 }
 
 TEST_F(ZOFFModel, SectionsMeasureWhatIsPlaced)

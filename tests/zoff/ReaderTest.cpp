@@ -198,6 +198,15 @@ TEST(ZOFFReader, EveryErrorHasItsWords)
     for (auto& [records, words] : cases)
         EXPECT_EQ(errorOf(records), words);
 
+    // Numbers of aliases and markers may be larger than a small file has bytes.
+    auto numbered = [](int n) {
+        Records records = inSection();
+        records.lit(1).lit(n).tag(T::MkAlias).tag(T::Null).lit(n).tag(T::MarkerDef);
+        return records.text("s").tag(T::MkSymbol).lit(n).tags({T::MarkerRef, T::SymbolDef});
+    };
+    EXPECT_EQ(errorOf(numbered(65'536)), "");
+    EXPECT_EQ(errorOf(numbered(65'537)), "bad object file: operand value error (constant out of range)");
+
     // The section is asked for before anything is popped.
     for (T tag :
          {T::MarkerDef, T::DefBytes, T::Insn, T::HiddenInsn, T::Fill, T::Align, T::Origin, T::Break, T::Locus,

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "support/HException.h"
+#include "tests/support/MAXQ30Records.h"
 #include "zoff/ZOFFReader.h"
 #include "zoff/ZOFFTags.h"
 

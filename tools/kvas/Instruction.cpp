@@ -14,8 +14,8 @@ using Form = Mnemonic::Form;
 
 constexpr uint16_t FromRegister = 0x8000;
 constexpr uint16_t PrefixWord = 0x0B00;
-constexpr unsigned PopSource = 13;
-constexpr unsigned Accumulator = 10, CarryBits = 7;
+constexpr unsigned PopSource = 13, PushDestination = 13;
+constexpr unsigned Accumulator = 10, CarryBits = 7, JumpModule = 12;
 
 struct Entry {
     const char* name;
@@ -78,23 +78,46 @@ constexpr Entry entries[] = {
 // Conditions by their number in bits 12 to 14 of jumps and returns.
 constexpr std::string_view conditions[] = {"", "Z", "C", "E", "S", "NZ", "NC", "NE"};
 
-// Operations of a word without operands, or on single bits: transports between two registers whose numbers
-// would give such a word do not exist. Returns and pops are transports from the stack and stay.
-bool isTakenWord(uint16_t word)
+// The accumulator's own operations take the place of transports from module 10 to module 10. Those without
+// operands have no prefix word; those on single bits are told by their last word.
+bool isTakenWord(uint16_t word, bool prefixed)
 {
-    if (!(word & FromRegister))
-        return false;
     switch (word & 0xFF0F) {
     case 0x9A0A:
     case 0xAA0A:
     case 0xBA0A:
     case 0xEA0A:
     case 0xFA0A: return true;
-    case 0x8A0A: return word != 0x8A0A; // only MOVE ACC, ACC is a transport
-    case 0xCA0A: return word <= 0xCA9A;
-    case 0xDA0A: return word <= 0xDA3A;
+    case 0x8A0A: return !prefixed && word != 0x8A0A; // only MOVE ACC, ACC is a transport
+    case 0xCA0A: return !prefixed && word <= 0xCA9A;
+    case 0xDA0A: return !prefixed && word <= 0xDA3A;
+    default: return false;
     }
-    return false;
+}
+
+// Name of the operation that a transport to this register is, null when it is a transport and no more. A push
+// is one, too. The operations outside module 10 are told by the seven bits of the last word.
+const char* operationInto(unsigned destination)
+{
+    switch (destination & 0x7F) {
+    case PushDestination: return destination == PushDestination ? nullptr : "PUSH";
+    case 0x3D: return "CALL";
+    case 0x4D:
+    case 0x5D: return "DJNZ";
+    default: break;
+    }
+    switch (destination & 0xF) {
+    case CarryBits: return "MOVE C";
+    case JumpModule: return "JUMP";
+    default: break;
+    }
+    for (const Entry& entry : entries) {
+        const Mnemonic& mnemonic = entry.mnemonic;
+        if (mnemonic.form == Form::Operation &&
+            destination == (mnemonic.word >> 8 | unsigned(mnemonic.prefix & 0x6000) >> 6))
+            return entry.name;
+    }
+    return nullptr;
 }
 
 class Parser {
@@ -151,6 +174,12 @@ private:
 
     void needPrefix(uint16_t bits) { m_item.prefix |= PrefixWord | bits; }
 
+    static void refuseOperation(unsigned destination, uint32_t column)
+    {
+        if (const char* name = operationInto(destination))
+            Cursor::failAt(column, std::string("this transport does not exist: its word is that of ") + name);
+    }
+
     void setDestination(unsigned number)
     {
         m_item.word |= uint16_t((number & 0x7F) << 8);
@@ -174,9 +203,11 @@ private:
     void destination()
     {
         m_cursor.peek();
+        uint32_t column = m_cursor.column();
         auto number = acceptRegister(false);
         if (!number)
             m_cursor.fail("expected a register to write to");
+        refuseOperation(*number, column);
         setDestination(*number);
     }
 
@@ -207,7 +238,7 @@ private:
         if ((m_item.word & 0xF) == CarryBits)
             return true;
         // Returns are jumps. A destination beyond the word's seven bits makes it another word.
-        return !isCode && !(m_item.prefix & 0x6000) && isTakenWord(m_item.word);
+        return !isCode && !(m_item.prefix & 0x6000) && isTakenWord(m_item.word, m_item.prefix);
     }
 
     unsigned bitNumber(unsigned limit)
@@ -246,17 +277,20 @@ private:
             moveToCarry();
             return;
         }
+        m_cursor.peek();
+        uint32_t column = m_cursor.column();
         auto number = acceptRegister(false);
         if (!number)
             m_cursor.fail("expected a register to write to");
         if (!acceptBit()) {
+            refuseOperation(*number, column);
             setDestination(*number);
             m_cursor.expect(',', "between destination and source");
             source(false);
             return;
         }
         m_cursor.peek();
-        uint32_t column = m_cursor.column();
+        column = m_cursor.column();
         unsigned bit = bitNumber(16);
         m_cursor.expect(',', "between destination and source");
         if (m_cursor.acceptWord("C")) {
@@ -380,7 +414,7 @@ unsigned wordsNeeded(const Item& item, int64_t value, bool mayBeNear)
 
 uint64_t encodeInstruction(const Item& item, int64_t value)
 {
-    uint32_t v = uint32_t(value);
+    auto v = uint32_t(value);
     if (takesCodeTarget(item)) {
         if (item.size == 1) {
             assert(wordsNeeded(item, value) == 1);

@@ -1,4 +1,5 @@
 // The command: kvas [options] SOURCE...
+#include "maxq30/cpu/MAXQ30Processor.h"
 #include "support/HException.h"
 #include "tools/kvas/Cursor.h"
 #include "tools/kvas/Dump.h"
@@ -143,6 +144,7 @@ int assemble(Options& options)
 
 int main(int argc, char** argv)
 {
+    ZOFFProcessor::install(MAXQ30Processor);
     try {
         Options options = parse(argc, argv);
         if (options.help) {

@@ -56,7 +56,7 @@ public:
     virtual bool hardwareBreakpointInUse(int) { return false; }
 
     // The trace of executed instructions: getNextTrace yields address, data and cycle count, oldest first,
-    // and answers false at the end.
+    // and returns false at the end.
     virtual void setTraceEnabled(bool) {}
     virtual bool getTraceEnabled() { return false; }
     virtual void resetTrace() {}
@@ -64,7 +64,7 @@ public:
     virtual bool getNextTrace(unsigned int&, unsigned int&, unsigned int&) { return false; }
 
     // How often each address was executed: getNextExecutionCount yields byte address, count and 0, and
-    // answers false at the end.
+    // returns false at the end.
     virtual void setExecutionCountEnabled(bool) {}
     virtual bool getExecutionCountEnabled() { return false; }
     virtual void resetExecutionCount() {}

@@ -6,7 +6,6 @@
 #include "zoff/ZOFFSection.h"
 #include "zoff/ZOFFSymbol.h"
 #include "zoff/ZOFFType.h"
-#include "zoff/ZOFFfiles.h"
 
 #include <algorithm>
 #include <string>
@@ -137,15 +136,10 @@ bool ZOFFInsnListIteratorLocusLT::operator()(const Place& a, const ZOFFLocus* b)
     return keyOf(a) < keyOf(b);
 }
 
-SymbolicDebug* newSymbolicDebug(const Path& path, ZOFFModule* module)
-{
-    return new SymbolicDebug(path, module);
-}
-
-void deleteSymbolicDebug(SymbolicDebug* debug)
-{
-    delete debug;
-}
+constinit const ZOFFDebugIndex SymbolicDebugIndex = {
+    .make = [](const Path& path, ZOFFModule* module) { return new SymbolicDebug(path, module); },
+    .destroy = [](SymbolicDebug* index) { delete index; },
+};
 
 SymbolicDebug::SymbolicDebug(const Path& path, ZOFFModule* module)
     : m_path(path), m_module(module), m_sourceMap(this)

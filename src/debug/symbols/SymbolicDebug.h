@@ -9,6 +9,7 @@
 #include "debug/symbols/SourceAddressMapping.h"
 #include "support/HString.h"
 #include "support/Path.h"
+#include "zoff/ZOFFDebugIndex.h"
 
 #include <cstdint>
 #include <map>
@@ -92,3 +93,6 @@ private:
     std::map<const HString*, ZOFFType*, HString::Earlier> m_namedTypes;
     SourceAddressMapping m_sourceMap;
 };
+
+// The index as the cache of open files makes it: ZOFFDebugIndex::install(SymbolicDebugIndex).
+extern const ZOFFDebugIndex SymbolicDebugIndex;

@@ -1,10 +1,11 @@
 #include "driver/console/ConsoleScriptSystem.h"
 
 #include "driver/session/Interrupt.h"
-#include "driver/session/StandardOutput.h"
+#include "driver/session/SessionFace.h"
 #include "script/engine/ESContext.h"
 #include "script/host/HostEvaluation.h"
 #include "script/native/Builtin.h"
+#include "script/native/ESLibrary.h"
 #include "support/HException.h"
 
 namespace {
@@ -34,7 +35,7 @@ std::string written(ESContext* context, int argc, const ESValue* argv)
 
 ConsoleScriptSystem::ConsoleScriptSystem() : m_context(std::make_unique<ConsoleContext>(this))
 {
-    ESContext::mkexec(nullptr, m_context.get());
+    ESLibrary::mkexec(nullptr, m_context.get());
 }
 
 ConsoleScriptSystem::~ConsoleScriptSystem() = default;
@@ -63,38 +64,29 @@ bool ConsoleScriptSystem::execute(const QString& text, bool)
     return true;
 }
 
-ESObject* Console::installScriptObject(ESContext* context)
+ESObject* OutputObject::install(ESContext* context, const char* name, const char* path)
 {
     ESObject* object = ESQObject::installScriptObject(context);
-    biinst(context, object, {"WriteLine", "Console.prototype.WriteLine", 1, false, FirstFreeId},
-           context->functionPrototype(), this);
+    biinst(context, object, {name, path, 1, false, FirstFreeId}, context->functionPrototype(), this);
     return object;
 }
 
-void Console::call(ESContext* context, ESObject* function, ESObject* self, int argc, ESValue* argv)
+void OutputObject::call(ESContext* context, ESObject* function, ESObject* self, int argc, ESValue* argv)
 {
     if (function->builtinId != FirstFreeId) {
         ESQObject::call(context, function, self, argc, argv);
         return;
     }
-    StandardOutput::write(written(context, argc, argv) + "\n");
+    m_face.output(written(context, argc, argv) + m_end);
     argv[0] = g_undefined;
+}
+
+ESObject* Console::installScriptObject(ESContext* context)
+{
+    return install(context, "WriteLine", "Console.prototype.WriteLine");
 }
 
 ESObject* WScript::installScriptObject(ESContext* context)
 {
-    ESObject* object = ESQObject::installScriptObject(context);
-    biinst(context, object, {"Echo", "WScript.prototype.Echo", 1, false, FirstFreeId},
-           context->functionPrototype(), this);
-    return object;
-}
-
-void WScript::call(ESContext* context, ESObject* function, ESObject* self, int argc, ESValue* argv)
-{
-    if (function->builtinId != FirstFreeId) {
-        ESQObject::call(context, function, self, argc, argv);
-        return;
-    }
-    StandardOutput::write(written(context, argc, argv));
-    argv[0] = g_undefined;
+    return install(context, "Echo", "WScript.prototype.Echo");
 }

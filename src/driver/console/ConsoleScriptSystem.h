@@ -1,5 +1,5 @@
 // The tool's own script context, in which target scripts and debug commands run, and the two objects with
-// which scripts write to standard output.
+// which scripts write.
 #pragma once
 
 #include "script/host/ESQObject.h"
@@ -8,6 +8,7 @@
 #include <memory>
 
 class ESContext;
+class SessionFace;
 
 class ConsoleScriptSystem : public ScriptSystem {
     Q_OBJECT
@@ -33,18 +34,34 @@ private:
     bool m_stopRequested = false;
 };
 
-// Console.WriteLine(text): the text and a newline.
-class Console : public ESQObject {
+// An object with one function, which writes its argument and an end to the session's face.
+class OutputObject : public ESQObject {
     Q_OBJECT
 public:
-    ESObject* installScriptObject(ESContext* context) override;
+    // The face is not owned.
+    OutputObject(SessionFace& face, const char* end) : m_face(face), m_end(end) {}
     void call(ESContext* context, ESObject* function, ESObject* self, int argc, ESValue* argv) override;
+
+protected:
+    ESObject* install(ESContext* context, const char* name, const char* path);
+
+private:
+    SessionFace& m_face;
+    const char* m_end;
+};
+
+// Console.WriteLine(text): the text and a newline.
+class Console : public OutputObject {
+    Q_OBJECT
+public:
+    explicit Console(SessionFace& face) : OutputObject(face, "\n") {}
+    ESObject* installScriptObject(ESContext* context) override;
 };
 
 // WScript.Echo(text): the text alone.
-class WScript : public ESQObject {
+class WScript : public OutputObject {
     Q_OBJECT
 public:
+    explicit WScript(SessionFace& face) : OutputObject(face, "") {}
     ESObject* installScriptObject(ESContext* context) override;
-    void call(ESContext* context, ESObject* function, ESObject* self, int argc, ESValue* argv) override;
 };

@@ -8,11 +8,11 @@
 
 namespace {
 
-constexpr int MaxDepth = 100;
+constexpr int MaximumDepth = 100;
 // Two files that name each other twice would otherwise open 2^100 files before the depth ends it.
-constexpr int MaxIndirectFiles = 10000;
+constexpr int MaximumIndirectFiles = 10000;
 constexpr int LineBuffer = 1024;
-constexpr size_t MaxWordsInLine = 256;
+constexpr size_t MaximumWordsInLine = 256;
 
 struct CloseFile {
     void operator()(FILE* file) const { fclose(file); }
@@ -22,7 +22,7 @@ struct CloseFile {
 
 std::ostream& ArgParse::error()
 {
-    return m_report->stream << m_report->program << ": error: ";
+    return m_reporter.stream << m_reporter.program << ": error: ";
 }
 
 void ArgParse::parse(int count, char** words)
@@ -69,7 +69,7 @@ std::vector<std::string> ArgParse::argifyLine(const char* file, int line, const 
             ++at;
         if (*at == 0 || *at == '\n')
             return words;
-        if (words.size() == MaxWordsInLine) {
+        if (words.size() == MaximumWordsInLine) {
             error() << "too many words in indirect file " << file << "(" << line << ")\n";
             return {};
         }
@@ -95,7 +95,7 @@ std::vector<std::string> ArgParse::argifyLine(const char* file, int line, const 
 
 void ArgParse::parseArgsFromIndirectFile(const char* file)
 {
-    if (m_depth == MaxDepth || m_indirectFiles == MaxIndirectFiles) {
+    if (m_depth == MaximumDepth || m_indirectFiles == MaximumIndirectFiles) {
         error() << "too many indirect files\n";
         return;
     }

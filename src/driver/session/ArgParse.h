@@ -9,16 +9,18 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 class ArgParse {
 public:
-    ArgParse() : m_report(report) {}
+    // The reporter is not owned.
+    explicit ArgParse(Reporter& reporter) : m_reporter(reporter) {}
     virtual ~ArgParse() = default;
 
     // A word that is no option.
     virtual void onArgument(const char* argument) = 0;
-    // Writes the program name and ": error: " and answers the stream for the rest of the line.
+    // Writes the program name and ": error: " and returns the stream for the rest of the line.
     virtual std::ostream& error();
 
     void parse(int count, char** words);
@@ -33,27 +35,18 @@ protected:
     using Handler = std::function<void(const char* option, const char* value)>;
     enum class Argument { None, Separate, Attached };
 
-    template <class Derived>
-    void onOptionCall(const char* option, void (Derived::*handler)(const char*, const char*))
+    void onOptionCall(const char* option, Handler handler)
     {
-        m_options[option] = {Argument::None, bound(handler)};
+        m_options[option] = {Argument::None, std::move(handler)};
     }
     // The argument is the rest of the same word (attached) or the next word. Registering an existing
     // text replaces its record.
-    template <class Derived>
-    void onOptionGetArgAndCall(const char* option, bool attached,
-                               void (Derived::*handler)(const char*, const char*))
+    void onOptionGetArgAndCall(const char* option, bool attached, Handler handler)
     {
-        m_options[option] = {attached ? Argument::Attached : Argument::Separate, bound(handler)};
+        m_options[option] = {attached ? Argument::Attached : Argument::Separate, std::move(handler)};
     }
 
 private:
-    template <class Derived> Handler bound(void (Derived::*handler)(const char*, const char*))
-    {
-        return [self = static_cast<Derived*>(this), handler](const char* option, const char* value) {
-            (self->*handler)(option, value);
-        };
-    }
     struct Option {
         Argument argument;
         Handler handler;
@@ -69,5 +62,5 @@ private:
     std::map<std::string, Option, Cstring_greater> m_options;
     int m_depth = 0;         // of indirect files
     int m_indirectFiles = 0; // opened so far
-    Reporter* m_report;
+    Reporter& m_reporter;
 };

@@ -1,7 +1,5 @@
 #include "driver/session/Interrupt.h"
 
-#include "driver/terminal/RawTerminal.h"
-
 #include <QSocketNotifier>
 
 #include <csignal>
@@ -12,15 +10,17 @@ namespace {
 
 volatile sig_atomic_t g_requested = 0;
 int g_pipe[2] = {-1, -1};
+void (*g_lastAct)() = nullptr;
 
-constexpr int handledSignals[] = {SIGINT, SIGTERM, SIGHUP};
+constexpr int HandledSignals[] = {SIGINT, SIGTERM, SIGHUP};
 unsigned g_installed = 0; // bits by number
 
 // Only what is safe in a signal handler: a flag and one byte down a pipe that the event loop watches.
 void onSignal(int number)
 {
     if (g_requested) {
-        RawTerminal::restore();
+        if (g_lastAct)
+            g_lastAct();
         signal(number, SIG_DFL);
         raise(number);
         return;
@@ -54,13 +54,13 @@ Interrupt::Interrupt()
         m_notifier->setEnabled(false);
         Q_EMIT interrupted();
     });
-    for (int number : handledSignals)
+    for (int number : HandledSignals)
         install(number);
 }
 
 Interrupt::~Interrupt()
 {
-    for (int number : handledSignals)
+    for (int number : HandledSignals)
         if (g_installed & 1u << number)
             signal(number, SIG_DFL);
     g_installed = 0;
@@ -70,6 +70,11 @@ Interrupt::~Interrupt()
             close(end);
             end = -1;
         }
+}
+
+void Interrupt::beforeEnd(void (*act)())
+{
+    g_lastAct = act;
 }
 
 bool Interrupt::requested()

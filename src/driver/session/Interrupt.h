@@ -1,7 +1,7 @@
 // Ctrl-C. The first SIGINT, SIGTERM or SIGHUP is noted and told to whoever waits for it in the event loop;
-// a second one ends the process at once, for a host that hangs in the system, with the terminal in its
-// earlier mode. A hang-up that the caller has chosen to ignore stays ignored. SIGPIPE is ignored: a closed
-// pipe shows as a failed write.
+// a second one ends the process at once, for a host that hangs in the system, after what beforeEnd() was
+// given. A hang-up that the caller has chosen to ignore stays ignored. SIGPIPE is ignored: a closed pipe
+// shows as a failed write.
 #pragma once
 
 #include <QObject>
@@ -17,6 +17,9 @@ public:
     // Installs the handlers; one for each process. Needs the application object.
     Interrupt();
     ~Interrupt() override;
+
+    // What is done, in the signal handler, before a second signal ends the process; null for nothing.
+    static void beforeEnd(void (*act)());
 
     static bool requested();
     // Throws Interrupted when an interrupt was requested.

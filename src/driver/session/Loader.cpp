@@ -1,15 +1,13 @@
 #include "driver/session/Loader.h"
 
 #include "driver/session/Interrupt.h"
-#include "driver/terminal/TextProgressBar.h"
+#include "driver/session/SessionFace.h"
 #include "loadfile/LoadFileFactory.h"
 #include "support/HException.h"
 #include "support/Path.h"
 #include "target/TargetInterfaceFactory.h"
 
 namespace {
-
-constexpr int ProgressColumns = 80;
 
 // Lowers the load depth on every way out; the first failure is the one that is told.
 class LoadBracket {
@@ -36,10 +34,6 @@ private:
 };
 
 } // namespace
-
-Loader::Loader() : m_progressBar(std::make_unique<TextProgressBar>(ProgressColumns)) {}
-
-Loader::~Loader() = default;
 
 void Loader::setTarget(const QString& name)
 {
@@ -172,11 +166,11 @@ void Loader::progress(int done, int total, const char* label, const char* unit, 
 {
     Interrupt::check();
     if (!m_quiet)
-        m_progressBar->progress(done, total, label, unit);
+        m_face.progress(done, total, label, unit);
 }
 
 void Loader::message(const QString& text)
 {
     if (m_verbose && !m_quiet)
-        m_progressBar->message(text);
+        m_face.message(text);
 }

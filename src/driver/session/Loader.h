@@ -1,24 +1,25 @@
-// The session: the selected target, the load files, and what is done with them in order. It answers
-// the callbacks of the target layer and of the debugger. Every failure is an HException with a text for the
-// user.
+// The session: the selected target, the load files, and what is done with them in order. It takes
+// the callbacks of the target layer and of the debugger, and tells its face what is to be told. Every failure
+// is an HException with a text for the user.
 #pragma once
 
 #include "debug/DebuggerHelperFunctions.h"
+#include "driver/session/SourceText.h"
 #include "loadfile/LoadFileList.h"
-#include "support/Path.h"
 #include "target/TargetInterface.h"
-#include "target/TargetInterfaceHelperFunctions.h"
+#include "target/download/TargetInterfaceHelperFunctions.h"
 
 #include <QString>
-#include <QStringList>
+
 #include <memory>
 
-class TextProgressBar;
+class SessionFace;
 
 class Loader : public TargetInterfaceHelperFunctions, public DebuggerHelperFunctions {
 public:
-    Loader();
-    virtual ~Loader();
+    // The face is not owned.
+    explicit Loader(SessionFace& face) : m_face(face) {}
+    virtual ~Loader() = default;
     Loader(const Loader&) = delete;
     Loader& operator=(const Loader&) = delete;
 
@@ -45,13 +46,13 @@ public:
     void downloadLoadFiles();
     void verifyLoadFiles();
 
-    // TargetInterfaceHelperFunctions. What a target reports through the last five never reaches the
+    // TargetInterfaceHelperFunctions. What a target reports through the last four never reaches the
     // user of this tool: the exceptions say it.
     void progress(int done, int total, const char* label, const char* unit, bool final) override;
     void message(const QString& text) override;
     bool differentialDownloadEnabled() override { return m_differentialDownload; }
+    void error(const QString& text) override; // a warning; the session goes on
     void message(const QString&, int) override {}
-    void error(const QString&) override {}
     void success(const QString&) override {}
     void beginGroup(const QString&, int) override {}
     void endGroup(const QString&) override {}
@@ -66,28 +67,21 @@ public:
     Path getDebugSourcePath(const Path& path) override;
     QString getDebugSourceText(const Path& path, int line) override;
 
-    // One look at a program that runs under the debugger: its requests are served, and a stop is shown
-    // once.
-    void pollDebugger();
-    // The program has stopped, and the user was told where.
-    bool stopped() const { return m_stopped; }
-    void setRunning() { m_stopped = false; }
+    SessionFace& face() const { return m_face; }
+    SourceText& sourceText() { return m_sourceText; }
 
 private:
     TargetInterface* connectedTarget(const char* otherwise) const;
-    void onBreakpoint();
 
+    SessionFace& m_face;
     std::unique_ptr<TargetInterface> m_target;
     unsigned m_loadAddress = 0;
     bool m_loadAddressGiven = false;
     LoadFileList m_loadFiles;
-    std::unique_ptr<TextProgressBar> m_progressBar;
     const char* m_filetype = nullptr;
     bool m_differentialDownload = true;
     bool m_quiet = false;
     bool m_verbose = false;
-    bool m_stopped = false;
     int m_warnings = 0;
-    Path m_sourcePath; // of the cached lines
-    QStringList m_sourceLines;
+    SourceText m_sourceText;
 };

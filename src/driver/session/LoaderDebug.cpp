@@ -1,62 +1,25 @@
-// What the session does for the debugger: it looks at the running program, says what went wrong, and finds
-// source text.
+// What the session does for the debugger: it passes on what went wrong, and finds source text.
 
-#include "debug/SymbolicDebuggerInterface.h"
 #include "driver/session/Loader.h"
-#include "support/HException.h"
-#include "support/Path.h"
-
-#include <QFile>
-#include <QFileInfo>
-
-#include <cstdio>
+#include "driver/session/SessionFace.h"
 
 namespace {
 
-constexpr int MaxWarnings = 100;
-constexpr qint64 MaxSourceFile = 64 * 1024 * 1024; // bytes
-
-void warn(const QString& text)
-{
-    fprintf(stderr, "warning: %s\n", text.toLocal8Bit().constData());
-}
+constexpr int MaximumWarnings = 100;
 
 } // namespace
 
 void Loader::displayError(const QString& text)
 {
-    if (++m_warnings <= MaxWarnings)
-        warn(text);
-    if (m_warnings == MaxWarnings)
-        warn(QStringLiteral("further warnings are not shown"));
+    if (++m_warnings <= MaximumWarnings)
+        m_face.warning(text);
+    if (m_warnings == MaximumWarnings)
+        m_face.warning(QStringLiteral("further warnings are not shown"));
 }
 
-void Loader::pollDebugger()
+void Loader::error(const QString& text)
 {
-    try {
-        if (debugger->isStopped() && !m_stopped)
-            onBreakpoint();
-    } catch (const HException& failure) {
-        displayError(failure.text());
-    }
-}
-
-void Loader::onBreakpoint()
-{
-    m_stopped = true;
-    if (debugger->numcalls() == 0)
-        return;
-    QString name, function;
-    Path path;
-    int line = 0;
-    uint32_t address = 0;
-    debugger->locate(debugger->getFrame(0), name, path, function, line, address);
-    QString where = QLatin1String("0x") + debugger->formatPC(address);
-    if (!function.isEmpty())
-        where += QLatin1String(" in ") + function;
-    if (line > 0)
-        where += QStringLiteral(" (%1:%2)").arg(path.fileName(), QString::number(line));
-    warn(QLatin1String("the program has stopped at ") + where);
+    displayError(text);
 }
 
 Path Loader::getDebugSourcePath(const Path& path)
@@ -66,13 +29,5 @@ Path Loader::getDebugSourcePath(const Path& path)
 
 QString Loader::getDebugSourceText(const Path& path, int line)
 {
-    if (path != m_sourcePath) {
-        m_sourcePath = path;
-        m_sourceLines.clear();
-        QFile file(path.canonicalPathQString());
-        // The executable names the file; it may be a device that never ends.
-        if (QFileInfo(file).isFile() && file.size() <= MaxSourceFile && file.open(QIODevice::ReadOnly))
-            m_sourceLines = QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'));
-    }
-    return line > 0 && line <= m_sourceLines.size() ? m_sourceLines[line - 1] : QString();
+    return m_sourceText.line(path, line);
 }

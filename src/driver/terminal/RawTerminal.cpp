@@ -1,5 +1,7 @@
 #include "driver/terminal/RawTerminal.h"
 
+#include "driver/session/Interrupt.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
@@ -14,8 +16,8 @@ termios g_before;
 termios g_raw;
 volatile sig_atomic_t g_entered = 0;
 
-constexpr int handledSignals[] = {SIGTSTP, SIGCONT, SIGQUIT};
-struct sigaction g_earlierActions[std::size(handledSignals)];
+constexpr int HandledSignals[] = {SIGTSTP, SIGCONT, SIGQUIT};
+struct sigaction g_earlierActions[std::size(HandledSignals)];
 
 bool inForeground()
 {
@@ -76,18 +78,20 @@ RawTerminal::RawTerminal(int terminal)
     g_raw.c_cc[VMIN] = 1;
     g_raw.c_cc[VTIME] = 0;
     g_terminal = terminal;
-    for (size_t i = 0; i < std::size(handledSignals); ++i) {
-        sigaction(handledSignals[i], nullptr, &g_earlierActions[i]);
+    for (size_t i = 0; i < std::size(HandledSignals); ++i) {
+        sigaction(HandledSignals[i], nullptr, &g_earlierActions[i]);
         if (g_earlierActions[i].sa_handler != SIG_IGN)
-            install(handledSignals[i]);
+            install(HandledSignals[i]);
     }
+    Interrupt::beforeEnd(restore);
     enter();
 }
 
 RawTerminal::~RawTerminal()
 {
-    for (size_t i = 0; i < std::size(handledSignals); ++i)
-        sigaction(handledSignals[i], &g_earlierActions[i], nullptr);
+    Interrupt::beforeEnd(nullptr);
+    for (size_t i = 0; i < std::size(HandledSignals); ++i)
+        sigaction(HandledSignals[i], &g_earlierActions[i], nullptr);
     restore();
     g_terminal = -1;
 }

@@ -1,6 +1,6 @@
 #include "driver/terminal/TextProgressBar.h"
 
-#include "driver/session/StandardOutput.h"
+#include "driver/terminal/StandardOutput.h"
 
 #include <algorithm>
 
@@ -39,8 +39,9 @@ std::string TextProgressBar::clearedLine() const
 
 void TextProgressBar::clearLine()
 {
+    if (!m_drawn.empty())
+        StandardOutput::write(clearedLine());
     m_drawn.clear();
-    StandardOutput::write(clearedLine());
 }
 
 // A log file gets a line for each step that shows, not one for each call.

@@ -1,9 +1,9 @@
 #include "driver/terminal/TextTargetIOServerTerminal.h"
 
-#include "debug/SymbolicDebuggerInterface.h"
 #include "driver/session/Interrupt.h"
-#include "driver/session/StandardOutput.h"
 #include "driver/terminal/RawTerminal.h"
+#include "driver/terminal/StandardOutput.h"
+#include "driver/terminal/TerminalText.h"
 #include "target/TargetInterface.h"
 
 #include <QTimer>
@@ -13,67 +13,29 @@
 #include <cstring>
 #include <poll.h>
 #include <unistd.h>
+#include <utility>
+
+using namespace TerminalText;
 
 namespace {
 
 constexpr int KeyPollMilliseconds = 5;
 constexpr size_t ReadPiece = 64 * 1024;
-constexpr qsizetype MaxBuffered = 1024 * 1024;       // characters that wait for the program
-constexpr qsizetype MaxPipedLine = 64 * 1024 * 1024; // characters; a longer line is cut
-constexpr qsizetype MaxHistory = 1000;
+constexpr qsizetype MaximumBuffered = 1024 * 1024;       // characters that wait for the program
+constexpr qsizetype MaximumPipedLine = 64 * 1024 * 1024; // characters; a longer line is cut
 // A program that asks again within so many cycles does nothing else.
 constexpr unsigned IdleCycles = 200;
 constexpr unsigned IdleRequests = 100;
 constexpr int IdleMilliseconds = 1;
 
-enum KeyCode {
-    BackspaceKey = 8,
-    NewlineKey = 10,
-    ReturnKey = 13,
-    EscapeKey = 27,
-    UpKey = 72,
-    LeftKey = 75,
-    RightKey = 77,
-    DownKey = 80,
-    DeleteKey = 127,
-    ExtendedKey = 224,
-};
-
-bool isContinuation(QChar c)
-{
-    return (c.unicode() & 0xC0) == 0x80;
-}
-
-// Characters of a text whose bytes may be UTF-8.
-qsizetype columns(QStringView text)
-{
-    return std::count_if(text.begin(), text.end(), [](QChar c) { return !isContinuation(c); });
-}
-
-QString repeated(const char* text, qsizetype count)
-{
-    return QString::fromLatin1(text).repeated(count);
-}
-
-QString fromBytes(std::string_view bytes)
-{
-    return QString::fromLatin1(bytes.data(), qsizetype(bytes.size()));
-}
-
-// A text of the tool's own, in the locale's encoding.
-QString asBytes(const QString& text)
-{
-    QByteArray bytes = text.toLocal8Bit();
-    return fromBytes({bytes.constData(), size_t(bytes.size())});
-}
-
 } // namespace
 
 // A look at the keyboard costs time that a program on the simulator could have, so the timer is as slow as
 // a typist does not notice. A program that asks for input does not wait for it.
-TextTargetIOServerTerminal::TextTargetIOServerTerminal(const QStringList& arguments, int input)
-    : m_server(std::make_unique<TargetIOServer>(this, this)), m_keyTimer(new QTimer(this)), m_input(input),
-      m_echo(isatty(input))
+TextTargetIOServerTerminal::TextTargetIOServerTerminal(const QStringList& arguments, Observer& observer,
+                                                       int input)
+    : m_observer(observer), m_server(std::make_unique<TargetIOServer>(this, this)),
+      m_keyTimer(new QTimer(this)), m_input(input), m_echo(isatty(input)), m_editor(*this)
 {
     m_keyTimer->setObjectName(QStringLiteral("text-ioserver-timer"));
     QObject::connect(m_keyTimer, &QTimer::timeout, this, &TextTargetIOServerTerminal::poll);
@@ -100,23 +62,14 @@ void TextTargetIOServerTerminal::write(const QString& text)
     } catch (const HException& failure) {
         m_outputFailure = failure;
         m_exited = true;
-        stopProgram();
+        m_observer.outputFailed();
     }
 }
 
-void TextTargetIOServerTerminal::stopProgram()
+void TextTargetIOServerTerminal::draw(const QString& bytes)
 {
-    try {
-        if (debugger)
-            debugger->stop();
-    } catch (const HException&) { // what went wrong first is what the user is told
-    }
-}
-
-void TextTargetIOServerTerminal::show(const QString& text)
-{
-    if (m_echo && !text.isEmpty())
-        write(text);
+    if (m_echo && !bytes.isEmpty())
+        write(bytes);
 }
 
 void TextTargetIOServerTerminal::addOutput(const QString& text)
@@ -129,8 +82,7 @@ void TextTargetIOServerTerminal::exitOccurred(int code)
 {
     m_exitCode = code;
     m_exited = true;
-    if (debugger)
-        debugger->clear();
+    m_observer.programExited();
 }
 
 void TextTargetIOServerTerminal::setPromptString(const QString& prompt)
@@ -149,12 +101,14 @@ void TextTargetIOServerTerminal::showPromptString()
 
 void TextTargetIOServerTerminal::showOutputWithPrompt(const QStringList& lines)
 {
+    m_editor.clearFromScreen();
     if (!m_prompt.isEmpty())
         write(repeated("\b \b", columns(m_prompt)));
     for (const QString& line : lines)
         if (!line.isEmpty())
             write(asBytes(line) + QLatin1Char('\n'));
     showPromptString();
+    m_editor.redraw();
 }
 
 // --- Input for the program --------------------------------------------------------------------
@@ -166,28 +120,23 @@ QString TextTargetIOServerTerminal::getInputLine()
     QString line = m_inputLines.takeFirst().mid(m_taken);
     m_taken = 0;
     m_buffered -= std::min(m_buffered, line.size() + 1);
-    if (m_echo && !line.isEmpty()) {
-        if (m_history.isEmpty() || m_history.last() != line)
-            m_history.append(line);
-        if (m_history.size() > MaxHistory)
-            m_history.removeFirst();
-        m_historyIndex = m_history.size();
-    }
+    if (m_echo)
+        m_editor.remember(line);
     return line;
 }
 
 QChar TextTargetIOServerTerminal::getInputChar()
 {
-    QString& first = m_inputLines.first();
-    if (m_taken < first.size()) {
-        QChar character = first[m_taken++];
-        if (m_echo && inputLines() == 0) { // of the line that is being edited
-            first.remove(0, m_taken);
-            m_taken = 0;
-            m_cursor = std::max<qsizetype>(m_cursor - 1, 0);
-        }
+    if (inputLines() == 0 && m_echo) { // of the line that is being edited
+        if (m_editor.text().isEmpty())
+            return QChar();
+        QChar character = m_editor.text().front();
+        m_editor.dropFirst(1);
         return character;
     }
+    const QString& first = inputLines() > 0 ? m_inputLines.first() : m_partial;
+    if (m_taken < first.size())
+        return first[m_taken++];
     if (inputLines() == 0)
         return QChar();
     m_buffered -= std::min(m_buffered, first.size() + 1);
@@ -198,7 +147,7 @@ QChar TextTargetIOServerTerminal::getInputChar()
 
 bool TextTargetIOServerTerminal::inputCharAvailable() const
 {
-    return inputLines() > 0 || m_taken < m_inputLines.first().size();
+    return inputLines() > 0 || (m_echo ? !m_editor.text().isEmpty() : m_taken < m_partial.size());
 }
 
 void TextTargetIOServerTerminal::inputRequested()
@@ -226,7 +175,7 @@ void TextTargetIOServerTerminal::waitForInput()
 // Lines wait in a limited number; the rest stays in the pipe.
 bool TextTargetIOServerTerminal::bufferFull() const
 {
-    return inputLines() > 0 && m_buffered >= MaxBuffered;
+    return inputLines() > 0 && m_buffered >= MaximumBuffered;
 }
 
 void TextTargetIOServerTerminal::poll()
@@ -247,7 +196,7 @@ void TextTargetIOServerTerminal::poll()
         }
         std::string_view text(bytes, size_t(count));
         if (m_echo)
-            m_decoder.decode(text, *this);
+            m_decoder.decode(text, m_editor);
         else
             addPipedText(text);
     }
@@ -257,177 +206,38 @@ void TextTargetIOServerTerminal::endInput()
 {
     m_inputEnded = m_inputClosed = true;
     m_keyTimer->stop();
-    if (!m_echo && !edited().isEmpty())
-        m_inputLines.append(QString());
+    if (!m_partial.isEmpty())
+        completePartial();
 }
 
 void TextTargetIOServerTerminal::addPipedText(std::string_view bytes)
 {
     while (!bytes.empty()) {
         size_t end = bytes.find('\n');
-        edited().append(fromBytes(bytes.substr(0, end)));
+        m_partial.append(fromBytes(bytes.substr(0, end)));
         bool complete = end != std::string_view::npos;
-        if (complete && edited().endsWith(QLatin1Char('\r')) &&
-            !(inputLines() == 0 && m_taken == edited().size()))
-            edited().chop(1);
-        if (complete || edited().size() >= MaxPipedLine) {
-            m_buffered += edited().size() + 1;
-            m_inputLines.append(QString());
-        }
+        if (complete && m_partial.endsWith(QLatin1Char('\r')) &&
+            !(inputLines() == 0 && m_taken == m_partial.size()))
+            m_partial.chop(1);
+        if (complete || m_partial.size() >= MaximumPipedLine)
+            completePartial();
         bytes.remove_prefix(complete ? end + 1 : bytes.size());
     }
 }
 
-// --- Keyboard and line editor -----------------------------------------------------------------
-
-void TextTargetIOServerTerminal::onText(std::string_view text)
+void TextTargetIOServerTerminal::completePartial()
 {
-    QString inserted = fromBytes(text);
-    m_escape = false;
-    m_inputEnded = false;
-    edited().insert(m_cursor, inserted);
-    m_cursor += inserted.size();
-    QString rest = edited().mid(m_cursor);
-    show(inserted + rest + repeated("\b", columns(rest)));
+    m_buffered += m_partial.size() + 1;
+    m_inputLines.append(std::exchange(m_partial, QString()));
 }
 
-// In the words of the key table. Home and End are as many steps as it takes.
-void TextTargetIOServerTerminal::onKey(KeyDecoder::Key key)
-{
-    auto cursor = [this](int code) {
-        keyPressed(EscapeKey);
-        keyPressed(code);
-    };
-    switch (key) {
-    case KeyDecoder::Key::Up: cursor(UpKey); break;
-    case KeyDecoder::Key::Down: cursor(DownKey); break;
-    case KeyDecoder::Key::Left: cursor(LeftKey); break;
-    case KeyDecoder::Key::Right: cursor(RightKey); break;
-    case KeyDecoder::Key::Home:
-        while (m_cursor > 0)
-            cursor(LeftKey);
-        break;
-    case KeyDecoder::Key::End:
-        while (m_cursor < edited().size())
-            cursor(RightKey);
-        break;
-    case KeyDecoder::Key::Delete: keyPressed(DeleteKey); break;
-    case KeyDecoder::Key::Backspace: keyPressed(BackspaceKey); break;
-    case KeyDecoder::Key::Enter: keyPressed(NewlineKey); break;
-    case KeyDecoder::Key::Kill: setInputString(QString()); break;
-    case KeyDecoder::Key::EndOfFile: m_inputEnded = edited().isEmpty(); break;
-    }
-}
+// --- The line editor's owner ------------------------------------------------------------------
 
-void TextTargetIOServerTerminal::keyPressed(int key)
+void TextTargetIOServerTerminal::lineCompleted()
 {
-    if (m_escape) {
-        m_escape = false;
-        cursorKey(key);
-        return;
-    }
-    switch (key) {
-    case EscapeKey:
-    case ExtendedKey: m_escape = true; break;
-    case ReturnKey:
-    case NewlineKey: completeLine(); break;
-    case BackspaceKey:
-        if (m_cursor > 0) {
-            qsizetype start = characterBefore(m_cursor);
-            show(QStringLiteral("\b"));
-            eraseAt(start);
-        }
-        break;
-    case DeleteKey:
-        if (m_cursor < edited().size())
-            eraseAt(m_cursor);
-        break;
-    default:
-        if (key >= 32 && key < DeleteKey) {
-            char character = char(key);
-            onText({&character, 1});
-        }
-        break;
-    }
-}
-
-void TextTargetIOServerTerminal::completeLine()
-{
-    m_buffered += edited().size() + 1;
-    m_inputLines.append(QString());
-    m_cursor = 0;
-    show(QStringLiteral("\n"));
+    m_partial += m_editor.take();
+    completePartial();
+    draw(QStringLiteral("\n"));
     if (m_echo)
         showPromptString();
-}
-
-// One character, with the screen's cursor standing where it begins.
-void TextTargetIOServerTerminal::eraseAt(qsizetype start)
-{
-    edited().remove(start, characterBehind(start) - start);
-    m_cursor = start;
-    QString rest = edited().mid(start);
-    show(rest + QLatin1Char(' ') + repeated("\b", columns(rest) + 1));
-}
-
-void TextTargetIOServerTerminal::cursorKey(int key)
-{
-    switch (key) {
-    case UpKey:
-        if (m_historyIndex > 0)
-            recall(m_historyIndex - 1);
-        break;
-    case DownKey:
-        if (m_historyIndex < m_history.size())
-            recall(m_historyIndex + 1);
-        break;
-    case LeftKey: moveLeft(); break;
-    case RightKey: moveRight(); break;
-    }
-}
-
-void TextTargetIOServerTerminal::recall(qsizetype index)
-{
-    m_historyIndex = index;
-    setInputString(m_history.value(index));
-}
-
-void TextTargetIOServerTerminal::moveLeft()
-{
-    if (m_cursor == 0)
-        return;
-    m_cursor = characterBefore(m_cursor);
-    show(QStringLiteral("\b"));
-}
-
-void TextTargetIOServerTerminal::moveRight()
-{
-    if (m_cursor == edited().size())
-        return;
-    qsizetype end = characterBehind(m_cursor);
-    show(edited().mid(m_cursor, end - m_cursor));
-    m_cursor = end;
-}
-
-void TextTargetIOServerTerminal::setInputString(const QString& text)
-{
-    show(edited().mid(m_cursor) + repeated("\b \b", columns(edited())) + text);
-    edited() = text;
-    m_cursor = text.size();
-}
-
-qsizetype TextTargetIOServerTerminal::characterBefore(qsizetype at) const
-{
-    do
-        --at;
-    while (at > 0 && isContinuation(edited()[at]));
-    return at;
-}
-
-qsizetype TextTargetIOServerTerminal::characterBehind(qsizetype at) const
-{
-    do
-        ++at;
-    while (at < edited().size() && isContinuation(edited()[at]));
-    return at;
 }

@@ -2,17 +2,17 @@
 // input, and edits the line that is being typed.
 //
 // Text is bytes: each QChar of a line holds one byte, as Latin-1, so that UTF-8 and any other encoding
-// reaches the program as it was typed; only the prompt and showOutputWithPrompt() take ordinary text. Cursor
-// and erasing count a UTF-8 character as one.
+// reaches the program as it was typed; only the prompt and showOutputWithPrompt() take ordinary text.
 //
 // Input that is no terminal is taken as it comes, in whole lines, without echo, prompt and editing; a
 // carriage return in front of a newline is dropped, and a last line without a newline counts.
 //
-// Invariants: m_inputLines is never empty, its last entry is the line being edited; the first m_taken
-// characters of its first entry were handed out already; m_cursor is at most the edited line's length.
+// Invariant: the first m_taken characters of the first complete line, or of the unfinished piped one when
+// there is none, were handed out already.
 #pragma once
 
 #include "driver/terminal/KeyDecoder.h"
+#include "driver/terminal/LineEditor.h"
 #include "support/HException.h"
 #include "target/io/TargetIOServer.h"
 
@@ -29,12 +29,23 @@ class TargetInterface;
 class TextTargetIOServerTerminal : public QObject,
                                    public TargetIOServerTerminalInterface,
                                    public TargetIOServerHelperFunctions,
-                                   private KeyDecoder::Receiver {
+                                   private LineEditor::Owner {
     Q_OBJECT
 public:
+    class Observer {
+    public:
+        // The program has reported its end.
+        virtual void programExited() = 0;
+        // Standard output takes no more; the program has nobody to run for.
+        virtual void outputFailed() = 0;
+
+    protected:
+        ~Observer() = default;
+    };
+
     // The arguments are the target program's. The input is a descriptor, which stays the caller's; a
     // terminal is in raw mode for as long as this lives.
-    explicit TextTargetIOServerTerminal(const QStringList& arguments, int input = 0);
+    TextTargetIOServerTerminal(const QStringList& arguments, Observer& observer, int input = 0);
     ~TextTargetIOServerTerminal() override;
 
     TargetIOServer* server() { return m_server.get(); }
@@ -53,7 +64,7 @@ public:
     void addOutput(const QString& text) override;
     // A line that is not empty joins the history of a keyboard, unless it is the latest there.
     QString getInputLine() override;
-    int inputLines() const override { return int(m_inputLines.size()) - 1; }
+    int inputLines() const override { return int(m_inputLines.size()); }
     QChar getInputChar() override;
     bool inputCharAvailable() const override;
 
@@ -69,51 +80,39 @@ public:
     // Lines above the prompt. Empty ones are left out.
     void showOutputWithPrompt(const QStringList& lines);
     // Puts a text in place of the edited line.
-    void setInputString(const QString& text);
-    // The line editor. 27 or 224 announces a cursor key: 72 up, 80 down, 75 left, 77 right. 13 and 10 end
-    // the line, 8 erases the character in front of the cursor, 127 the one under it, 32 to 126 are
-    // inserted.
-    void keyPressed(int key);
+    void setInputString(const QString& text) { m_editor.setText(text); }
+    // One key of the line editor, by its code.
+    void keyPressed(int key) { m_editor.keyPressed(key); }
 
 public Q_SLOTS:
     // Reads what is there.
     void poll();
 
 private:
-    void onText(std::string_view text) override;
-    void onKey(KeyDecoder::Key key) override;
-    void cursorKey(int key);
-    void completeLine();
-    void recall(qsizetype index);
-    void moveLeft();
-    void moveRight();
-    void eraseAt(qsizetype start);
+    void draw(const QString& bytes) override;
+    void lineCompleted() override;
+    void endOfFile() override { m_inputEnded = true; }
+    void typed() override { m_inputEnded = false; }
     void addPipedText(std::string_view bytes);
+    void completePartial();
     void endInput();
     bool bufferFull() const;
-    qsizetype characterBefore(qsizetype at) const;
-    qsizetype characterBehind(qsizetype at) const;
-    QString& edited() { return m_inputLines.last(); }
-    const QString& edited() const { return m_inputLines.last(); }
-    void show(const QString& text);
     void write(const QString& text);
-    void stopProgram();
     void waitForInput();
 
+    Observer& m_observer;
     std::unique_ptr<TargetIOServer> m_server;
     int m_exitCode = 0;
     bool m_exited = false;
     QTimer* m_keyTimer;
     int m_input;
     bool m_echo;
-    QStringList m_inputLines{QString()};
+    LineEditor m_editor;
+    QStringList m_inputLines; // complete ones
+    QString m_partial;        // of piped input
     qsizetype m_taken = 0;
     qsizetype m_buffered = 0; // characters in the completed lines, roughly
-    qsizetype m_historyIndex = -1;
-    qsizetype m_cursor = 0;
-    QStringList m_history;
     QString m_prompt;
-    bool m_escape = false;
     bool m_inputEnded = false;
     bool m_inputClosed = false; // nothing is left to read
     KeyDecoder m_decoder;

@@ -1,7 +1,7 @@
 #include "maxq30/cpu/ZOFFMAXQ30Insn.h"
 
 #include "support/HException.h"
-#include "zoff/ZOFFModule.h"
+#include "zoff/ZOFFProcessor.h"
 
 #include <algorithm>
 #include <array>
@@ -203,14 +203,9 @@ std::string hex(uint32_t value)
     return text;
 }
 
-std::string ZOFFRegisterExpr::getRegisterName(int32_t number)
-{
-    return decodeModule(unsigned(number));
-}
-
 int ZOFFMAXQ30Insn::length() const
 {
-    return int(ZOFFModule::processorInsnLength(m_opcode));
+    return int(ZOFFProcessor::insnLength(m_opcode));
 }
 
 bool ZOFFMAXQ30Insn::isJump(uint32_t& target) const

@@ -32,7 +32,6 @@ public:
     // Replaces the opcode by the full one and sets the bytes. Throws HException with the reason when the
     // operand is unresolved.
     void encode() override;
-    bool recode() override { return estimatedLength() != length(); }
 
 private:
     void printSource(std::string& out, bool isData) const; // decodeSource

@@ -6,7 +6,6 @@
 class ZOFFMAXQ30Reader : public ZOFFReader {
 public:
     using ZOFFReader::ZOFFReader;
-    const char* processorName() const override { return "MAXQ30"; }
 
 protected:
     ZOFFProcessorInsn* makeInsn() override;

@@ -28,7 +28,7 @@ constexpr unsigned char PromptStatus = 3;
 constexpr unsigned char Prompt = '>';
 constexpr unsigned long PromptTimeout = 2000; // milliseconds
 
-constexpr const char* errorTexts[] = {
+constexpr const char* ErrorTexts[] = {
     "no error",          "family not supported",    "invalid command",
     "no password match", "bad parameter",           "verify failed",
     "unknown register",  "word mode not supported", "master erase failed",
@@ -110,9 +110,42 @@ std::pair<unsigned char, unsigned char> MAXQ30JTAGLoaderMemoryInterface::getFlag
     return {answer[0], answer[1]};
 }
 
+void MAXQ30JTAGLoaderMemoryInterface::command(const unsigned char* bytes, unsigned count)
+{
+    _maxqd_t* maxqd = m_target.driver();
+    if (maxqd->loaderWrite(maxqd, bytes, count) || !m_inLoader)
+        return;
+    if (bytes[0] == jtag::LoadVariable || bytes[0] == jtag::LoadFixed)
+        m_loadRefused = true;
+    else
+        warnOfRefusal(bytes[0] == jtag::MasterErase ? "an erase" : "a command");
+}
+
+// The error is that of the latest command. A bootloader that is busy has none to tell.
+void MAXQ30JTAGLoaderMemoryInterface::warnOfRefusal(const char* what)
+{
+    _maxqd_t* maxqd = m_target.driver();
+    const unsigned char question = jtag::GetFlagsAndError;
+    unsigned char answer[2] = {};
+    if (maxqd->loaderWrite(maxqd, &question, 1))
+        maxqd->loaderRead(maxqd, answer, sizeof answer);
+    const char* why = answer[1] ? getLoaderStatusString(answer[1]) : "it takes no more bytes";
+    m_target.warn(
+        QStringLiteral("the bootloader refuses %1: %2").arg(QLatin1String(what), QLatin1String(why)));
+}
+
+// A refused load is told here and once: asked between its pages, the question would take its turn in the
+// bootloader's time.
+void MAXQ30JTAGLoaderMemoryInterface::finish()
+{
+    flush();
+    if (std::exchange(m_loadRefused, false))
+        warnOfRefusal("a load");
+}
+
 const char* MAXQ30JTAGLoaderMemoryInterface::getLoaderStatusString(unsigned char error)
 {
-    return error < std::size(errorTexts) ? errorTexts[error] : "unknown error";
+    return error < std::size(ErrorTexts) ? ErrorTexts[error] : "unknown error";
 }
 
 void MAXQ30JTAGLoaderMemoryInterface::pokeBytes(uint32_t address, unsigned count, const unsigned char* bytes)
@@ -161,14 +194,13 @@ void MAXQ30JTAGLoaderMemoryInterface::alignedPokeBytes(unsigned int address, uns
 void MAXQ30JTAGLoaderMemoryInterface::pokeVariable(uint32_t address, unsigned length,
                                                    const unsigned char* data)
 {
-    _maxqd_t* maxqd = m_target.driver();
     while (length > 0) {
         unsigned piece = std::min(length, MaxData);
         unsigned char frame[HeaderBytes + MaxData] = {jtag::LoadVariable};
         Endian::packUINT16(frame, 1, uint16_t(piece), Endian::Little);
         Endian::packNumber(frame, 3, address, 3, Endian::Little);
         memcpy(frame + HeaderBytes, data, piece);
-        maxqd->loaderWrite(maxqd, frame, HeaderBytes + piece);
+        command(frame, HeaderBytes + piece);
         address += piece;
         data += piece;
         length -= piece;
@@ -178,7 +210,6 @@ void MAXQ30JTAGLoaderMemoryInterface::pokeVariable(uint32_t address, unsigned le
 void MAXQ30JTAGLoaderMemoryInterface::pokeFixed(uint32_t address, unsigned length, const unsigned char* data)
 {
     awaitPrompt();
-    _maxqd_t* maxqd = m_target.driver();
     uint32_t wordAddress = address >> 1;
     const unsigned slice = CodeWordBytes * m_report.fixedCodeLength;
     while (length > 0) {
@@ -188,7 +219,7 @@ void MAXQ30JTAGLoaderMemoryInterface::pokeFixed(uint32_t address, unsigned lengt
         Endian::packNumber(frame, 3, wordAddress, 3, Endian::Little);
         memset(frame + HeaderBytes, Erased, slice);
         memcpy(frame + HeaderBytes, data, piece);
-        maxqd->loaderWrite(maxqd, frame, HeaderBytes + slice);
+        command(frame, HeaderBytes + slice);
         wordAddress += m_report.fixedCodeLength;
         data += piece;
         length -= piece;
@@ -214,7 +245,7 @@ void MAXQ30JTAGLoaderMemoryInterface::awaitPrompt()
 // The CPU stops as it leaves reset, for the debug engine to read its memory.
 void MAXQ30JTAGLoaderMemoryInterface::leaveBootloader()
 {
-    flush();
+    finish();
     m_target.enterReset(maxqd::StartProgram);
     _maxqd_t* maxqd = m_target.driver();
     maxqd->shiftInIR(maxqd, maxqd::ChannelInstruction);

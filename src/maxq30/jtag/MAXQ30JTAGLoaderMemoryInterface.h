@@ -1,6 +1,6 @@
 // Code memory of a MAXQ30 device through its ROM bootloader, for the length of a load. Writes are collected
 // into pages; the first read takes the device out of the bootloader, and from then on reads go through the
-// debug engine. What the bootloader refuses shows when the memory is verified.
+// debug engine. What the bootloader refuses is told as a warning, and shows when the memory is verified.
 #pragma once
 
 #include "maxq30/jtag/MAXQ30BootloaderInformation.h"
@@ -26,6 +26,8 @@ public:
     void pokeBytes(uint32_t address, unsigned count, const unsigned char* bytes) override;
     void peekBytes(uint32_t address, unsigned count, unsigned char* bytes) override;
     void flush() override;
+    // The last flush of a load, which tells whether the bootloader refused part of it.
+    void finish();
     void eraseAll() override; // by the project's erase script
     // At once, in whole commands of the family that the bootloader offers; the end of a fixed-length
     // command is filled with 0xFF.
@@ -39,6 +41,8 @@ public:
     unsigned optimumVerifyBytesFragment() const override { return 0x1000; }
     unsigned optimumEraseBytesFragment() const override { return 0x20000; }
 
+    // Sends a command; a warning tells when the bootloader refuses it.
+    void command(const unsigned char* bytes, unsigned count);
     // The bootloader's flags and the error of its last command.
     std::pair<unsigned char, unsigned char> getFlagsAndError();
     static const char* getLoaderStatusString(unsigned char error);
@@ -52,6 +56,7 @@ private:
     void getSupportedCommands();
     void getDeviceId();
     void getROMVersion();
+    void warnOfRefusal(const char* what);
     bool fixedLengthFits() const;
     void awaitPrompt();
     void pokeVariable(uint32_t address, unsigned length, const unsigned char* data);
@@ -66,4 +71,5 @@ private:
     bool m_inLoader = true; // until the first read
     BootloaderReport m_report;
     QString m_deviceId;
+    bool m_loadRefused = false; // and not told yet
 };

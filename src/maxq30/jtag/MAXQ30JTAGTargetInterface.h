@@ -121,6 +121,8 @@ public:
     void enterReset(unsigned char programmingBits);
     // Waits until the bootloader answers, at most 2 seconds.
     void awaitBootloader();
+    // Tells the user of something that the session goes on without.
+    void warn(const QString& text) { helpers()->error(text); }
 
 protected:
     // What a derived class binds and opens; initialised to a closed record.
@@ -134,6 +136,7 @@ protected:
     void checkSettings() const;
 
 private:
+    void loaderCommand(const unsigned char* bytes, unsigned count);
     bool pollStopped();
     void writeDebugRegister(unsigned which, uint32_t value, unsigned bytes);
     uint32_t readDebugRegister(unsigned which, unsigned bytes);

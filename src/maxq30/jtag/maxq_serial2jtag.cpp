@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstring>
 #include <iterator>
+#include <memory>
 
 namespace {
 
@@ -124,14 +125,10 @@ void establish(HSerialLink* link)
 
 int openAdapter(_maxqd_t* maxqd, void* port, unsigned int, void*)
 {
-    maxqd->link = new HSerialLink(static_cast<const char*>(port), Baud, 8, HSerialLink::NoParity,
-                                  HSerialLink::OneStopBit);
-    try {
-        establish(linkOf(maxqd));
-    } catch (...) {
-        MAXQD_closeLink(maxqd);
-        throw;
-    }
+    auto link = std::make_unique<HSerialLink>(static_cast<const char*>(port), Baud, 8, HSerialLink::NoParity,
+                                              HSerialLink::OneStopBit);
+    establish(link.get());
+    maxqd->link = link.release(); // the record's from now on
     return 1;
 }
 
@@ -212,24 +209,32 @@ int multiShiftOutDR8(_maxqd_t* maxqd, unsigned char* buffer, unsigned long count
     return 1;
 }
 
-int multiShiftInDR8(_maxqd_t* maxqd, const unsigned char* buffer, unsigned long count)
+// False when the last status of a frame was 0, which means something to the bootloader alone.
+bool shiftIn(_maxqd_t* maxqd, const unsigned char* buffer, unsigned long count)
 {
+    bool taken = true;
     while (count > 0) {
         auto piece = static_cast<unsigned char>(std::min<unsigned long>(count, MaxTransfer));
-        binaryDataWrite(linkOf(maxqd), buffer, piece);
+        taken = binaryDataWrite(linkOf(maxqd), buffer, piece) != 0 && taken;
         buffer += piece;
         count -= piece;
     }
+    return taken;
+}
+
+int multiShiftInDR8(_maxqd_t* maxqd, const unsigned char* buffer, unsigned long count)
+{
+    shiftIn(maxqd, buffer, count);
     return 1;
 }
 
-// Pacing the bootloader is the adapter's matter.
+// Pacing the bootloader is the adapter's matter. Behind a byte that the bootloader did not take in time the
+// adapter sends nothing more of a frame, and its last status is 0.
 int loaderWrite(_maxqd_t* maxqd, const unsigned char* buffer, unsigned long count)
 {
     const unsigned char last = 0;
-    multiShiftInDR8(maxqd, buffer, count);
-    binaryDataWrite(linkOf(maxqd), &last, 1);
-    return 1;
+    bool taken = shiftIn(maxqd, buffer, count);
+    return binaryDataWrite(linkOf(maxqd), &last, 1) != 0 && taken;
 }
 
 void setSystemProgrammingBits(_maxqd_t* maxqd, unsigned char bits)

@@ -5,6 +5,7 @@
 #include "project/BuildSystem.h"
 #include "project/MacroSystem.h"
 #include "project/memorymap/MemoryMapOpenFiles.h"
+#include "support/Bracket.h"
 #include "support/HException.h"
 #include "support/QTx.h"
 
@@ -75,31 +76,30 @@ void MAXQ30Simulator::connect(bool)
     if (isConnected())
         disconnect();
     QString mapFile = memoryMapFile();
-    MemoryMap* map = mapFile.isEmpty() ? nullptr : MemoryMapOpenFiles::getMemoryMapFile(mapFile);
+    MemoryMap* map = mapFile.isEmpty()
+                         ? nullptr
+                         : MemoryMapOpenFiles::getMemoryMapFile(mapFile, macroSystem.globalMacros(true));
     if (!map)
         throw HException("cannot load memory map file: " + mapFile);
-    try {
-        openLibrary();
-        m_codeMemory = std::make_unique<MAXQ30CodeMemory>(m_simif);
-        m_dataMemory = std::make_unique<MAXQ30DataMemory>(m_simif);
-        m_registers = std::make_unique<MAXQ30SimulatorRegisters>(m_simif);
-        const QList<MemoryMapElement*> segments = map->getSegments(true);
-        for (const MemoryMapElement* segment : segments) {
-            if (segment->addressSpace() == QLatin1String("CODE"))
-                addRange(*m_codeMemory, *segment);
-            else if (segment->addressSpace() == QLatin1String("DATA"))
-                addRange(*m_dataMemory, *segment);
-        }
-        initialiseLibrary();
-        SimulatedHMonitor::connect();
-        askForMore();
-        for (const MemoryMapElement* segment : segments)
-            if (segment->name() == QLatin1String("FLASH"))
-                setExecutionCountRange(segment->address(), segment->size());
-    } catch (...) {
-        disconnect();
-        throw;
+    Bracket connecting([this] { disconnect(); });
+    openLibrary();
+    m_codeMemory = std::make_unique<MAXQ30CodeMemory>(m_simif);
+    m_dataMemory = std::make_unique<MAXQ30DataMemory>(m_simif);
+    m_registers = std::make_unique<MAXQ30SimulatorRegisters>(m_simif);
+    const QList<MemoryMapElement*> segments = map->getSegments(true);
+    for (const MemoryMapElement* segment : segments) {
+        if (segment->addressSpace() == QLatin1String("CODE"))
+            addRange(*m_codeMemory, *segment);
+        else if (segment->addressSpace() == QLatin1String("DATA"))
+            addRange(*m_dataMemory, *segment);
     }
+    initialiseLibrary();
+    SimulatedHMonitor::connect();
+    askForMore();
+    for (const MemoryMapElement* segment : segments)
+        if (segment->name() == QLatin1String("FLASH"))
+            setExecutionCountRange(segment->address(), segment->size());
+    connecting.dismiss();
 }
 
 void MAXQ30Simulator::openLibrary()

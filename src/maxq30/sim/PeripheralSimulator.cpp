@@ -3,11 +3,13 @@
 #include "script/engine/ESContext.h"
 #include "script/host/HostEvaluation.h"
 #include "script/host/ScriptSystem.h"
+#include "script/native/ESLibrary.h"
 #include "script/native/ESNativeGlobal.h"
 #include "support/HException.h"
+#include "support/Numbers.h"
+#include "support/QTx.h"
 #include "target/TargetInterface.h"
 
-#include <QFile>
 #include <QFileInfo>
 
 #include <cmath>
@@ -21,26 +23,19 @@ public:
     bool carryOnExecuting() override { return !(scriptSystem && scriptSystem->stopRequested()); }
 };
 
-QString hex(unsigned value)
-{
-    return QLatin1String("0x") + QString::number(value, 16);
-}
-
 } // namespace
 
 PeripheralSimulator::PeripheralSimulator(const QString& fileName, TargetInterface* target)
     : m_context(std::make_unique<PeripheralContext>()), m_fileName(QFileInfo(fileName).fileName())
 {
-    ESContext::mkexec(nullptr, m_context.get());
+    ESLibrary::mkexec(nullptr, m_context.get());
     install(m_context.get(), 0, nullptr);
     target->installScriptObject(m_context.get());
-    QFile file(fileName);
-    if (!file.open(QIODevice::ReadOnly))
+    std::optional<QString> text = QTx::readText(fileName);
+    if (!text)
         return;
-    QString text = QString::fromUtf8(file.readAll()) + QLatin1Char('\n');
-    file.close();
-    m_context->globalClass()->addToLoadPath(QFileInfo(fileName).absolutePath());
-    executeJavaScript(text);
+    ESNativeGlobal::of(m_context.get())->addToLoadPath(QFileInfo(fileName).absolutePath());
+    executeJavaScript(*text + QLatin1Char('\n'));
 }
 
 PeripheralSimulator::~PeripheralSimulator() = default;
@@ -57,19 +52,19 @@ int PeripheralSimulator::connect(const QString& name)
 
 int PeripheralSimulator::loadPeripheral(unsigned address, unsigned size, bool flag)
 {
-    return executeJavaScript(
-        QStringLiteral("loadPeripheral(%1, %2, %3)\n").arg(hex(address), hex(size), flag ? "true" : "false"));
+    return executeJavaScript(QStringLiteral("loadPeripheral(%1, %2, %3)\n")
+                                 .arg(toHexString(address), toHexString(size), flag ? "true" : "false"));
 }
 
 int PeripheralSimulator::storePeripheral(unsigned address, unsigned size, unsigned value)
 {
-    return executeJavaScript(
-        QStringLiteral("storePeripheral(%1, %2, %3)\n").arg(hex(address), hex(size), hex(value)));
+    return executeJavaScript(QStringLiteral("storePeripheral(%1, %2, %3)\n")
+                                 .arg(toHexString(address), toHexString(size), toHexString(value)));
 }
 
 int PeripheralSimulator::pollForInterrupts(unsigned requests)
 {
-    return executeJavaScript(QStringLiteral("pollForInterrupts(%1)\n").arg(hex(requests)));
+    return executeJavaScript(QStringLiteral("pollForInterrupts(%1)\n").arg(toHexString(requests)));
 }
 
 int PeripheralSimulator::executeJavaScript(const QString& text)

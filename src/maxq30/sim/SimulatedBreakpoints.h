@@ -29,7 +29,7 @@ public:
 
     // False when matchCode would find nothing at this address.
     bool mayMatchCode(uint32_t pc) const { return m_places[place(pc)]; }
-    // The same as a table, by word address & placeMask(); it stays up to date.
+    // What mayMatchCode looks up, as a table by word address & placeMask(); it stays up to date.
     const unsigned char* places() const { return m_places.data(); }
     static constexpr unsigned placeMask() { return Places - 1; }
     // False when matchData would change nothing.

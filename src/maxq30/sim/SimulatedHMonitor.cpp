@@ -2,6 +2,7 @@
 
 #include "project/MacroSystem.h"
 #include "project/PropertyValue.h"
+#include "support/Bracket.h"
 #include "support/HException.h"
 #include "target/TargetRegisterInterface.h"
 
@@ -16,7 +17,7 @@ namespace {
 constexpr int SimulatorCapabilities = 0x2BF;
 constexpr unsigned RoundsBetweenEvents = 300;
 
-constexpr const char* errorTexts[SimulatedHMonitor::NoError] = {
+constexpr const char* ErrorTexts[SimulatedHMonitor::NoError] = {
     "Unsupported opcode",
     "Address outside memory range on read",
     "Address outside memory range on write",
@@ -27,7 +28,7 @@ constexpr const char* errorTexts[SimulatedHMonitor::NoError] = {
     "Unaligned access on word write",
 };
 
-constexpr const char* triggerTexts[] = {"Execute", "Read", "Write", "Read/Write"};
+constexpr const char* TriggerTexts[] = {"Execute", "Read", "Write", "Read/Write"};
 
 } // namespace
 
@@ -168,12 +169,9 @@ void SimulatedHMonitor::go()
     m_stopped = false;
     m_pendingError = NoError;
     m_lastErrorText.clear();
-    try {
-        run();
-    } catch (...) { // a simulated peripheral failed: nothing executes any more
-        m_stopped = true;
-        throw;
-    }
+    Bracket running([this] { m_stopped = true; }); // when a simulated peripheral fails, nothing executes
+    run();
+    running.dismiss();
 }
 
 void SimulatedHMonitor::run()
@@ -216,7 +214,7 @@ void SimulatedHMonitor::run()
     }
 }
 
-// At most `maximum` rounds; answers how many. It ends before an instruction that may match a breakpoint,
+// At most `maximum` rounds; returns how many. It ends before an instruction that may match a breakpoint,
 // and behind one that brought a match, an error or a stop.
 unsigned SimulatedHMonitor::stepAhead(unsigned maximum)
 {
@@ -229,15 +227,12 @@ unsigned SimulatedHMonitor::stepAhead(unsigned maximum)
                false,
                0,
                0};
-    try {
-        runAhead(m_ahead);
-    } catch (...) {
+    Bracket counting([this] { // also when a simulated peripheral fails
         m_loopCount += m_ahead.steps;
         m_cycleCount += m_ahead.cycles;
-        throw;
-    }
-    m_loopCount += m_ahead.steps;
-    m_cycleCount += m_ahead.cycles;
+    });
+    runAhead(m_ahead);
+    counting.end();
     return m_ahead.steps;
 }
 
@@ -322,13 +317,13 @@ const char* SimulatedHMonitor::lastError(unsigned int& address)
 
 const char* SimulatedHMonitor::ErrorToStr(Error error)
 {
-    return error >= 0 && error < NoError ? errorTexts[error] : "Invalid Error";
+    return error >= 0 && error < NoError ? ErrorTexts[error] : "Invalid Error";
 }
 
 SimulatedHMonitor::Error SimulatedHMonitor::StringToError(const char* text)
 {
     for (int i = 0; i < NoError; ++i)
-        if (!std::strcmp(errorTexts[i], text))
+        if (!std::strcmp(ErrorTexts[i], text))
             return Error(i);
     return MiscError;
 }
@@ -352,7 +347,7 @@ bool SimulatedHMonitor::removeBreakpoint(HBreakpoint* breakpoint)
 
 const char* SimulatedHMonitor::getTrigger(int trigger)
 {
-    return triggerTexts[trigger >= 0 && trigger < numTriggers() ? trigger : 0];
+    return TriggerTexts[trigger >= 0 && trigger < numTriggers() ? trigger : 0];
 }
 
 bool SimulatedHMonitor::getNextTrace(unsigned int& address, unsigned int& data, unsigned int& cycles)

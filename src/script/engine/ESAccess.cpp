@@ -106,8 +106,8 @@ ESValue ESContext::memberOf(const ESValue& value, ESString* name)
     case ESValue::String:
         if (name == g_lengthString)
             return ESValue(double(value.string()->length()));
-        return plainGet(m_stringPrototype, name);
-    case ESValue::Number: return plainGet(m_numberPrototype, name);
+        return plainGet(stringPrototype(), name);
+    case ESValue::Number: return plainGet(numberPrototype(), name);
     default: return get(ToObject(value), name);
     }
 }
@@ -119,11 +119,11 @@ ESObject* ESContext::receiver(const ESValue& value, ESObject* function)
     if (value.isObject())
         return value.object();
     if (function && function->builtinId >= 0) {
-        if (value.type() == ESValue::String && function->cls == m_stringClass.get()) {
+        if (value.type() == ESValue::String && function->cls == m_realm.cls(ESRealm::String)) {
             m_stringReceiver->value = value;
             return m_stringReceiver;
         }
-        if (value.isNumber() && function->cls == m_numberClass.get()) {
+        if (value.isNumber() && function->cls == m_realm.cls(ESRealm::Number)) {
             m_numberReceiver->value = value;
             return m_numberReceiver;
         }

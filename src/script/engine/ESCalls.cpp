@@ -75,7 +75,7 @@ void ESContext::enter(ESObject* function, ESCode* code, ESObject* scope, ESObjec
 // An activation object has the parameters, a nameless slot for each surplus argument, and the locals.
 void ESContext::pushActivation(ESCode* code, const ESValue* argv, int argc)
 {
-    ESObject* activation = mkobj(nullptr, m_activationClass.get());
+    ESObject* activation = mkobj(nullptr, &m_activationClass);
     activation->properties.reserve(uint32_t(argc + code->localCount));
     activation->names = code->thread().names();
     const ESProperty* variable = code->variables.begin();
@@ -127,7 +127,7 @@ void ESContext::call(ESObject* function, ESObject* self, int argc)
         ESValue* argv = m_sp - argc;
         if (!argc)
             *argv = g_undefined;
-        function->cls->call(this, function, self, argc, argv);
+        callNative(function, self, argc, argv);
         m_A = *argv;
         m_sp = argv;
         return;
@@ -175,7 +175,7 @@ ESObject* ESContext::newInstance(ESObject* function)
 {
     ESValue prototype = get(function, g_prototypeString);
     ESObject* object =
-        mkobj(prototype.isObject() ? prototype.object() : m_objectPrototype, m_objectClass.get());
+        mkobj(prototype.isObject() ? prototype.object() : objectPrototype(), m_realm.cls(ESRealm::Object));
     if (function->construct->code)
         object->properties.reserve(function->construct->code->constructedProperties);
     return object;

@@ -51,10 +51,11 @@ public:
     void setOperand(int offset, int operand);
     void discard();
 
-    static ESOperands operands(uint8_t opcode);
-    static const char* mnemonic(uint8_t opcode);
+    static ESOperands operands(uint8_t opcode) { return OpcodeTable[opcode].operands; }
     // Bytes of the instruction with its operands.
-    static int size(uint8_t opcode);
+    static int size(uint8_t opcode) { return 1 + operandBytes(OpcodeTable[opcode].operands); }
+    // What the instruction at an offset does to the depth of the stack.
+    int depthChange(int offset, bool jumps) const;
 
     // The form that the machine runs, made on first use.
     ESThread& thread() { return m_thread ? *m_thread : makeThread(); }

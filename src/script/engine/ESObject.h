@@ -2,6 +2,7 @@
 // their context.
 #pragma once
 
+#include "script/engine/ESClass.h"
 #include "script/engine/ESString.h"
 #include "script/engine/ESValue.h"
 #include "script/engine/limits.h"
@@ -10,7 +11,6 @@
 #include <cstdint>
 #include <cstdlib>
 
-class ESClass;
 class ESCode;
 
 // One slot of a property array. An empty slot, left by a deletion, has no name.
@@ -53,7 +53,7 @@ public:
 
     // Room for so many slots in all. Throws std::bad_alloc.
     void reserve(uint32_t slots);
-    // Answers the new slot's number. A full array grows by ESLimits::PropertyGrowth slots.
+    // Returns the new slot's number. A full array grows by ESLimits::PropertyGrowth slots.
     uint32_t append(ESString* name, unsigned attributes, const ESValue& value)
     {
         if (m_count == m_capacity)
@@ -78,6 +78,7 @@ struct ESClosure {
     int localCount = 0;
     ESCode* code = nullptr;
     struct ESObject* scope = nullptr;
+    ESHandler handler = nullptr; // of a native; null when its class selects by the builtin id
 };
 
 struct ESObject {

@@ -47,24 +47,24 @@ struct Entry {
 };
 
 // Open addressing, at most half full.
-std::vector<Entry> m_stringMap;
-std::vector<ESString*> m_stringVector;
-std::deque<ESString> m_storage;
-std::array<ESString*, 256> m_characters;
+std::vector<Entry> g_stringMap;
+std::vector<ESString*> g_stringVector;
+std::deque<ESString> g_storage;
+std::array<ESString*, 256> g_characters;
 
 void place(uint32_t hash, uint32_t index)
 {
-    size_t mask = m_stringMap.size() - 1;
+    size_t mask = g_stringMap.size() - 1;
     size_t at = hash & mask;
-    while (m_stringMap[at].index)
+    while (g_stringMap[at].index)
         at = (at + 1) & mask;
-    m_stringMap[at] = {hash, index};
+    g_stringMap[at] = {hash, index};
 }
 
 void grow()
 {
-    std::vector<Entry> old(m_stringMap.empty() ? 2048 : m_stringMap.size() * 2);
-    old.swap(m_stringMap);
+    std::vector<Entry> old(g_stringMap.empty() ? 2048 : g_stringMap.size() * 2);
+    old.swap(g_stringMap);
     for (const Entry& entry : old)
         if (entry.index)
             place(entry.hash, entry.index);
@@ -96,14 +96,14 @@ QStringView formatNumber(unsigned n, char16_t (&buffer)[12])
 
 template <typename Same> ESString* find(uint64_t hash, int length, Same same)
 {
-    if (m_stringMap.empty())
+    if (g_stringMap.empty())
         return nullptr;
     uint32_t low = spread(hash);
-    size_t mask = m_stringMap.size() - 1;
-    for (size_t at = low & mask; m_stringMap[at].index; at = (at + 1) & mask) {
-        if (m_stringMap[at].hash != low)
+    size_t mask = g_stringMap.size() - 1;
+    for (size_t at = low & mask; g_stringMap[at].index; at = (at + 1) & mask) {
+        if (g_stringMap[at].hash != low)
             continue;
-        ESString* candidate = m_stringVector[m_stringMap[at].index - 1];
+        ESString* candidate = g_stringVector[g_stringMap[at].index - 1];
         if (candidate->length() == length && same(candidate))
             return candidate;
     }
@@ -147,13 +147,13 @@ namespace {
 
 template <typename Fill> ESString* add(uint64_t hash, Fill fill)
 {
-    if ((m_stringVector.size() + 1) * 2 > m_stringMap.size())
+    if ((g_stringVector.size() + 1) * 2 > g_stringMap.size())
         grow();
-    m_storage.emplace_back();
-    ESString* string = &m_storage.back();
-    fill(string, int(m_stringVector.size()));
-    m_stringVector.push_back(string);
-    place(spread(hash), uint32_t(m_stringVector.size()));
+    g_storage.emplace_back();
+    ESString* string = &g_storage.back();
+    fill(string, int(g_stringVector.size()));
+    g_stringVector.push_back(string);
+    place(spread(hash), uint32_t(g_stringVector.size()));
     return string;
 }
 
@@ -197,12 +197,12 @@ ESString* ESStringPool::intern(const char* latin1)
 
 ESString* ESStringPool::get(int index)
 {
-    return m_stringVector[size_t(index)];
+    return g_stringVector[size_t(index)];
 }
 
 int ESStringPool::count()
 {
-    return int(m_stringVector.size());
+    return int(g_stringVector.size());
 }
 
 ESString* ESStringPool::makeNumber(unsigned n)
@@ -272,19 +272,19 @@ ESString* ESStringPool::concat(ESString* left, ESString* right)
 
 ESString* ESStringPool::character(char16_t unit)
 {
-    if (unit >= m_characters.size())
+    if (unit >= g_characters.size())
         return intern(QStringView(&unit, 1));
-    if (!m_characters[unit])
-        m_characters[unit] = intern(QStringView(&unit, 1));
-    return m_characters[unit];
+    if (!g_characters[unit])
+        g_characters[unit] = intern(QStringView(&unit, 1));
+    return g_characters[unit];
 }
 
 void ESStringPool::clear()
 {
-    m_stringMap.clear();
-    m_stringVector.clear();
-    m_storage.clear();
-    m_characters.fill(nullptr);
+    g_stringMap.clear();
+    g_stringVector.clear();
+    g_storage.clear();
+    g_characters.fill(nullptr);
     std::memset(g_numbers, 0, sizeof g_numbers);
 }
 

@@ -23,7 +23,7 @@ public:
             return g_numbers[n];
         return makeNumber(n);
     }
-    // The same if it was ever interned, else null: no object has a property of that name then.
+    // Null when the number was never interned: no object has a property of that name then.
     static ESString* findNumber(unsigned n);
 
     // The text of both, without building it when it is long. Throws ESFatalError "string too long"

@@ -33,92 +33,6 @@ int arithmeticStep(int opcode)
     return STEP_ADD_S + (opcode - VM_ADD) / 2 * ArithmeticForms;
 }
 
-bool isCompareJump(int step)
-{
-    return step >= STEP_JLT_S && step <= STEP_JNID_KR;
-}
-
-bool isJump(int step)
-{
-    switch (step) {
-    case STEP_NEXT:
-    case STEP_LOGAND:
-    case STEP_LOGOR:
-    case STEP_J:
-    case STEP_JT:
-    case STEP_JF:
-    case STEP_JT_R:
-    case STEP_JF_R:
-    case STEP_JT_DROP:
-    case STEP_CASE: return true;
-    default: return isCompareJump(step);
-    }
-}
-
-// What an instruction does to the stack when it goes on behind itself, and when it jumps.
-struct StackEffect {
-    int next;
-    int jump;
-};
-
-StackEffect stackEffect(const ESCode& code, int offset)
-{
-    int op = code.code[size_t(offset)];
-    auto count = [&](int at) { return int(code.operandAt(offset + at)); };
-    switch (op) {
-    case VM_CALLW:
-    case VM_CALLG:
-    case VM_CALLA:
-    case VM_CALLAM:
-    case VM_CALLL:
-    case VM_CALLLM: return {1 - count(3), 0};
-    case VM_CALLF: return {-count(3), 0};
-    case VM_CALLX: return {-1 - count(1), 0};
-    case VM_NEWA: return {-count(1), 0};
-    case VM_MKARRAY: return {1 - count(1), 0};
-    case VM_PREINCX:
-    case VM_POSTINCX:
-    case VM_PREDECX:
-    case VM_POSTDECX: return {code.code[size_t(offset) + 1] ? 0 : -1, 0};
-    case VM_LOGAND:
-    case VM_LOGOR:
-    case VM_NEXT: return {-1, 0};
-    case VM_JT:
-    case VM_JF: return {-1, -1};
-    case VM_JT_DROP: return {-1, -2};
-    case VM_JLT: return {-2, -2};
-    case VM_PUTF: return {-2, 0};
-    case VM_PUTX: return {-3, 0};
-    case VM_NEW:
-    case VM_VOID:
-    case VM_TYPEOF:
-    case VM_ENUM:
-    case VM_ENDWITH:
-    case VM_GETF:
-    case VM_LOGNOT:
-    case VM_BITNOT:
-    case VM_POS:
-    case VM_NEG:
-    case VM_J:
-    case VM_RET: return {0, 0};
-    case VM_DROP:
-    case VM_WITH:
-    case VM_INITF:
-    case VM_GETX:
-    case VM_DELETEX: return {-1, 0};
-    default: break;
-    }
-    if (op >= VM_PUTW && op <= VM_PUTLM)
-        return {-1, 0};
-    if (op >= VM_ADD && op <= VM_USHRX)
-        return {(op - VM_ADD) % 2 ? -2 : -1, 0};
-    if (op >= VM_INC && op <= VM_DECLM)
-        return {0, 0};
-    if (op >= VM_LT && op <= VM_NONIDENTITY)
-        return {-1, 0};
-    return {1, 0};
-}
-
 } // namespace
 
 ESThread::ESThread(ESCode& code) : m_code(code)
@@ -157,11 +71,16 @@ void ESThread::measureStack(const ESCode& code)
         int depth = depthAt[size_t(offset)];
         deepest = std::max(deepest, depth);
         int op = code.code[size_t(offset)];
-        StackEffect effect = stackEffect(code, offset);
-        if (hasTarget(op))
-            visit(code.operandAt(offset + 1), depth + effect.jump);
-        if (op != VM_J && op != VM_RET && op != VM_RETU)
-            visit(offset + ESCode::size(uint8_t(op)), depth + effect.next);
+        switch (OpcodeTable[op].flow) {
+        case ESFlow::Branch:
+            visit(code.operandAt(offset + 1), depth + code.depthChange(offset, true));
+            [[fallthrough]];
+        case ESFlow::Next:
+            visit(offset + ESCode::size(uint8_t(op)), depth + code.depthChange(offset, false));
+            break;
+        case ESFlow::Goto: visit(code.operandAt(offset + 1), depth + code.depthChange(offset, true)); break;
+        case ESFlow::Return: break;
+        }
     }
     // One more for the instruction that stores A before it looks for a callee.
     m_stackNeed = deepest + 2 + (code.needsFrame ? 0 : code.localCount);
@@ -285,12 +204,10 @@ void ESThread::translateOne(const std::vector<uint8_t>& bytes, int offset)
         add(step, line);
         return;
     }
-    if (op >= VM_ADD && op <= VM_USHRX) {
-        withSlot(STEP_MEMBEROP, op - 1);
-        add(step, line);
-        return;
-    }
-    switch (op) {
+    // Only code that no compiler made has another opcode.
+    if (op >= VM_OpcodeCount)
+        qFatal("%s", qPrintable(QStringLiteral("unknown instruction %1 at %2").arg(op).arg(offset)));
+    switch (ESVmOpcode(op)) {
     case VM_NUM: constant(ESValue(m_code.numbers[size_t(first)])); break;
     case VM_NUM_0:
     case VM_NUM_1:
@@ -402,9 +319,29 @@ void ESThread::translateOne(const std::vector<uint8_t>& bytes, int offset)
     case VM_JLT: addJump(STEP_JLT_S, first, line); return;
     case VM_RET: plain(STEP_RET); break;
     case VM_RETU: plain(STEP_RETU); break;
-    default:
-        // Only code that no compiler made has such an opcode.
-        qFatal("%s", qPrintable(QStringLiteral("unknown instruction %1 at %2").arg(op).arg(offset)));
+    case VM_ADDX:
+    case VM_SUBX:
+    case VM_MULX:
+    case VM_DIVX:
+    case VM_MODX:
+    case VM_BITANDX:
+    case VM_BITORX:
+    case VM_BITXORX:
+    case VM_SHLX:
+    case VM_SHRX:
+    case VM_USHRX: withSlot(STEP_MEMBEROP, op - 1); break;
+    case VM_ADD:
+    case VM_SUB:
+    case VM_MUL:
+    case VM_DIV:
+    case VM_MOD:
+    case VM_BITAND:
+    case VM_BITOR:
+    case VM_BITXOR:
+    case VM_SHL:
+    case VM_SHR:
+    case VM_USHR:
+    case VM_OpcodeCount: return; // left above
     }
     add(step, line);
 }

@@ -15,7 +15,7 @@ constexpr int SourceNesting = 1000;
 // Bytes of one function's code; jump targets and chain links are 16 bits wide.
 constexpr int CodeBytes = 65535;
 // String operands from this value on are indices into the code's table of far names, lower ones are
-// pool indices. The same holds for function operands.
+// pool indices. Function operands likewise.
 constexpr int NearOperands = 0xC000;
 // UTF-16 units of one string.
 constexpr int StringLength = 1 << 26;

@@ -1,8 +1,7 @@
 #include "script/host/HostEvaluation.h"
 
 #include "support/HException.h"
-
-#include <cstdio>
+#include "support/Warning.h"
 
 ESCompletion evaluateForHost(ESContext* context, const QString& text, const QString& file)
 {
@@ -21,6 +20,6 @@ ESCompletion evaluateForHost(ESContext* context, const QString& text, const QStr
 void printScriptWarnings(ESContext* context)
 {
     for (const ESWarning& warning : context->takeWarnings())
-        fprintf(stderr, "warning: %s:%d: %s\n", warning.file.toLocal8Bit().constData(), warning.line,
-                warning.text.toLocal8Bit().constData());
+        printWarning(
+            QStringLiteral("%1:%2: %3").arg(warning.file, QString::number(warning.line), warning.text));
 }

@@ -7,6 +7,7 @@ ESObject* makeFunction(ESContext* context, const Builtin& row, ESObject* prototy
     ESObject* function = context->mkobj(prototype, context->mkclosure(row.argumentCount), nullptr, cls);
     function->value = ESValue(ESStringPool::intern(row.fullName));
     function->builtinId = row.id;
+    function->call->handler = row.handler;
     function->properties.reserve(row.constructor ? 16 : 1);
     function->define(g_lengthString, ESProperty::DontEnum, ESValue(double(row.argumentCount)));
     return function;

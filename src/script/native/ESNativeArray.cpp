@@ -5,21 +5,6 @@
 
 namespace {
 
-enum { Constructor, ToString, ToLocaleString, Concat, Pop, Push, Reverse, Shift, Slice, Sort };
-
-constexpr Builtin constructorRow = {"Array", "Array", 0, true, Constructor};
-constexpr Builtin members[] = {
-    {"toString", "Array.prototype.toString", 0, false, ToString},
-    {"toLocaleString", "Array.prototype.toLocaleString", 0, false, ToLocaleString},
-    {"concat", "Array.prototype.concat", 0, false, Concat},
-    {"pop", "Array.prototype.pop", 0, false, Pop},
-    {"push", "Array.prototype.push", 0, false, Push},
-    {"reverse", "Array.prototype.reverse", 0, false, Reverse},
-    {"shift", "Array.prototype.shift", 0, false, Shift},
-    {"slice", "Array.prototype.slice", 2, false, Slice},
-    {"sort", "Array.prototype.sort", 1, false, Sort},
-};
-
 uint32_t lengthOf(ESContext* context, ESObject* object)
 {
     return context->toUint32(context->get(object, g_lengthString));
@@ -38,12 +23,6 @@ void putIndex(ESContext* context, ESObject* object, double index, const ESValue&
 } // namespace
 
 ESNativeArray::ESNativeArray() : ESNative("Array", Access::Array) {}
-
-void ESNativeArray::install(ESContext* context)
-{
-    installConstructor(context, constructorRow, context->arrayPrototype());
-    installMembers(context, context->arrayPrototype(), members);
-}
 
 void ESNativeArray::setLength(ESContext* context, ESObject* array, const ESValue& value)
 {
@@ -126,8 +105,9 @@ ESObject* ESNativeArray::make(ESContext* context, int argc, const ESValue* argv)
     return array;
 }
 
-ESValue ESNativeArray::concat(ESContext* context, ESObject* self, int argc, const ESValue* argv)
+ESValue ESNativeArray::concat(const ESCall& call)
 {
+    ESContext* context = call.context;
     ESObject* result = context->newArray(0, nullptr);
     unsigned count = 0;
     auto add = [&](const ESValue& value) {
@@ -142,15 +122,17 @@ ESValue ESNativeArray::concat(ESContext* context, ESObject* self, int argc, cons
                 putIndex(context, result, count++, element);
         }
     };
-    add(ESValue(self));
-    for (int i = 0; i < argc; ++i)
-        add(argv[i]);
+    add(ESValue(call.self));
+    for (int i = 0; i < call.argc; ++i)
+        add(call.argv[i]);
     putLength(context, result, count);
     return ESValue(result);
 }
 
-ESValue ESNativeArray::pop(ESContext* context, ESObject* self)
+ESValue ESNativeArray::pop(const ESCall& call)
 {
+    ESContext* context = call.context;
+    ESObject* self = call.self;
     uint32_t length = lengthOf(context, self);
     if (length == 0) {
         putLength(context, self, 0);
@@ -162,17 +144,19 @@ ESValue ESNativeArray::pop(ESContext* context, ESObject* self)
     return last;
 }
 
-ESValue ESNativeArray::push(ESContext* context, ESObject* self, int argc, const ESValue* argv)
+ESValue ESNativeArray::push(const ESCall& call)
 {
-    double length = lengthOf(context, self);
-    for (int i = 0; i < argc; ++i)
-        putIndex(context, self, length + i, argv[i]);
-    putLength(context, self, length + argc);
-    return ESValue(length + argc);
+    double length = lengthOf(call.context, call.self);
+    for (int i = 0; i < call.argc; ++i)
+        putIndex(call.context, call.self, length + i, call.argv[i]);
+    putLength(call.context, call.self, length + call.argc);
+    return ESValue(length + call.argc);
 }
 
-void ESNativeArray::reverse(ESContext* context, ESObject* self)
+ESValue ESNativeArray::reverse(const ESCall& call)
 {
+    ESContext* context = call.context;
+    ESObject* self = call.self;
     uint32_t length = lengthOf(context, self);
     for (uint32_t low = 0; low < length / 2 && context->keepGoing(); ++low) {
         uint32_t high = length - 1 - low;
@@ -181,10 +165,13 @@ void ESNativeArray::reverse(ESContext* context, ESObject* self)
         arrayPut(context, self, low, last);
         arrayPut(context, self, high, first);
     }
+    return ESValue(self);
 }
 
-ESValue ESNativeArray::shift(ESContext* context, ESObject* self)
+ESValue ESNativeArray::shift(const ESCall& call)
 {
+    ESContext* context = call.context;
+    ESObject* self = call.self;
     uint32_t length = lengthOf(context, self);
     if (length == 0) {
         putLength(context, self, 0);
@@ -198,11 +185,14 @@ ESValue ESNativeArray::shift(ESContext* context, ESObject* self)
     return first;
 }
 
-ESValue ESNativeArray::slice(ESContext* context, ESObject* self, const ESValue& start, const ESValue& end)
+ESValue ESNativeArray::slice(const ESCall& call)
 {
+    ESContext* context = call.context;
+    ESObject* self = call.self;
+    ESValue end = call.argument(1);
     int64_t length = lengthOf(context, self);
     auto clamped = [length](int64_t at) { return std::clamp(at < 0 ? at + length : at, int64_t(0), length); };
-    int64_t from = clamped(context->toInt32(start));
+    int64_t from = clamped(context->toInt32(call.argument(0)));
     int64_t to = end.isUndefined() ? length : clamped(context->toInt32(end));
     ESObject* result = context->newArray(0, nullptr);
     for (int64_t i = from; i < to && context->keepGoing(); ++i) {
@@ -214,8 +204,11 @@ ESValue ESNativeArray::slice(ESContext* context, ESObject* self, const ESValue& 
     return ESValue(result);
 }
 
-void ESNativeArray::sort(ESContext* context, ESObject* self, const ESValue& comparator)
+ESValue ESNativeArray::sort(const ESCall& call)
 {
+    ESContext* context = call.context;
+    ESObject* self = call.self;
+    ESValue comparator = call.argument(0);
     const int64_t length = lengthOf(context, self);
     ESObject* function = nullptr;
     if (!comparator.isUndefined()) {
@@ -253,39 +246,37 @@ void ESNativeArray::sort(ESContext* context, ESObject* self, const ESValue& comp
                 arrayPut(context, self, unsigned(last), key);
         }
     }
+    return ESValue(self);
 }
 
-void ESNativeArray::call(ESContext* context, ESObject* function, ESObject* self, int argc, ESValue* argv)
+ESValue ESNativeArray::toString(const ESCall& call)
 {
-    ESValue first = biarg(argc, argv, 0);
-    switch (function->builtinId) {
-    case Constructor: argv[0] = ESValue(make(context, argc, argv)); return;
-    case ToString:
-    case ToLocaleString:
-        if (self->cls != this)
-            context->throwTypeError(QStringLiteral("Array.prototype.toString requires an array"));
-        argv[0] = ESValue(ESStringPool::intern(join(context, self, QStringLiteral(","))));
-        return;
-    case Concat: argv[0] = concat(context, self, argc, argv); return;
-    case Pop: argv[0] = pop(context, self); return;
-    case Push: argv[0] = push(context, self, argc, argv); return;
-    case Reverse:
-        reverse(context, self);
-        argv[0] = ESValue(self);
-        return;
-    case Shift: argv[0] = shift(context, self); return;
-    case Slice: argv[0] = slice(context, self, first, biarg(argc, argv, 1)); return;
-    case Sort:
-        sort(context, self, first);
-        argv[0] = ESValue(self);
-        return;
-    default: badCall(context);
-    }
+    if (!call.context->isarray(ESValue(call.self)))
+        call.context->throwTypeError(QStringLiteral("Array.prototype.toString requires an array"));
+    return ESValue(ESStringPool::intern(join(call.context, call.self, QStringLiteral(","))));
 }
 
-ESObject* ESNativeArray::construct(ESContext* context, ESObject* function, int argc, ESValue* argv)
+void ESNativeArray::install(ESContext* context)
 {
-    if (function->builtinId != Constructor)
-        return ESNative::construct(context, function, argc, argv);
+    static constexpr ESHandler Make = [](const ESCall& call) {
+        return ESValue(make(call.context, call.argc, call.argv));
+    };
+    static constexpr Builtin MemberTable[] = {
+        row("toString", "Array.prototype.toString", 0, toString),
+        row("toLocaleString", "Array.prototype.toLocaleString", 0, toString),
+        row("concat", "Array.prototype.concat", 0, concat),
+        row("pop", "Array.prototype.pop", 0, pop),
+        row("push", "Array.prototype.push", 0, push),
+        row("reverse", "Array.prototype.reverse", 0, reverse),
+        row("shift", "Array.prototype.shift", 0, shift),
+        row("slice", "Array.prototype.slice", 2, slice),
+        row("sort", "Array.prototype.sort", 1, sort),
+    };
+    installConstructor(context, constructorRow("Array", 0, Make), context->arrayPrototype());
+    installMembers(context, context->arrayPrototype(), MemberTable);
+}
+
+ESObject* ESNativeArray::construct(ESContext* context, ESObject*, int argc, ESValue* argv)
+{
     return make(context, argc, argv);
 }

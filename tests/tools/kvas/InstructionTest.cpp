@@ -70,9 +70,15 @@ public:
 };
 
 // "MOVE C, ACC.n" has two words for n from 0 to 7; the text stands for the one that knows all sixteen bits.
+// What is popped into an operation is printed as POP, which the assembler wants written as the operation.
 bool isSynonym(unsigned opcode)
 {
-    return (opcode & 0x8FFF) == 0x870A;
+    bool isPop = (opcode & 0x80FF) == 0x800D;
+    unsigned destination = opcode >> 8 & 0x7F;
+    return (opcode & 0x8FFF) == 0x870A ||
+           (isPop &&
+            ((destination & 15) == 7 || ((destination & 15) == 10 && destination > 10) ||
+             destination == 0x78 || destination == 0x3D || destination == 0x4D || destination == 0x5D));
 }
 
 TEST_F(Assembly, EveryWordComesBackFromItsText)
@@ -118,28 +124,75 @@ TEST_F(Assembly, PrefixedWordsComeBackFromTheirText)
                 expectRoundTrip(opcode, 0);
         }
     }
-    for (uint64_t opcode :
-         {0x2B00'0A05ull, 0x2B00'1A00ull, 0x2B12'7A34ull, 0x0B01'2B12'7A34ull, 0x2B00'8A0Aull, 0x1B00'9A3Full,
-          0x3B00'8A3Full, 0x1B00'8C3Full, 0x1B00'8D3Full, 0x1B00'C70Full})
+    for (uint64_t opcode : {0x2B00'0A05ull, 0x2B00'1A00ull, 0x2B12'7A34ull, 0x0B01'2B12'7A34ull,
+                            0x2B00'8A0Aull, 0x1B00'8AFAull, 0x1B00'8C3Full, 0x1B00'8D3Full, 0x1B00'C70Full})
         expectRoundTrip(opcode, 0x400);
+}
+
+TEST_F(Assembly, TransportsIntoAnOperationAreWrittenAsTheOperation)
+{
+    struct {
+        const char* transport;
+        const char* operation; // the word that the transport would have
+        uint64_t opcode;
+    } cases[] = {
+        {"MOVE A[AP], A[3]", "AND A[3]", 0x9A39},
+        {"MOVE A[AP], #5", "AND #5", 0x1A05},
+        {"MOVE A[AP], #0x1234", "AND #0x1234", 0x0B12'1A34},
+        {"MOVE A[AP], @DP[1].L", "AND @DP[1].L", 0x1B00'9A3F},
+        {"MOVE M10[2], A[0]", "OR A[0]", 0xAA09},
+        {"MOVE M10[7], #1", "SUBB #1", 0x7A01},
+        {"MOVE M10[8], @DP[1].L", "BIC @DP[1].L", 0x3B00'8A3F},
+        {"MOVE M10[15], ACC", "MLW2 ACC", 0x2B00'FA0A},
+        {"MOVE M8[7], SP", "CMP SP", 0xF81D},
+        {"MOVE M7[3], A[0]", "MOVE C, A[0].3", 0xB709},
+        {"MOVE M12[1], #0x402", "JUMP Z, 0x402", 0x1C00},
+        {"MOVE M13[3], A[0]", "CALL A[0]", 0xBD09},
+        {"MOVE M13[5], #0x402", "DJNZ LC[1], 0x402", 0x5D00},
+        {"POP A[AP]", "AND @SP++", 0x9A0D},
+        {"POP M8[7]", "CMP @SP++", 0xF80D},
+        {"POP M7[2]", "MOVE C, @SP++.2", 0xA70D},
+        {"POP M13[4]", "DJNZ LC[0], @SP++", 0xCD0D},
+    };
+    for (const auto& c : cases) {
+        uint64_t opcode = 0;
+        EXPECT_NE(assemble(c.transport, 0x400, opcode), "") << c.transport << std::hex << " gives " << opcode;
+        EXPECT_EQ(assemble(c.operation, 0x400, opcode), "") << c.operation;
+        EXPECT_EQ(opcode, c.opcode) << c.operation << std::hex << " gives " << opcode;
+    }
 }
 
 TEST_F(Assembly, RefusesWhatHasNoEncoding)
 {
     uint64_t opcode = 0;
-    for (const char* text : {"ADD ACC",         "AND A[AP]",
-                             "MOVE ACC, A[AP]", "MOVE A[0], M7[3]",
-                             "JUMP M7[0]",      "MOVE ACC.8, #1",
-                             "MOVE ACC.16, C",  "MOVE A[0].3, C",
-                             "MOVE A[0].1, #2", "MOVE C, #2",
-                             "MOVE A[0].8, #1", "MOVE @SP++, #1",
-                             "MOVE A[16], #1",  "MOVE A[0]",
-                             "MOVE A[0], 5",    "ADD 5",
-                             "DJNZ A[0], 5",    "RET X",
-                             "NOP 1",           "POP #1",
-                             "JUMP #5",         "MOVE A[0], #SP",
-                             "MOVE C, ACC",     "PUSH @DP[2].B",
-                             "MOVE M16[0], #1", "MOVE @DP[0].B+, #1"})
+    for (const char* text : {"ADD ACC",
+                             "AND A[AP]",
+                             "MOVE ACC, A[AP]",
+                             "MOVE A[0], M7[3]",
+                             "MOVE @SPI++, A[0]",
+                             "ADD M10[9]",
+                             "JUMP M7[0]",
+                             "MOVE ACC.8, #1",
+                             "MOVE ACC.16, C",
+                             "MOVE A[0].3, C",
+                             "MOVE A[0].1, #2",
+                             "MOVE C, #2",
+                             "MOVE A[0].8, #1",
+                             "MOVE @SP++, #1",
+                             "MOVE A[16], #1",
+                             "MOVE A[0]",
+                             "MOVE A[0], 5",
+                             "ADD 5",
+                             "DJNZ A[0], 5",
+                             "RET X",
+                             "NOP 1",
+                             "POP #1",
+                             "JUMP #5",
+                             "MOVE A[0], #SP",
+                             "MOVE C, ACC",
+                             "PUSH @DP[2].B",
+                             "MOVE M16[0], #1",
+                             "MOVE @DP[0].B+, #1"})
         EXPECT_NE(assemble(text, 0, opcode), "") << text << std::hex << " gives " << opcode;
 }
 

@@ -3,6 +3,7 @@
 
 #include "maxq30/cpu/ZOFFMAXQ30Reader.h"
 #include "support/TempDir.h"
+#include "tests/support/MAXQ30Records.h"
 #include "tools/kvas/Link.h"
 #include "zoff/ZOFFMarker.h"
 #include "zoff/ZOFFModule.h"

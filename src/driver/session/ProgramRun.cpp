@@ -1,0 +1,150 @@
+#include "driver/session/ProgramRun.h"
+
+#include "debug/SymbolicDebuggerInterface.h"
+#include "driver/session/Interrupt.h"
+#include "driver/session/Loader.h"
+#include "loadfile/LoadFileInterface.h"
+#include "support/HException.h"
+#include "support/QTx.h"
+#include "target/io/TargetIOServer.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+
+#include <algorithm>
+#include <ctime>
+
+namespace {
+
+constexpr int PassMilliseconds = 1;
+// A program that has asked for nothing lately is polled less often: each poll of a board stops it for a
+// moment, and costs both sides. Polls then aim at a fiftieth of this processor, and a request is still seen
+// within the longest interval.
+constexpr int IdlePassMilliseconds = 9;
+constexpr int IdlePollMilliseconds = 5;
+constexpr int IdlePollMaximum = 18; // milliseconds
+constexpr double IdleShare = 0.02;
+constexpr int IdleAfterPolls = 100;
+
+double processorMilliseconds()
+{
+    timespec time;
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return double(time.tv_sec) * 1e3 + double(time.tv_nsec) / 1e6;
+}
+
+} // namespace
+
+ProgramRun::Scope::Scope(ProgramRun& run, TargetIOServer& server) : m_run(run)
+{
+    SymbolicDebuggerInterface& debugger = run.debugger();
+    run.m_server = &server;
+    run.m_idlePolls = 0;
+    run.m_quit = false;
+    run.m_exitStatus.reset();
+    debugger.setTargetInterface(run.m_loader.targetInterface());
+    debugger.setTargetIOServer(&server);
+    run.m_timer.start(PassMilliseconds);
+}
+
+ProgramRun::Scope::~Scope()
+{
+    m_run.m_timer.stop();
+    m_run.debugger().setTargetIOServer(nullptr);
+    m_run.m_server = nullptr;
+}
+
+// The simulator serves requests without waiting for a poll, and would only be slowed down by more of them
+// than pass() makes passes.
+ProgramRun::ProgramRun(Loader& loader) : m_loader(loader)
+{
+    m_timer.setObjectName(QStringLiteral("qburn-debug-timer"));
+    QObject::connect(&m_timer, &QTimer::timeout, this, &ProgramRun::timedPoll);
+}
+
+SymbolicDebuggerInterface& ProgramRun::debugger() const
+{
+    if (!m_debugger)
+        throw HException("no debugger");
+    return *m_debugger;
+}
+
+void ProgramRun::loadSymbols()
+{
+    for (const LoadFileListItem& item : m_loader.loadFiles().items())
+        if (item.file->hasSymbols())
+            debugger().loadSymbols(Path(item.name), 0);
+}
+
+void ProgramRun::start(const QString& entry, bool stop)
+{
+    m_stopped = false;
+    debugger().start(entry, stop);
+}
+
+void ProgramRun::pass()
+{
+    QCoreApplication::processEvents();
+    Interrupt::check();
+    if (!m_quit)
+        QTx::sleep(idle() ? IdlePassMilliseconds : PassMilliseconds);
+}
+
+bool ProgramRun::idle() const
+{
+    return m_idlePolls == IdleAfterPolls;
+}
+
+// A failure is told, and does not go into the event loop.
+void ProgramRun::poll()
+{
+    try {
+        if (debugger().isStopped() && !m_stopped) {
+            m_stopped = true;
+            if (m_listener)
+                m_listener->onBreakpoint();
+        }
+    } catch (const HException& failure) {
+        m_loader.displayError(failure.text());
+    }
+}
+
+void ProgramRun::timedPoll()
+{
+    uint64_t before = m_server->requests();
+    double start = processorMilliseconds();
+    poll();
+    double cost = processorMilliseconds() - start;
+    bool asked = m_server->requests() != before;
+    m_idlePolls = asked ? 0 : std::min(m_idlePolls + 1, IdleAfterPolls);
+    int interval = PassMilliseconds;
+    if (idle())
+        interval = std::clamp(int(std::min(cost / IdleShare, 1e3)), IdlePollMilliseconds, IdlePollMaximum);
+    if (interval != m_timer.interval())
+        m_timer.setInterval(interval);
+}
+
+bool ProgramRun::waitForStop(unsigned milliseconds)
+{
+    QElapsedTimer timer;
+    timer.start();
+    while (!m_stopped && !m_quit && !timer.hasExpired(milliseconds))
+        pass();
+    return m_stopped;
+}
+
+// The user has lost interest, so a target that does not answer any more is not worth a word.
+void ProgramRun::abandon()
+{
+    try {
+        debugger().stop();
+        debugger().clear();
+    } catch (const HException&) {
+    }
+}
+
+void ProgramRun::quit(int status)
+{
+    m_exitStatus = status;
+    quit();
+}

@@ -1,0 +1,37 @@
+#include "driver/terminal/TerminalFace.h"
+
+#include "driver/terminal/StandardOutput.h"
+#include "driver/terminal/TextTargetIOServerTerminal.h"
+#include "support/Warning.h"
+
+void TerminalFace::progress(int done, int total, const char* label, const char* unit)
+{
+    m_progressBar.progress(done, total, label, unit);
+}
+
+void TerminalFace::message(const QString& text)
+{
+    m_progressBar.message(text);
+}
+
+void TerminalFace::warning(const QString& text)
+{
+    m_progressBar.clearLine();
+    printWarning(text);
+}
+
+void TerminalFace::output(std::string_view text)
+{
+    StandardOutput::write(text);
+}
+
+void TerminalFace::showLines(const QStringList& lines)
+{
+    if (m_console) {
+        m_console->showOutputWithPrompt(lines);
+        return;
+    }
+    for (const QString& line : lines)
+        if (!line.isEmpty())
+            StandardOutput::write(line + QLatin1Char('\n'));
+}
