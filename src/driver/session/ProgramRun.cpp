@@ -128,7 +128,8 @@ bool ProgramRun::idle() const
 void ProgramRun::poll()
 {
     try {
-        if (debugger().isStopped() && !m_stopped) {
+        // A stop that is the session's end is not told.
+        if (debugger().isStopped() && !m_stopped && !Interrupt::requested()) {
             m_stopped = true;
             if (m_listener)
                 m_listener->onBreakpoint();
