@@ -1,5 +1,5 @@
 // What the debugger finds in an executable: lines, scopes, types, variables.
-#include "tests/tools/kvas/Sources.h"
+#include "tools/kvas/Sources.h"
 
 namespace {
 
@@ -26,6 +26,8 @@ protected:
         }
     }
 };
+
+} // namespace
 
 TEST_F(DebugInfo, LinesAreThoseOfTheSourceOrOfAnotherFile)
 {
@@ -313,5 +315,3 @@ TEST_F(DebugInfo, ModuleInformationAndWhatIsNotWritten)
     EXPECT_TRUE(symbol("x")->patched());
     EXPECT_EQ(section("code")->findInsnAt(0)->printString(), "\tCALL\textra");
 }
-
-} // namespace

@@ -2,7 +2,7 @@
 #include "sim/Core.h"
 #include "target/io/TargetIOServer.h"
 #include "target/memory/TargetMemoryInterface.h"
-#include "tests/tools/kvas/Sources.h"
+#include "tools/kvas/Sources.h"
 
 #include <filesystem>
 #include <optional>
@@ -91,6 +91,8 @@ protected:
     std::optional<int> status;
 };
 
+} // namespace
+
 TEST_F(Examples, HelloPrintsItsArgumentsAndCountsThem)
 {
     EXPECT_EQ(run("hello", {QStringLiteral("one"), QStringLiteral("two words")}), 2);
@@ -127,5 +129,3 @@ TEST_F(Examples, CrcComputesTheKnownResult)
 {
     EXPECT_EQ(run("crc"), 0);
 }
-
-} // namespace

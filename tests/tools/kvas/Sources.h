@@ -2,8 +2,8 @@
 #pragma once
 
 #include "maxq30/cpu/ZOFFMAXQ30Reader.h"
+#include "support/MAXQ30Records.h"
 #include "support/TempDir.h"
-#include "tests/support/MAXQ30Records.h"
 #include "tools/kvas/Link.h"
 #include "zoff/ZOFFMarker.h"
 #include "zoff/ZOFFModule.h"
