@@ -1,6 +1,10 @@
 // The adapters byte by byte, and the faults of the cable in front of them.
 #include "Probe.h"
 
+#include "board/Adapter.h"
+#include "board/Device.h"
+#include "board/Faults.h"
+#include "board/Journal.h"
 #include "board/Link.h"
 #include "board/SerialAdapter.h"
 #include "board/UsbAdapter.h"

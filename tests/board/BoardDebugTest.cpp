@@ -1,5 +1,8 @@
 // The test access port and the debug engine, from the pins.
 #include "Probe.h"
+#include "board/limits.h"
+#include "sim/Program.h"
+#include "sim/RegisterFile.h"
 
 namespace board {
 

@@ -1,5 +1,15 @@
 // What the debugger finds in an executable: lines, scopes, types, variables.
+#include "support/HString.h"
 #include "tools/kvas/Sources.h"
+#include "zoff/ZOFFExpr.h"
+#include "zoff/ZOFFInsn.h"
+#include "zoff/ZOFFMarker.h"
+#include "zoff/ZOFFObject.h"
+#include "zoff/ZOFFScope.h"
+#include "zoff/ZOFFSection.h"
+#include "zoff/ZOFFSymbol.h"
+#include "zoff/ZOFFTags.h"
+#include "zoff/ZOFFType.h"
 
 namespace {
 

@@ -1,4 +1,5 @@
 // What directives accept and refuse, over the borders of files.
+#include "tools/kvas/Diagnostics.h"
 #include "tools/kvas/Sources.h"
 
 namespace {

@@ -1,7 +1,12 @@
 // Instructions both ways: what disassembly prints is what the assembler reads.
 #include "tools/kvas/Instruction.h"
 #include "maxq30/cpu/ZOFFMAXQ30Insn.h"
+#include "support/Pool.h"
+#include "tools/kvas/Cursor.h"
+#include "tools/kvas/Diagnostics.h"
 #include "tools/kvas/Expression.h"
+#include "tools/kvas/ExpressionParser.h"
+#include "tools/kvas/Program.h"
 
 #include <gtest/gtest.h>
 #include <iterator>

@@ -1,5 +1,6 @@
 // Where sections, fragments and items come to lie, and how long instructions get.
 #include "tools/kvas/Sources.h"
+#include "zoff/ZOFFInsn.h"
 
 namespace {
 

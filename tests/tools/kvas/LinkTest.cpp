@@ -1,8 +1,9 @@
 // Layout, symbols of several files, data directives, and what hostile sources get.
 #include "tools/kvas/Sources.h"
-#include "tools/kvas/limits.h"
 #include "zoff/Records.h"
 #include "zoff/ZOFFItems.h"
+#include "zoff/ZOFFSection.h"
+#include "zoff/ZOFFTags.h"
 
 #include <fcntl.h>
 #include <filesystem>
