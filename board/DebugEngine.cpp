@@ -57,7 +57,7 @@ struct MapEntry {
     uint8_t module;
     uint8_t index;
 };
-constexpr MapEntry mapEntries[] = {
+constexpr MapEntry MapEntries[] = {
     {0x280, 1, 8, 0},  {0x281, 1, 8, 1},   {0x282, 2, 8, 4},  {0x284, 1, 8, 5},  {0x286, 2, 8, 8},
     {0x288, 2, 8, 9},  {0x28A, 2, 8, 10},  {0x28C, 2, 8, 14}, {0x28E, 1, 8, 15}, {0x2D0, 4, 12, 0},
     {0x2D4, 4, 13, 1}, {0x2D8, 2, 13, 6},  {0x2DA, 2, 13, 7}, {0x2DC, 4, 14, 0}, {0x2E0, 4, 14, 3},
@@ -301,7 +301,7 @@ void DebugEngine::answerMap()
                 put((module * Indexes + index) * 4, 4, module, index);
         for (unsigned n = 0; n < Accumulators; ++n)
             put(AccumulatorOffset + n * 4, 4, AccumulatorModule, n);
-        for (const MapEntry& entry : mapEntries)
+        for (const MapEntry& entry : MapEntries)
             put(entry.offset, entry.bytes, entry.module, entry.index);
     }
     answer(std::move(bytes));

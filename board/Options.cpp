@@ -126,7 +126,7 @@ struct Row {
     const char* help;
 };
 
-const Row rows[] = {
+constexpr Row OptionRows[] = {
     {"usb", "SOCKET", [](Options& o, Text v) { return fileName(v, o.usbSocket); },
      "serve the USB adapter on this Unix socket instead of the serial\n"
      "one on a pseudo-terminal"},
@@ -187,7 +187,7 @@ std::string Options::parse(const std::vector<std::string>& arguments)
         size_t equals = argument.find('=');
         std::string_view name = argument.substr(2, equals == std::string_view::npos ? equals : equals - 2);
         const Row* row = nullptr;
-        for (const Row& candidate : rows)
+        for (const Row& candidate : OptionRows)
             if (name == candidate.name)
                 row = &candidate;
         if (!row)
@@ -216,7 +216,7 @@ std::string Options::helpText()
         "usage: vboard [OPTION...]\n\n"
         "A virtual MAXQ30 board with a JTAG adapter. Prints the name of the adapter's port as its\n"
         "first line and serves it until it is interrupted.\n\n";
-    for (const Row& row : rows) {
+    for (const Row& row : OptionRows) {
         std::string line = std::string("  --") + row.name;
         if (row.argument)
             line += std::string(" ") + row.argument;

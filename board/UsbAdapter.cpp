@@ -24,7 +24,7 @@ enum Command : uint8_t {
     SystemProgrammingBits = 0x8A,
 };
 
-constexpr uint8_t startBytes[] = {0xF8, 0xF8, 0xF9, 0xF9, 0xF9, 0xFA, Open};
+constexpr uint8_t StartBytes[] = {0xF8, 0xF8, 0xF9, 0xF9, 0xF9, 0xFA, Open};
 
 // Bytes behind the command byte, or -1 for a command that does not exist.
 int argumentBytes(uint8_t command)
@@ -73,7 +73,7 @@ void UsbAdapter::receive(uint8_t byte, std::vector<uint8_t>& answer)
     case Mode::Closed: return startByte(byte);
     case Mode::Command: {
         int arguments = argumentBytes(byte);
-        if (byte == startBytes[0]) {
+        if (byte == StartBytes[0]) {
             m_mode = Mode::Closed;
             m_started = 0;
             return startByte(byte);
@@ -109,13 +109,13 @@ void UsbAdapter::receive(uint8_t byte, std::vector<uint8_t>& answer)
 
 void UsbAdapter::startByte(uint8_t byte)
 {
-    if (byte != startBytes[m_started]) {
+    if (byte != StartBytes[m_started]) {
         m_journal.complain("byte " + hex(byte) + " where a session starts with " +
-                           hex(startBytes[m_started]));
+                           hex(StartBytes[m_started]));
         m_started = 0;
         return;
     }
-    if (++m_started == sizeof startBytes)
+    if (++m_started == sizeof StartBytes)
         m_mode = Mode::Command;
 }
 

@@ -86,8 +86,10 @@ int main(int argc, char** argv)
             if (avrProgram)
                 avr = simavrRate(avrProgram, avr);
             core.setCallBacks(nullptr);
+            core.setStops({});
             measure(run, [&] { return core.run(Instructions); });
-            measure(stops, [&] { return core.run(Instructions, addresses); });
+            core.setStops(addresses);
+            measure(stops, [&] { return core.run(Instructions); });
             core.setCallBacks(&callBacks);
             measure(steps, [&] {
                 for (uint64_t i = 0; i < Instructions; ++i)

@@ -21,7 +21,7 @@ struct Row {
     Make make;
 };
 
-const Row g_rows[] = {
+const Row Rows[] = {
     {{"MAXQ30Serial2JTAGTargetInterface", "serial_jtag", "MAXQ Serial to JTAG"},
      make<MAXQ30Serial2JTAGTargetInterface>},
     {{"MAXQ30TetherTargetInterface", "usb_th", "Tether Pro"}, make<MAXQ30TetherTargetInterface>},
@@ -32,13 +32,13 @@ const Row g_rows[] = {
 
 MAXQ30TargetInterfaceFactory::MAXQ30TargetInterfaceFactory()
 {
-    for (const Row& row : g_rows)
+    for (const Row& row : Rows)
         m_targets.push_back(row.info);
 }
 
 TargetInterface* MAXQ30TargetInterfaceFactory::create(const char* name)
 {
-    for (const Row& row : g_rows)
+    for (const Row& row : Rows)
         if (strcmp(row.info.className, name) == 0)
             return row.make(targetInterfaceHelperFunctions());
     return nullptr;

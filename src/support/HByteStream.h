@@ -19,7 +19,7 @@ public:
     size_t size() const { return size_t(m_dataEnd - m_start); }
     std::span<const unsigned char> bytes() const { return {m_start, size()}; }
 
-    // Reading: get() answers -1 at the end.
+    // Reading: get() returns -1 at the end.
     int get() { return m_read < m_dataEnd ? *m_read++ : -1; }
     bool atEnd() const { return m_read == m_dataEnd; }
     size_t position() const { return size_t(m_read - m_start); }

@@ -27,7 +27,7 @@ constexpr std::array<uint32_t, 256> makeHashTable()
     }
     return table;
 }
-constexpr std::array<uint32_t, 256> g_hashTable = makeHashTable();
+constexpr std::array<uint32_t, 256> HashTable = makeHashTable();
 
 // Finds entries by their hash: an open table of a power of two slots, never more than half full, in which
 // one slot after another is tried. Slots are small and hashes stand apart from the entries, so that a
@@ -105,7 +105,7 @@ const HString* HString::intern(const char* text, int length, Modifier modifier)
     // Each character stays in all of the hash: names often have long ends in common.
     uint32_t hash = 0;
     for (int i = 0; i < length; ++i)
-        hash = g_hashTable[uint8_t(text[i])] + std::rotl(hash, 1);
+        hash = HashTable[uint8_t(text[i])] + std::rotl(hash, 1);
     // Entries are used by other statics to the end of the process, so the table is never destroyed.
     static Table& table = *new Table;
     size_t slot;

@@ -69,7 +69,7 @@ public:
     // The way from the directory `from` to the directory `to`; false when they share no leading part.
     static bool relativeDirPath(const QString& from, const QString& to, QString& result);
     static bool relativeFilePath(const QString& from, const QString& file, QString& result);
-    // The same as text; the file's absolute path when there is no relative one.
+    // The way to `file` as text; the file's absolute path when there is no relative one.
     static QString relativeFilePath(const QString& from, const QString& file);
     // Makes the directory of `file` with its missing parents.
     static bool ensureDirExists(const QString& file);

@@ -36,7 +36,7 @@ public:
     // Bytes of all chunks that this pool holds.
     size_t capacity() const;
 
-    // The pool from which pool objects are made, process-wide; may be null. Answers the earlier one.
+    // The pool from which pool objects are made, process-wide; may be null. Returns the earlier one.
     static Pool* setCurrentPool(Pool* pool);
     // The current pool; when none is set a fresh one is made, which lives as long as the process.
     static Pool* currentPool() { return s_currentPool ? s_currentPool : makeLastResort(); }

@@ -4,9 +4,9 @@
 
 #include "maxq30/jtag/HDataLink.h"
 #include "maxq30/jtag/MAXQ30JTAGTargetInterface.h"
+#include "support/Failure.h"
 #include "support/HException.h"
 #include "target/FakeTarget.h"
-#include "tests/support/Failure.h"
 
 #include <algorithm>
 #include <deque>

@@ -1,6 +1,6 @@
 #include "maxq30/cpu/ZOFFMAXQ30Insn.h"
 #include "support/HException.h"
-#include "tests/support/MAXQ30Records.h"
+#include "support/MAXQ30Records.h"
 #include "zoff/ZOFFMarker.h"
 #include "zoff/ZOFFSymbol.h"
 

@@ -1,7 +1,7 @@
 // The debug engine: connection, run control, breakpoints, memories and registers, frame by frame.
-#include "FakeDevice.h"
 #include "debug/monitor/DebuggerBreakpointFailure.h"
 #include "debug/monitor/HBreakpoint.h"
+#include "maxq30/FakeDevice.h"
 #include "maxq30/jtag/DebugAccess.h"
 #include "maxq30/jtag/MAXQ30JTAGMemoryInterface.h"
 #include "maxq30/jtag/MAXQ30JTAGRegisters.h"

@@ -1,7 +1,7 @@
 // The serial adapter, on a scripted pseudo-terminal: finding the prompt, the binary protocol, time-outs,
 // and the state in which the port is left.
-#include "FakeDevice.h"
-#include "ScriptedPort.h"
+#include "maxq30/FakeDevice.h"
+#include "maxq30/ScriptedPort.h"
 #include "maxq30/jtag/HSerialLink.h"
 #include "maxq30/jtag/MAXQ30Serial2JTAGTargetInterface.h"
 #include "maxq30/jtag/maxq_serial2jtag.h"

@@ -1,6 +1,6 @@
 // The USB adapter, with the calls of the USB library answered here: the linker takes these before the
 // library's own.
-#include "FakeDevice.h"
+#include "maxq30/FakeDevice.h"
 #include "maxq30/jtag/MAXQ30TetherTargetInterface.h"
 #include "maxq30/jtag/UsbTetherDataLink.h"
 #include "maxq30/jtag/maxqd_tether_usb.h"

@@ -83,6 +83,61 @@ TEST_F(Library, FurtherCallbacksOnlyOnRequest)
     EXPECT_EQ(events.take(), (Log{"write.L 1c=5", "write.W 1a=0", "write.W 18=6"}));
 }
 
+TEST_F(Library, ARunnerTellsWhatItDidAlsoWhenACallbackThrows)
+{
+    auto runnerOf = reinterpret_cast<RunnerOfMAXQSIM>(dlsym(m_handle, "runnerOfMAXQSIM"));
+    ASSERT_TRUE(runnerOf);
+    EXPECT_FALSE(runnerOf(sim));
+    struct Throwing : Recorder {
+        void onDataAccess(bool read, unsigned address, unsigned value, unsigned byteAccess) override
+        {
+            Recorder::onDataAccess(read, address, value, byteAccess);
+            if (interrupted)
+                interrupted->interrupt();
+            else
+                throw 1;
+        }
+        MAXQSIMRunner* interrupted = nullptr;
+    } throwing;
+    ASSERT_TRUE(sim->initialise(&throwing, "", rom.c_str()));
+    MAXQSIMRunner* runner = runnerOf(sim);
+    ASSERT_TRUE(runner);
+    // NOP, NOP, PUSH #5, JUMP to itself
+    const unsigned char code[] = {0x3A, 0xDA, 0x3A, 0xDA, 0x05, 0x0D, 0xFF, 0x0C};
+    ASSERT_TRUE(sim->writeCode(0, sizeof code, code));
+    const unsigned stops[] = {6, 2};
+    runner->setStops(stops, 2);
+    MAXQSIMRun run{100, false, 0, 0, false};
+    runner->run(&run);
+    EXPECT_TRUE(run.atStop);
+    EXPECT_EQ(ip(), 1u);
+    runner->run(&run);
+    EXPECT_EQ(run.steps, 0u);
+    run.fromStop = true;
+    EXPECT_THROW(runner->run(&run), int);
+    EXPECT_EQ(run.steps, 1u);
+    EXPECT_FALSE(run.atStop);
+    EXPECT_EQ(ip(), 2u);
+    runner->setStops(nullptr, 0);
+    throwing.interrupted = runner;
+    runner->run(&run);
+    EXPECT_EQ(run.steps, 1u);
+    EXPECT_EQ(run.cycles, 2u);
+    const MAXQSIMDataRange nowhere = {0, 1};
+    runner->setDataRanges(&nowhere, 1);
+    sim->writeRegister(12, 0, 2);
+    throwing.take();
+    runner->run(&run);
+    EXPECT_EQ(run.steps, 100u);
+    EXPECT_EQ(throwing.take(), Log{});
+    MAXQSIMCount counts[4];
+    ASSERT_TRUE(runner->readCounts(0, 4, counts));
+    EXPECT_EQ(counts[3].executed, 99u);
+    EXPECT_EQ(counts[3].taken, 99u);
+    EXPECT_FALSE(runner->readCounts(0x100000 - 2, 2, counts));
+    EXPECT_FALSE(runner->readCounts(1, 1, counts));
+}
+
 TEST_F(Library, BadParametersAndRomFilesAreRefused)
 {
     for (const char* parameter : {"code=63", "code=17M", "data=", "data=5000000000", "data=0x", "code=4Kx",

@@ -25,7 +25,8 @@ TEST_F(SimulatedCore, RunsAProgramToItsKnownResult)
             crc = crc & 1 ? crc >> 1 ^ 0xEDB88320 : crc >> 1;
     }
     const uint32_t end[] = {18};
-    EXPECT_LT(core.run(1'000'000, end), 20'000u);
+    core.setStops(end);
+    EXPECT_LT(core.run(1'000'000), 20'000u);
     EXPECT_EQ(core.ip(), 18u);
     EXPECT_EQ(get(reg::A(0)), crc);
     EXPECT_EQ(events.take().size(), 255u);
@@ -149,13 +150,15 @@ TEST_F(SimulatedCore, RunStopsWhereItShould)
 {
     put(Words(10, 0xDA3A) + imm(dest::jump(dest::Always), 0xF5));
     const uint32_t stops[] = {4, 7};
-    EXPECT_EQ(core.run(1000, stops), 4u);
+    core.setStops(stops);
+    EXPECT_EQ(core.run(1000), 4u);
     EXPECT_EQ(core.ip(), 4u);
-    EXPECT_EQ(core.run(1000, stops), 3u); // not stopped again by the first instruction
+    EXPECT_EQ(core.run(1000), 3u); // not stopped again by the first instruction
     EXPECT_EQ(core.ip(), 7u);
-    EXPECT_EQ(core.run(1000, stops), 8u);
+    EXPECT_EQ(core.run(1000), 8u);
     EXPECT_EQ(core.ip(), 4u);
     EXPECT_EQ(core.run(0), 0u);
+    core.setStops({});
     EXPECT_EQ(core.run(25), 25u);
     EXPECT_EQ(core.cycles(), 40u);
 }
@@ -185,6 +188,51 @@ TEST_F(SimulatedCore, CallbacksStopAndDivertARun)
     set(reg::DP0, 0x20);
     EXPECT_EQ(core.run(3), 3u);
     EXPECT_EQ(core.ip(), 0x201u);
+}
+
+// What a callback changes under the running program holds from the next instruction on, and the counts stay
+// right.
+TEST_F(SimulatedCore, CallbacksRewriteTheRunningCode)
+{
+    struct Rewriting : Recorder {
+        void onDataAccess(bool, unsigned, unsigned, unsigned) override
+        {
+            const unsigned char longer[] = {0x12, 0x0B, 0x34, 0x19}; // MOVE A[1], #0x1234, at words 0 and 1
+            core->writeCode(0, sizeof longer, longer);
+            executed = core->count(0).executed;
+            const uint32_t stops[] = {4};
+            core->setStops(stops);
+        }
+        Core* core = nullptr;
+        uint64_t executed = 0;
+    } rewriting;
+    rewriting.core = &core;
+    core.setCallBacks(&rewriting);
+    put(move(reg::A(1), pointer(0)) + Words{0xDA3A, 0xDA3A} + imm(dest::jump(dest::Always), 0xFC) +
+        Words{0xDA3A});
+    EXPECT_EQ(core.run(6), 6u);
+    EXPECT_EQ(get(reg::A(1)), 0x1234u);
+    EXPECT_EQ(core.ip(), 3u);
+    EXPECT_EQ(rewriting.executed, 0u); // the instruction at hand is not done yet
+    const uint64_t executed[] = {2, 1, 2, 1, 0};
+    for (uint32_t i = 0; i < 5; ++i)
+        EXPECT_EQ(core.count(i).executed, executed[i]) << i;
+    EXPECT_EQ(core.count(3).taken, 1u);
+    core.writeRegister(reg::IP, 0x10);
+    core.writeRegister(reg::IP, 4);
+    core.step();
+    EXPECT_EQ(core.count(3).executed, 1u);
+    EXPECT_EQ(core.count(4).executed, 1u);
+    core.resetCounts();
+    EXPECT_EQ(core.count(4).executed, 0u);
+}
+
+// However long a run is, the instructions that hand over to each other take no room for that.
+TEST_F(SimulatedCore, LongRunsNeedNoStack)
+{
+    put(imm(dest::jump(dest::Always), 0xFF) + Words(64, 0xDA3A));
+    EXPECT_EQ(core.run(20'000'000), 20'000'000u);
+    EXPECT_EQ(core.count(0).taken, 20'000'000u);
 }
 
 TEST_F(SimulatedCore, PeripheralWindow)

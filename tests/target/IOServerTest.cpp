@@ -1,7 +1,7 @@
 // The target I/O server against a memory and a console of arrays: every operation of the table, the
 // format engine, and a target that asks for nonsense.
-#include "FakeTarget.h"
 #include "support/TempDir.h"
+#include "target/FakeTarget.h"
 #include "target/io/TargetIOServer.h"
 
 #include <cmath>

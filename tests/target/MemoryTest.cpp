@@ -1,5 +1,5 @@
 // What a concrete memory inherits, and the two block cursors.
-#include "FakeTarget.h"
+#include "target/FakeTarget.h"
 #include "target/memory/MemoryBlock.h"
 
 #include <gtest/gtest.h>

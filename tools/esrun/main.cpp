@@ -8,6 +8,7 @@
 #include "script/engine/ESContext.h"
 #include "script/host/BuiltinScript.h"
 #include "script/host/HostEvaluation.h"
+#include "script/native/ESLibrary.h"
 #include "support/HException.h"
 
 #include <QFile>
@@ -91,7 +92,7 @@ int run(const Arguments& arguments)
 
     BuiltinScript script;
     InterruptibleContext context;
-    ESContext::mkexec(nullptr, &context);
+    ESLibrary::mkexec(nullptr, &context);
     script.install(&context, arguments.count, arguments.rest);
     std::signal(SIGINT, onInterrupt);
 

@@ -3,31 +3,24 @@
 #pragma once
 
 #include "maxq30/jtag/MAXQ30JTAGTargetInterface.h"
-#include "support/HException.h"
-
-#include <utility>
+#include "support/Bracket.h"
 
 class DebugAccess {
 public:
-    explicit DebugAccess(MAXQ30JTAGTargetInterface& target) : m_target(&target) { target.beginDebugAccess(); }
-    // On the way out of a failure the resume is sent all the same; the first failure is the one to tell.
-    ~DebugAccess()
-    {
-        try {
-            end();
-        } catch (const HException&) {
-        }
-    }
-    DebugAccess(const DebugAccess&) = delete;
-    DebugAccess& operator=(const DebugAccess&) = delete;
-
-    // The end of an access that went well, which throws when the resume fails.
-    void end()
-    {
-        if (MAXQ30JTAGTargetInterface* target = std::exchange(m_target, nullptr))
-            target->endDebugAccess();
-    }
+    explicit DebugAccess(MAXQ30JTAGTargetInterface& target) : m_access(begin(target)) {}
+    // The end of an access that went well, which throws when the resume fails. On the way out of a failure
+    // the resume is sent all the same.
+    void end() { m_access.end(); }
 
 private:
-    MAXQ30JTAGTargetInterface* m_target;
+    struct End {
+        MAXQ30JTAGTargetInterface* target;
+        void operator()() const { target->endDebugAccess(); }
+    };
+    static End begin(MAXQ30JTAGTargetInterface& target)
+    {
+        target.beginDebugAccess();
+        return {&target};
+    }
+    Bracket<End> m_access;
 };

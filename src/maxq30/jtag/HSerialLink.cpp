@@ -7,11 +7,9 @@
 #include <chrono>
 #include <climits>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <poll.h>
-#include <set>
 #include <sys/file.h>
 #include <sys/ioctl.h>
 #include <termios.h>
@@ -104,12 +102,16 @@ struct HSerialLink::Port {
     {
         if (fd < 0)
             fail("open", errno);
-        openPorts().insert(this);
     }
     ~Port()
     {
-        openPorts().erase(this);
-        putBack();
+        // What a dead line has not taken would hold up the close.
+        if (stuck)
+            tcflush(fd, TCOFLUSH);
+        if (attributesKnown)
+            tcsetattr(fd, TCSANOW, &earlier);
+        if (exclusive)
+            ioctl(fd, TIOCNXCL);
         close(fd);
     }
     Port(const Port&) = delete;
@@ -123,29 +125,6 @@ struct HSerialLink::Port {
             fail("open", errno == EWOULDBLOCK ? EBUSY : errno);
         int lines;
         exclusive = ioctl(fd, TIOCMGET, &lines) == 0 && ioctl(fd, TIOCEXCL) == 0;
-    }
-
-    void putBack() const
-    {
-        // What a dead line has not taken would hold up the close.
-        if (stuck)
-            tcflush(fd, TCOFLUSH);
-        if (attributesKnown)
-            tcsetattr(fd, TCSANOW, &earlier);
-        if (exclusive)
-            ioctl(fd, TIOCNXCL);
-    }
-
-    // A process that ends with a port open, because its session failed, puts the port back all the same.
-    static std::set<Port*>& openPorts()
-    {
-        static auto* ports = new std::set<Port*>;
-        static const int registered = atexit([] {
-            for (const Port* port : *ports)
-                port->putBack();
-        });
-        static_cast<void>(registered);
-        return *ports;
     }
 
     int fd;

@@ -18,10 +18,10 @@ public:
     HSerialLink(const char* port, unsigned int baud, unsigned int dataBits, Parity parity, StopBits stopBits);
     ~HSerialLink() override;
 
-    // Waits up to the time-out for each byte; answers fewer when one did not come in time, or when the port
+    // Waits up to the time-out for each byte; returns fewer when one did not come in time, or when the port
     // hung up.
     int read(unsigned char* buffer, int count) override;
-    // Comes back when the bytes have left; answers fewer when the port failed or took none for a second.
+    // Comes back when the bytes have left; returns fewer when the port failed or took none for a second.
     int write(const unsigned char* buffer, int count) override;
     // Discards input and output.
     void purge() override;

@@ -97,7 +97,7 @@ struct Row {
     std::string (*describe)(Frame);
 };
 
-constexpr Row debugRows[] = {
+constexpr Row DebugRows[] = {
     {DebugRegister, DebugRegister + 14, 1, nullptr, debugRegister},
     {StopCPU, StopCPU, 1, "stop the CPU", nullptr},
     {Poll, Poll, 1, "poll", nullptr},
@@ -110,7 +110,7 @@ constexpr Row debugRows[] = {
     {ReadRegister, ReadRegister, 4, nullptr, readRegister},
 };
 
-constexpr Row loaderRows[] = {
+constexpr Row LoaderRows[] = {
     {MasterErase, MasterErase, 1, "master erase", nullptr},
     {GetFlagsAndError, GetFlagsAndError, 1, "get flags and error", nullptr},
     {GetSupportedCommands, GetSupportedCommands, 1, "get supported commands", nullptr},
@@ -135,12 +135,12 @@ std::string inWords(std::span<const Row> rows, Frame frame)
 
 std::string debugFrameInWords(Frame frame)
 {
-    return inWords(debugRows, frame);
+    return inWords(DebugRows, frame);
 }
 
 std::string loaderFrameInWords(Frame frame)
 {
-    return "bootloader: " + inWords(loaderRows, frame);
+    return "bootloader: " + inWords(LoaderRows, frame);
 }
 
 std::string instructionInWords(unsigned char instruction)

@@ -159,14 +159,11 @@ JTAGTrace::~JTAGTrace()
 void JTAGTrace::install(_maxqd_t* maxqd, FILE* output)
 {
     maxqd->link = new JTAGTrace(*maxqd, output);
+#define MAXQD_BIND(name) maxqd->name = Table::PassOn<&_maxqd_t::name>::call;
+    MAXQD_GENERIC_SLOTS(MAXQD_BIND)
+#undef MAXQD_BIND
+    // What says something to a reader of the trace.
     maxqd->close = Table::close;
-    maxqd->setState = Table::PassOn<&_maxqd_t::setState>::call;
-    maxqd->setTDI = Table::PassOn<&_maxqd_t::setTDI>::call;
-    maxqd->setTMS = Table::PassOn<&_maxqd_t::setTMS>::call;
-    maxqd->setTCK = Table::PassOn<&_maxqd_t::setTCK>::call;
-    maxqd->cycleTCK = Table::PassOn<&_maxqd_t::cycleTCK>::call;
-    maxqd->multiCycleTCK = Table::PassOn<&_maxqd_t::multiCycleTCK>::call;
-    maxqd->getTDO = Table::PassOn<&_maxqd_t::getTDO>::call;
     maxqd->setNRST = Table::setNRST;
     maxqd->trst = Table::trst;
     maxqd->shiftInIR = Table::shiftInIR;
@@ -176,5 +173,4 @@ void JTAGTrace::install(_maxqd_t* maxqd, FILE* output)
     maxqd->loaderWrite = Table::loaderWrite;
     maxqd->loaderRead = Table::loaderRead;
     maxqd->setSystemProgrammingBits = Table::setSystemProgrammingBits;
-    maxqd->setTimeout = Table::PassOn<&_maxqd_t::setTimeout>::call;
 }

@@ -39,7 +39,7 @@ struct Information::Row {
     int family = 0;
 };
 
-const Information::Row Information::rows[] = {
+const Information::Row Information::Rows[] = {
     {"supportedCommands", "Supported Commands", "Supported commands bitmap returned by the bootloader.",
      commandsText},
     {"codeSize", "Code Size", "Code size of target device as reported by the bootloader.",
@@ -91,7 +91,7 @@ Information::Entry::Entry(const Row& from)
 
 MAXQ30BootloaderInformation::MAXQ30BootloaderInformation()
 {
-    for (const Row& row : rows)
+    for (const Row& row : Rows)
         m_entries.emplace_back(row);
 }
 

@@ -59,7 +59,7 @@ private:
         PropertyClass propertyClass;
         TargetInterfacePropertyValue value;
     };
-    static const Row rows[];
+    static const Row Rows[];
 
     BootloaderReport m_report;
     std::deque<Entry> m_entries;

@@ -5,6 +5,7 @@
 #include "debug/monitor/HBreakpoint.h"
 #include "maxq30/jtag/JTAGFrames.h"
 #include "maxq30/jtag/MAXQ30JTAGTargetInterface.h"
+#include "support/Bracket.h"
 #include "support/Endian.h"
 
 #include <algorithm>
@@ -40,12 +41,9 @@ bool MAXQ30JTAGTargetInterface::setBreakpoint(HBreakpoint* breakpoint)
                                                  : "No more data breakpoints available");
         m_breakpoints.push_back(breakpoint);
     }
-    try {
-        breakpointsChanged();
-    } catch (...) {
-        std::erase(m_breakpoints, breakpoint); // its owner takes it for not set
-        throw;
-    }
+    Bracket setting([&] { std::erase(m_breakpoints, breakpoint); }); // its owner takes it for not set
+    breakpointsChanged();
+    setting.dismiss();
     return true;
 }
 

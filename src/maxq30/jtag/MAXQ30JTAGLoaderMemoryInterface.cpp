@@ -28,7 +28,7 @@ constexpr unsigned char PromptStatus = 3;
 constexpr unsigned char Prompt = '>';
 constexpr unsigned long PromptTimeout = 2000; // milliseconds
 
-constexpr const char* errorTexts[] = {
+constexpr const char* ErrorTexts[] = {
     "no error",          "family not supported",    "invalid command",
     "no password match", "bad parameter",           "verify failed",
     "unknown register",  "word mode not supported", "master erase failed",
@@ -113,30 +113,39 @@ std::pair<unsigned char, unsigned char> MAXQ30JTAGLoaderMemoryInterface::getFlag
 void MAXQ30JTAGLoaderMemoryInterface::command(const unsigned char* bytes, unsigned count)
 {
     _maxqd_t* maxqd = m_target.driver();
-    if (!maxqd->loaderWrite(maxqd, bytes, count) && m_inLoader)
-        warnOfRefusal(bytes[0]);
+    if (maxqd->loaderWrite(maxqd, bytes, count) || !m_inLoader)
+        return;
+    if (bytes[0] == jtag::LoadVariable || bytes[0] == jtag::LoadFixed)
+        m_loadRefused = true;
+    else
+        warnOfRefusal(bytes[0] == jtag::MasterErase ? "an erase" : "a command");
 }
 
-// The error is that of the command, since the bootloader was asked nothing since. A load refuses its pages
-// one after the other, so each text is told once.
-void MAXQ30JTAGLoaderMemoryInterface::warnOfRefusal(unsigned char command)
+// The error is that of the latest command. A bootloader that is busy has none to tell.
+void MAXQ30JTAGLoaderMemoryInterface::warnOfRefusal(const char* what)
 {
-    unsigned char error = getFlagsAndError().second;
-    const char* what = command == jtag::MasterErase                                  ? "an erase"
-                       : command == jtag::LoadVariable || command == jtag::LoadFixed ? "a load"
-                                                                                     : "a command";
-    const char* why = error ? getLoaderStatusString(error) : "it takes no more bytes";
-    QString text =
-        QStringLiteral("the bootloader refuses %1: %2").arg(QLatin1String(what), QLatin1String(why));
-    if (!m_refusals.contains(text)) {
-        m_refusals.append(text);
-        m_target.warn(text);
-    }
+    _maxqd_t* maxqd = m_target.driver();
+    const unsigned char question = jtag::GetFlagsAndError;
+    unsigned char answer[2] = {};
+    if (maxqd->loaderWrite(maxqd, &question, 1))
+        maxqd->loaderRead(maxqd, answer, sizeof answer);
+    const char* why = answer[1] ? getLoaderStatusString(answer[1]) : "it takes no more bytes";
+    m_target.warn(
+        QStringLiteral("the bootloader refuses %1: %2").arg(QLatin1String(what), QLatin1String(why)));
+}
+
+// A refused load is told here and once: asked between its pages, the question would take its turn in the
+// bootloader's time.
+void MAXQ30JTAGLoaderMemoryInterface::finish()
+{
+    flush();
+    if (std::exchange(m_loadRefused, false))
+        warnOfRefusal("a load");
 }
 
 const char* MAXQ30JTAGLoaderMemoryInterface::getLoaderStatusString(unsigned char error)
 {
-    return error < std::size(errorTexts) ? errorTexts[error] : "unknown error";
+    return error < std::size(ErrorTexts) ? ErrorTexts[error] : "unknown error";
 }
 
 void MAXQ30JTAGLoaderMemoryInterface::pokeBytes(uint32_t address, unsigned count, const unsigned char* bytes)
@@ -236,7 +245,7 @@ void MAXQ30JTAGLoaderMemoryInterface::awaitPrompt()
 // The CPU stops as it leaves reset, for the debug engine to read its memory.
 void MAXQ30JTAGLoaderMemoryInterface::leaveBootloader()
 {
-    flush();
+    finish();
     m_target.enterReset(maxqd::StartProgram);
     _maxqd_t* maxqd = m_target.driver();
     maxqd->shiftInIR(maxqd, maxqd::ChannelInstruction);

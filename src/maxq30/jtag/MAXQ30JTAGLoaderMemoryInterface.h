@@ -7,7 +7,6 @@
 #include "target/memory/TargetMemoryInterface.h"
 
 #include <QString>
-#include <QStringList>
 
 #include <utility>
 
@@ -27,6 +26,8 @@ public:
     void pokeBytes(uint32_t address, unsigned count, const unsigned char* bytes) override;
     void peekBytes(uint32_t address, unsigned count, unsigned char* bytes) override;
     void flush() override;
+    // The last flush of a load, which tells whether the bootloader refused part of it.
+    void finish();
     void eraseAll() override; // by the project's erase script
     // At once, in whole commands of the family that the bootloader offers; the end of a fixed-length
     // command is filled with 0xFF.
@@ -55,7 +56,7 @@ private:
     void getSupportedCommands();
     void getDeviceId();
     void getROMVersion();
-    void warnOfRefusal(unsigned char command);
+    void warnOfRefusal(const char* what);
     bool fixedLengthFits() const;
     void awaitPrompt();
     void pokeVariable(uint32_t address, unsigned length, const unsigned char* data);
@@ -70,5 +71,5 @@ private:
     bool m_inLoader = true; // until the first read
     BootloaderReport m_report;
     QString m_deviceId;
-    QStringList m_refusals; // told already
+    bool m_loadRefused = false; // and not told yet
 };

@@ -16,7 +16,7 @@ public:
 
     // A register that the map lacks has the value that was last stored, at first 0.
     uint32_t getValue1(unsigned number) override;
-    // The map keeps the old value: a register that was not read before answers with it.
+    // The map keeps the old value: a register that was not read before still has it.
     void setValue1(unsigned number, uint32_t value) override;
     // Forgets what was fetched.
     void clear();

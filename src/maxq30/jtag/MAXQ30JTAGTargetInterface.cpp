@@ -9,6 +9,7 @@
 #include "maxq30/jtag/MAXQ30JTAGRegisters.h"
 #include "project/PropertyValue.h"
 #include "script/native/Builtin.h"
+#include "support/Bracket.h"
 #include "support/HException.h"
 
 #include <QElapsedTimer>
@@ -23,7 +24,7 @@ enum Function {
     LoaderRawCommand = 21,
 };
 
-constexpr Builtin g_functions[] = {
+constexpr Builtin Functions[] = {
     {"loaderMasterEraseCommand", "MAXQ30JTAGTargetInterface.prototype.loaderMasterEraseCommand", 0, false,
      LoaderMasterEraseCommand},
     {"loaderRawCommand", "MAXQ30JTAGTargetInterface.prototype.loaderRawCommand", 1, false, LoaderRawCommand},
@@ -268,18 +269,11 @@ void MAXQ30JTAGTargetInterface::beginDebugAccess()
     m_wasStopped = m_stopped;
     if (m_stopped)
         return;
-    bool stopped = false;
-    try {
-        MAXQD_shiftInDR8(maxqd, jtag::StopCPU);
-        stopped = pollStopped();
-    } catch (...) {
-        m_debugAccessDepth = 0;
-        throw;
-    }
-    if (!stopped) {
-        m_debugAccessDepth = 0;
+    Bracket depth([this] { m_debugAccessDepth = 0; });
+    MAXQD_shiftInDR8(maxqd, jtag::StopCPU);
+    if (!pollStopped())
         throw HException("Cannot stop CPU");
-    }
+    depth.dismiss();
 }
 
 void MAXQ30JTAGTargetInterface::endDebugAccess()
@@ -302,7 +296,7 @@ void MAXQ30JTAGTargetInterface::loadEndFinal()
 {
     // Gone in every case: what could not be flushed is not tried again.
     if (auto memory = std::move(m_loaderMemory))
-        memory->flush();
+        memory->finish();
 }
 
 bool MAXQ30JTAGTargetInterface::executeEraseScript()
@@ -322,7 +316,7 @@ bool MAXQ30JTAGTargetInterface::executeEraseScript()
 ESObject* MAXQ30JTAGTargetInterface::installScriptObject(ESContext* context)
 {
     ESObject* object = HMonitor::installScriptObject(context);
-    for (const Builtin& row : g_functions)
+    for (const Builtin& row : Functions)
         biinst(context, object, row, context->functionPrototype(), this);
     return object;
 }
@@ -330,7 +324,7 @@ ESObject* MAXQ30JTAGTargetInterface::installScriptObject(ESContext* context)
 void MAXQ30JTAGTargetInterface::call(ESContext* context, ESObject* function, ESObject* self, int argc,
                                      ESValue* argv)
 {
-    switch (function->builtinId) {
+    switch (function->builtinId()) {
     case LoaderMasterEraseCommand: {
         const unsigned char command[] = {jtag::MasterErase, 0};
         loaderCommand(command, sizeof command);

@@ -15,7 +15,7 @@ std::string UsbHandle::text(int index) const
 
 struct usb_bus* usbBusses()
 {
-    // The library answers how many busses came or went since it was last asked, so the answers are summed
+    // The library tells how many busses came or went since it was last asked, so the numbers are summed
     // up: below 1 no bus was ever seen.
     static int seen = 0;
     seen += std::max(usb_find_busses(), 0);

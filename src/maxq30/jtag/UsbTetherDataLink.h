@@ -7,7 +7,7 @@
 
 #include <memory>
 
-// What the adapter answers to when it is asked who it is.
+// What the adapter says when it is asked who it is.
 constexpr unsigned short TetherVendor = 0x1209;
 constexpr unsigned short TetherProduct = 0x3030;
 
@@ -20,7 +20,7 @@ public:
     // One bulk transfer each, of at most `count` bytes; fewer may have moved.
     int read(unsigned char* buffer, int count) override;
     int write(const unsigned char* buffer, int count) override;
-    // The same without a throw: a negative answer is the library's error.
+    // read and write without a throw: a negative result is the library's error.
     int readNoThrow(unsigned char* buffer, int count);
     int writeNoThrow(const unsigned char* buffer, int count);
 

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstring>
 #include <iterator>
+#include <memory>
 
 namespace {
 
@@ -124,14 +125,10 @@ void establish(HSerialLink* link)
 
 int openAdapter(_maxqd_t* maxqd, void* port, unsigned int, void*)
 {
-    maxqd->link = new HSerialLink(static_cast<const char*>(port), Baud, 8, HSerialLink::NoParity,
-                                  HSerialLink::OneStopBit);
-    try {
-        establish(linkOf(maxqd));
-    } catch (...) {
-        MAXQD_closeLink(maxqd);
-        throw;
-    }
+    auto link = std::make_unique<HSerialLink>(static_cast<const char*>(port), Baud, 8, HSerialLink::NoParity,
+                                              HSerialLink::OneStopBit);
+    establish(link.get());
+    maxqd->link = link.release(); // the record's from now on
     return 1;
 }
 

@@ -9,6 +9,7 @@
 // as HException by the transport; the generic functions report nothing.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 class HDataLink;
@@ -45,13 +46,40 @@ struct _maxqd_t {
     // Loads the 3-bit system programming register. Its instruction stays selected.
     void (*setSystemProgrammingBits)(_maxqd_t*, unsigned char bits);
 
-    // The read time-out of the link in milliseconds; answers the earlier one. 0, and nothing changed, where
+    // The read time-out of the link in milliseconds; returns the earlier one. 0, and nothing changed, where
     // the transport has none to set.
     unsigned long (*setTimeout)(_maxqd_t*, unsigned long milliseconds);
 
     uint32_t reserved = 0;
     HDataLink* link = nullptr; // owned; null while closed
 };
+
+// Every slot of the record but loaderRead, which is each transport's own: SLOT(name) for each, in order.
+#define MAXQD_GENERIC_SLOTS(SLOT)                                                                            \
+    SLOT(open)                                                                                               \
+    SLOT(close)                                                                                              \
+    SLOT(setState)                                                                                           \
+    SLOT(setTDI)                                                                                             \
+    SLOT(setTMS)                                                                                             \
+    SLOT(setTCK)                                                                                             \
+    SLOT(cycleTCK)                                                                                           \
+    SLOT(multiCycleTCK)                                                                                      \
+    SLOT(getTDO)                                                                                             \
+    SLOT(setNRST)                                                                                            \
+    SLOT(trst)                                                                                               \
+    SLOT(shiftInIR)                                                                                          \
+    SLOT(shiftInOutDR)                                                                                       \
+    SLOT(multiShiftOutDR8)                                                                                   \
+    SLOT(multiShiftInDR8)                                                                                    \
+    SLOT(loaderWrite)                                                                                        \
+    SLOT(setSystemProgrammingBits)                                                                           \
+    SLOT(setTimeout)
+
+#define MAXQD_COUNT_SLOT(name) +1
+static_assert(offsetof(_maxqd_t, reserved) ==
+                  (MAXQD_GENERIC_SLOTS(MAXQD_COUNT_SLOT) + 1) * sizeof(void (*)()),
+              "the list of slots leaves one out");
+#undef MAXQD_COUNT_SLOT
 
 namespace maxqd {
 

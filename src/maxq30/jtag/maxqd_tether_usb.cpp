@@ -2,6 +2,7 @@
 
 #include "maxq30/jtag/UsbTetherDataLink.h"
 #include "maxq30/jtag/maxqd.h"
+#include "support/Bracket.h"
 #include "support/Endian.h"
 #include "support/HException.h"
 
@@ -70,15 +71,12 @@ void readStream(_maxqd_t* maxqd, unsigned char* buffer, unsigned long count)
 int openAdapter(_maxqd_t* maxqd, void* device, unsigned int, void*)
 {
     maxqd->link = new UsbTetherDataLink(*static_cast<const USBDevice*>(device));
-    try {
-        for (unsigned char byte : StartOfSession)
-            linkWrite(maxqd, &byte, 1);
-        const unsigned char ready = SessionReady;
-        linkWrite(maxqd, &ready, 1);
-    } catch (...) {
-        MAXQD_closeLink(maxqd);
-        throw;
-    }
+    Bracket opening([maxqd] { MAXQD_closeLink(maxqd); });
+    for (unsigned char byte : StartOfSession)
+        linkWrite(maxqd, &byte, 1);
+    const unsigned char ready = SessionReady;
+    linkWrite(maxqd, &ready, 1);
+    opening.dismiss();
     return 1;
 }
 

@@ -5,6 +5,7 @@
 #include "project/BuildSystem.h"
 #include "project/MacroSystem.h"
 #include "project/memorymap/MemoryMapOpenFiles.h"
+#include "support/Bracket.h"
 #include "support/HException.h"
 #include "support/QTx.h"
 
@@ -75,31 +76,30 @@ void MAXQ30Simulator::connect(bool)
     if (isConnected())
         disconnect();
     QString mapFile = memoryMapFile();
-    MemoryMap* map = mapFile.isEmpty() ? nullptr : MemoryMapOpenFiles::getMemoryMapFile(mapFile);
+    MemoryMap* map = mapFile.isEmpty()
+                         ? nullptr
+                         : MemoryMapOpenFiles::getMemoryMapFile(mapFile, macroSystem.globalMacros(true));
     if (!map)
         throw HException("cannot load memory map file: " + mapFile);
-    try {
-        openLibrary();
-        m_codeMemory = std::make_unique<MAXQ30CodeMemory>(m_simif);
-        m_dataMemory = std::make_unique<MAXQ30DataMemory>(m_simif);
-        m_registers = std::make_unique<MAXQ30SimulatorRegisters>(m_simif);
-        const QList<MemoryMapElement*> segments = map->getSegments(true);
-        for (const MemoryMapElement* segment : segments) {
-            if (segment->addressSpace() == QLatin1String("CODE"))
-                addRange(*m_codeMemory, *segment);
-            else if (segment->addressSpace() == QLatin1String("DATA"))
-                addRange(*m_dataMemory, *segment);
-        }
-        initialiseLibrary();
-        SimulatedHMonitor::connect();
-        askForMore();
-        for (const MemoryMapElement* segment : segments)
-            if (segment->name() == QLatin1String("FLASH"))
-                setExecutionCountRange(segment->address(), segment->size());
-    } catch (...) {
-        disconnect();
-        throw;
+    Bracket connecting([this] { disconnect(); });
+    openLibrary();
+    m_codeMemory = std::make_unique<MAXQ30CodeMemory>(m_simif);
+    m_dataMemory = std::make_unique<MAXQ30DataMemory>(m_simif);
+    m_registers = std::make_unique<MAXQ30SimulatorRegisters>(m_simif);
+    const QList<MemoryMapElement*> segments = map->getSegments(true);
+    for (const MemoryMapElement* segment : segments) {
+        if (segment->addressSpace() == QLatin1String("CODE"))
+            addRange(*m_codeMemory, *segment);
+        else if (segment->addressSpace() == QLatin1String("DATA"))
+            addRange(*m_dataMemory, *segment);
     }
+    initialiseLibrary();
+    SimulatedHMonitor::connect();
+    askForMore();
+    for (const MemoryMapElement* segment : segments)
+        if (segment->name() == QLatin1String("FLASH"))
+            setExecutionCountRange(segment->address(), segment->size());
+    connecting.dismiss();
 }
 
 void MAXQ30Simulator::openLibrary()
@@ -195,20 +195,16 @@ void MAXQ30Simulator::onDataAccess(bool read, unsigned address, unsigned value, 
 {
     if (!read)
         dataWritten(address, value);
-    if (watchesData())
+    if (mayMatchData(address)) [[unlikely]]
         matchDataBreakPoint(address, byteAccess ? 1 : 2, value, read);
 }
 
-// A breakpoint may cover either half, or compare a value of two bytes there, or the whole of four.
 void MAXQ30Simulator::onLongDataAccess(bool read, unsigned address, unsigned value)
 {
     if (!read)
         dataWritten(address, value);
-    if (!watchesData())
-        return;
-    matchDataBreakPoint(address + 2, 2, value >> 16, read);
-    matchDataBreakPoint(address, 2, value & 0xFFFF, read);
-    matchDataBreakPoint(address, 4, value, read);
+    if (mayMatchData(address)) [[unlikely]]
+        matchLongDataBreakPoint(address, value, read);
 }
 
 void MAXQ30Simulator::onDataError(bool read, unsigned address)

@@ -18,14 +18,14 @@ public:
     PeripheralSimulator(const QString& fileName, TargetInterface* target);
     ~PeripheralSimulator() override;
 
-    // Each answers the script's numeric result, truncated towards zero; 0 for what is no number.
+    // Each returns the script's numeric result, truncated towards zero; 0 for what is no number.
     int reset();
     int connect(const QString& name);
     // A register of the peripheral window by its number, (index << 4) | module; size in bytes. The flag is
     // true for a read by the program.
     int loadPeripheral(unsigned address, unsigned size, bool flag);
     int storePeripheral(unsigned address, unsigned size, unsigned value);
-    // Takes the interrupt requests that are pending, bit n for module n, and answers the new ones.
+    // Takes the interrupt requests that are pending, bit n for module n, and returns the new ones.
     int pollForInterrupts(unsigned requests);
 
 private:

@@ -5,7 +5,7 @@ namespace {
 
 // Binary operators by level, weakest first; within a level they group from the left.
 constexpr int LevelWidth = 4;
-constexpr int prectab[][LevelWidth] = {
+constexpr int Prectab[][LevelWidth] = {
     {ESToken::LogicalOr},
     {ESToken::LogicalAnd},
     {'|'},
@@ -17,13 +17,13 @@ constexpr int prectab[][LevelWidth] = {
     {'+', '-'},
     {'*', '/', '%'},
 };
-constexpr int levels = int(std::size(prectab));
+constexpr int LevelCount = int(std::size(Prectab));
 
 // The level of a binary operator, or -1.
 int levelOf(int token)
 {
-    for (int level = 0; level < levels; ++level)
-        for (int candidate : prectab[level])
+    for (int level = 0; level < LevelCount; ++level)
+        for (int candidate : Prectab[level])
             if (candidate && candidate == token)
                 return level;
     return -1;

@@ -6,6 +6,7 @@
 #include <charconv>
 #include <cstring>
 #include <deque>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -43,28 +44,32 @@ uint32_t spread(uint64_t hash)
 
 struct Entry {
     uint32_t hash;
-    uint32_t index; // in the vector, plus 1; 0 in an empty entry
+    uint32_t index; // in the vector; 0 in an empty entry
 };
 
 // Open addressing, at most half full.
-std::vector<Entry> m_stringMap;
-std::vector<ESString*> m_stringVector;
-std::deque<ESString> m_storage;
-std::array<ESString*, 256> m_characters;
+std::vector<Entry> g_stringMap;
+std::vector<ESString*> g_stringVector;
+std::deque<ESString> g_storage;
+uint64_t g_nextOrder = 1;
+// Places of numbers in the order of names, by pages that are made when one of their numbers is met.
+constexpr unsigned NumberPage = 64;
+std::vector<std::unique_ptr<std::array<uint64_t, NumberPage>>> g_numberOrder;
+std::array<ESString*, 256> g_characters;
 
 void place(uint32_t hash, uint32_t index)
 {
-    size_t mask = m_stringMap.size() - 1;
+    size_t mask = g_stringMap.size() - 1;
     size_t at = hash & mask;
-    while (m_stringMap[at].index)
+    while (g_stringMap[at].index)
         at = (at + 1) & mask;
-    m_stringMap[at] = {hash, index};
+    g_stringMap[at] = {hash, index};
 }
 
 void grow()
 {
-    std::vector<Entry> old(m_stringMap.empty() ? 2048 : m_stringMap.size() * 2);
-    old.swap(m_stringMap);
+    std::vector<Entry> old(g_stringMap.empty() ? 2048 : g_stringMap.size() * 2);
+    old.swap(g_stringMap);
     for (const Entry& entry : old)
         if (entry.index)
             place(entry.hash, entry.index);
@@ -96,14 +101,14 @@ QStringView formatNumber(unsigned n, char16_t (&buffer)[12])
 
 template <typename Same> ESString* find(uint64_t hash, int length, Same same)
 {
-    if (m_stringMap.empty())
+    if (g_stringMap.empty())
         return nullptr;
     uint32_t low = spread(hash);
-    size_t mask = m_stringMap.size() - 1;
-    for (size_t at = low & mask; m_stringMap[at].index; at = (at + 1) & mask) {
-        if (m_stringMap[at].hash != low)
+    size_t mask = g_stringMap.size() - 1;
+    for (size_t at = low & mask; g_stringMap[at].index; at = (at + 1) & mask) {
+        if (g_stringMap[at].hash != low)
             continue;
-        ESString* candidate = m_stringVector[m_stringMap[at].index - 1];
+        ESString* candidate = g_stringVector[g_stringMap[at].index];
         if (candidate->length() == length && same(candidate))
             return candidate;
     }
@@ -147,13 +152,15 @@ namespace {
 
 template <typename Fill> ESString* add(uint64_t hash, Fill fill)
 {
-    if ((m_stringVector.size() + 1) * 2 > m_stringMap.size())
+    if ((g_stringVector.size() + 1) * 2 > g_stringMap.size())
         grow();
-    m_storage.emplace_back();
-    ESString* string = &m_storage.back();
-    fill(string, int(m_stringVector.size()));
-    m_stringVector.push_back(string);
-    place(spread(hash), uint32_t(m_stringVector.size()));
+    if (g_stringVector.empty())
+        g_stringVector.push_back(nullptr); // index 0 is no string's
+    g_storage.emplace_back();
+    ESString* string = &g_storage.back();
+    fill(string, int(g_stringVector.size()));
+    g_stringVector.push_back(string);
+    place(spread(hash), uint32_t(string->index()));
     return string;
 }
 
@@ -172,6 +179,7 @@ ESString* ESStringPool::intern(QStringView text)
         s->m_hash = hash;
         s->m_text = text.toString();
         s->m_arrayIndex = asArrayIndex(text);
+        s->m_order = s->m_arrayIndex >= 0 ? meetNumber(unsigned(s->m_arrayIndex)) : g_nextOrder++;
         if (s->m_arrayIndex >= 0 && s->m_arrayIndex < ESLimits::NumberStrings)
             g_numbers[s->m_arrayIndex] = s;
     });
@@ -197,12 +205,28 @@ ESString* ESStringPool::intern(const char* latin1)
 
 ESString* ESStringPool::get(int index)
 {
-    return m_stringVector[size_t(index)];
+    return g_stringVector[size_t(index)];
 }
 
 int ESStringPool::count()
 {
-    return int(m_stringVector.size());
+    return int(g_stringVector.size());
+}
+
+uint64_t ESStringPool::meetNumber(unsigned n)
+{
+    // So high up they come behind all others, in their own order.
+    if (n >= ESLimits::OrderedNumbers)
+        return (uint64_t(1) << 63) + n;
+    size_t page = n / NumberPage;
+    if (page >= g_numberOrder.size())
+        g_numberOrder.resize(page + 1);
+    if (!g_numberOrder[page])
+        g_numberOrder[page] = std::make_unique<std::array<uint64_t, NumberPage>>();
+    uint64_t& order = (*g_numberOrder[page])[n % NumberPage];
+    if (!order)
+        order = g_nextOrder++;
+    return order;
 }
 
 ESString* ESStringPool::makeNumber(unsigned n)
@@ -267,24 +291,27 @@ ESString* ESStringPool::concat(ESString* left, ESString* right)
         s->m_left = left;
         s->m_right = right;
         s->m_pending = true;
+        s->m_order = g_nextOrder++;
     });
 }
 
 ESString* ESStringPool::character(char16_t unit)
 {
-    if (unit >= m_characters.size())
+    if (unit >= g_characters.size())
         return intern(QStringView(&unit, 1));
-    if (!m_characters[unit])
-        m_characters[unit] = intern(QStringView(&unit, 1));
-    return m_characters[unit];
+    if (!g_characters[unit])
+        g_characters[unit] = intern(QStringView(&unit, 1));
+    return g_characters[unit];
 }
 
 void ESStringPool::clear()
 {
-    m_stringMap.clear();
-    m_stringVector.clear();
-    m_storage.clear();
-    m_characters.fill(nullptr);
+    g_stringMap.clear();
+    g_stringVector.clear();
+    g_storage.clear();
+    g_numberOrder.clear();
+    g_nextOrder = 1;
+    g_characters.fill(nullptr);
     std::memset(g_numbers, 0, sizeof g_numbers);
 }
 

@@ -23,7 +23,9 @@ public:
             return g_numbers[n];
         return makeNumber(n);
     }
-    // The same if it was ever interned, else null: no object has a property of that name then.
+    // Notes that the number was met, if it was not before, and returns its place in the order of all names.
+    static uint64_t meetNumber(unsigned n);
+    // Null when the number was never interned: no object has a property of that name then.
     static ESString* findNumber(unsigned n);
 
     // The text of both, without building it when it is long. Throws ESFatalError "string too long"

@@ -54,7 +54,7 @@ int TargetIOServer::freeHandle()
     return -1;
 }
 
-// Answers the handle of a newly opened file; -1 when it is null.
+// Returns the handle of a newly opened file; -1 when it is null.
 void TargetIOServer::enterFile(int handle, FILE* opened)
 {
     lastErrno = errno;

@@ -19,13 +19,13 @@ constexpr unsigned LastOperation = 120;
 
 } // namespace
 
-// The operations by code. Those of the format families are in g_families.
+// The operations by code. Those of the format families are in Families.
 struct TargetIOServer::Operation {
     unsigned code;
     Handler handler;
 };
 
-const TargetIOServer::Operation TargetIOServer::g_operations[] = {
+const TargetIOServer::Operation TargetIOServer::Operations[] = {
     {1, &TargetIOServer::onError},
     {2, &TargetIOServer::onError},
     {3, &TargetIOServer::onError},
@@ -89,7 +89,7 @@ struct TargetIOServer::Family {
     bool hasList;   // the arguments lie at an address, instead of behind the format
 };
 
-const TargetIOServer::Family TargetIOServer::g_families[] = {
+const TargetIOServer::Family TargetIOServer::Families[] = {
     {{9, 11, 49, 51}, false, true, false}, {{10, 12, 50, 52}, false, false, false},
     {{13, 15, 53, 55}, true, true, false}, {{14, 16, 54, 56}, true, false, false},
     {{57, 59, 61, 63}, false, true, true}, {{58, 60, 62, 64}, false, false, true},
@@ -100,7 +100,7 @@ TargetIOServer::TargetIOServer(TargetIOServerHelperFunctions* helpers,
                                TargetIOServerTerminalInterface* terminal)
     : m_helpers(helpers), m_terminal(terminal), m_listFunctions(makeListFunctions())
 {
-    assert(std::ranges::is_sorted(g_operations, {}, &Operation::code));
+    assert(std::ranges::is_sorted(Operations, {}, &Operation::code));
 }
 
 TargetIOServer::~TargetIOServer()
@@ -134,12 +134,12 @@ void TargetIOServer::handleOperation(TargetMemoryInterface* data, TargetMemoryIn
     m_operation = operation;
     m_comm = commAddress;
     m_listFunctions.intSize = data->wordLength();
-    auto known = std::ranges::lower_bound(g_operations, operation, {}, &Operation::code);
-    if (known != std::end(g_operations) && known->code == operation) {
+    auto known = std::ranges::lower_bound(Operations, operation, {}, &Operation::code);
+    if (known != std::end(Operations) && known->code == operation) {
         (this->*known->handler)();
         return;
     }
-    for (const Family& family : g_families)
+    for (const Family& family : Families)
         for (unsigned form = 0; form < 4; ++form)
             if (family.codes[form] == operation) {
                 handleFormat(family, form & 1, form & 2);
@@ -216,7 +216,7 @@ bool TargetIOServer::addressable(uint32_t address, uint64_t size)
     return possible;
 }
 
-// The same for a buffer to write to, which must exist.
+// A place that is written to, for which the memory must exist.
 bool TargetIOServer::transferable(uint32_t address, uint64_t size)
 {
     if (!addressable(address, size))

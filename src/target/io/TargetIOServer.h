@@ -76,8 +76,8 @@ public:
 private:
     struct Operation;
     struct Family;
-    static const Operation g_operations[];
-    static const Family g_families[];
+    static const Operation Operations[];
+    static const Family Families[];
     using Handler = void (TargetIOServer::*)();
 
     // What the operations share.

@@ -93,7 +93,7 @@ Length parseLength(const char*& at)
     return length;
 }
 
-// Reads what stands behind a '%' and answers the place behind its type.
+// Reads what stands behind a '%' and returns the place behind its type.
 const char* parseConversion(const char* at, Conversion& c, const va_listfns& functions, void* data)
 {
     for (bool flags = true; flags;) {

@@ -115,7 +115,7 @@ private:
     void* m_data;
 };
 
-// Answers the first character that is no white space, pushed back, or -1.
+// Returns the first character that is no white space, pushed back, or -1.
 int Scan::skipSpace()
 {
     int c;

@@ -53,7 +53,7 @@ private:
 };
 
 // What a LazyMemoryBlock reads through: the debugger's access to the memories of a stopped target.
-// Each answers the number of bytes moved, 0 for a range that does not exist.
+// Each returns the number of bytes moved, 0 for a range that does not exist.
 class LiveMemory {
 public:
     virtual ~LiveMemory() = default;
