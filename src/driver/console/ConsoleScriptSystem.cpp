@@ -78,7 +78,7 @@ ESObject* OutputObject::install(ESContext* context, const char* name, const char
 
 void OutputObject::call(ESContext* context, ESObject* function, ESObject* self, int argc, ESValue* argv)
 {
-    if (function->builtinId != FirstFreeId) {
+    if (function->builtinId() != FirstFreeId) {
         ESQObject::call(context, function, self, argc, argv);
         return;
     }

@@ -236,7 +236,7 @@ ESObject* DebugCommands::installScriptObject(ESContext* context)
 void DebugCommands::call(ESContext* context, ESObject* function, ESObject* self, int argc, ESValue* argv)
 {
     for (const Command& command : commands()) {
-        if (command.number != function->builtinId)
+        if (command.number != function->builtinId())
             continue;
         checkStateForCommand(command);
         Arguments arguments(context, argc, argv);

@@ -43,7 +43,7 @@ struct ESContext::StateGuard {
     ESContext* context;
     ESValue A;
     ESValue* sp;
-    ESObject* scope;
+    ESScope* scope;
     ESObject* self;
     int frames;
     int nativeLevel;
@@ -67,25 +67,30 @@ void ESContext::begin(ESObject* global)
 
     ESObject* root = mkobj(nullptr, m_realm.cls(ESRealm::Object));
     m_realm.setPrototype(ESRealm::Object, root);
+    m_heap.setPlain(root, m_realm.cls(ESRealm::Object));
+    m_realm.setPrototype(ESRealm::Function, mknative(root, m_realm.cls(ESRealm::Function), nullptr, 0));
+    m_realm.setPrototype(ESRealm::Array, mkobj(root, m_realm.cls(ESRealm::Array)));
     const struct {
         ESRealm::Kind kind;
         ESValue internal;
     } prototypes[] = {
-        {ESRealm::Function, g_undefined}, {ESRealm::String, ESValue(g_emptyString)},
-        {ESRealm::Number, ESValue(0.0)},  {ESRealm::Boolean, g_false},
-        {ESRealm::Array, g_undefined},    {ESRealm::Date, ESValue(NaN)},
+        {ESRealm::String, ESValue(g_emptyString)},
+        {ESRealm::Number, ESValue(0.0)},
+        {ESRealm::Boolean, g_false},
+        {ESRealm::Date, ESValue(NaN)},
     };
     for (const auto& row : prototypes)
         m_realm.setPrototype(row.kind, mkobj(root, m_realm.cls(row.kind), row.internal));
     arrayPrototype()->define(g_lengthString, ESProperty::DontEnum, ESValue(0.0));
 
-    m_global = global ? global : mkobj(root, m_realm.cls(ESRealm::Global));
-    m_global->value = ESValue(ESStringPool::intern("[object global]"));
+    m_global = global ? global : mkobj(root, nullptr, g_undefined);
     if (!m_global->cls)
-        m_global->cls = m_realm.cls(ESRealm::Global);
+        m_global->setClass(m_realm.cls(ESRealm::Global));
+    m_global->setInternal(ESValue(ESStringPool::intern("[object global]")));
+    m_global->setFlag(ESObject::Fixed);
     m_self = m_global;
-    m_stringReceiver = mkobj(stringPrototype(), m_realm.cls(ESRealm::String));
-    m_numberReceiver = mkobj(numberPrototype(), m_realm.cls(ESRealm::Number));
+    m_stringReceiver = mkobj(stringPrototype(), m_realm.cls(ESRealm::String), g_undefined);
+    m_numberReceiver = mkobj(numberPrototype(), m_realm.cls(ESRealm::Number), g_undefined);
 }
 
 bool ESContext::carryOnExecuting()
@@ -235,40 +240,32 @@ bool ESContext::iserrorobj(const ESValue& v) const
 
 ESObject* ESContext::mkobj(ESObject* prototype, ESClass* cls)
 {
-    ESObject* object = mkobj();
-    object->prototype = prototype;
-    object->cls = cls;
-    return object;
+    bool array = cls && cls->access() == ESClass::Access::Array;
+    return m_heap.make(array ? ESObject::Array : ESObject::Plain, prototype, cls);
 }
 
 ESObject* ESContext::mkobj(ESObject* prototype, ESClass* cls, const ESValue& internal)
 {
-    ESObject* object = mkobj(prototype, cls);
-    object->value = internal;
+    ESObject* object = m_heap.make(ESObject::Boxed, prototype, cls);
+    object->setInternal(internal);
     return object;
 }
 
-ESObject* ESContext::mkobj(ESObject* prototype, ESClosure* call, ESClosure* construct, ESClass* cls)
+ESNativeFunctionObject* ESContext::mknative(ESObject* prototype, ESClass* cls, ESHandler handler,
+                                            int formalCount)
 {
-    ESObject* object = mkobj(prototype, cls);
-    object->call = call;
-    object->construct = construct;
-    return object;
+    auto* function = static_cast<ESNativeFunctionObject*>(m_heap.make(ESObject::Native, prototype, cls));
+    function->handler = handler;
+    function->formalCount = formalCount;
+    return function;
 }
 
-ESObject* ESContext::mkfunction(ESCode* code, ESObject* scope)
+ESObject* ESContext::mkfunction(ESCode* code, ESScope* scope)
 {
-    ESClosure* closure = mkclosure(code->formalCount);
-    closure->localCount = code->localCount;
-    closure->code = code;
-    closure->scope = scope;
-    ESObject* function = mkobj(functionPrototype(), closure, closure, functionClass());
-    ESObject* prototype = mkplain();
-    prototype->properties.reserve(1);
-    prototype->append(g_constructorString, ESProperty::DontEnum, ESValue(function));
-    function->properties.reserve(2);
-    function->append(g_lengthString, ESProperty::DontEnum, ESValue(double(code->formalCount)));
-    function->append(g_prototypeString, ESProperty::DontEnum, ESValue(prototype));
+    auto* function =
+        static_cast<ESFunctionObject*>(m_heap.make(ESObject::Function, functionPrototype(), functionClass()));
+    function->code = code;
+    function->scope = scope;
     return function;
 }
 
@@ -287,20 +284,23 @@ ESObject* ESContext::newObject(ESObject*, int argc, const ESValue* argv)
     }
 }
 
-ESObject* ESContext::newArray(int length, const ESValue* values)
+ESArray* ESContext::newArray(int length, const ESValue* values)
 {
-    ESObject* array = mkobj(arrayPrototype(), arrayClass());
-    array->properties.reserve(uint32_t(length) + 1);
+    auto* array = static_cast<ESArray*>(m_heap.make(ESObject::Array, arrayPrototype(), arrayClass()));
     array->append(g_lengthString, ESProperty::DontEnum, ESValue(double(length)));
+    array->reserveElements(uint32_t(length));
     for (int i = 0; i < length; ++i)
-        array->append(ESStringPool::number(i), 0, values[i]);
+        array->insert(uint32_t(i), values[i]);
     return array;
 }
 
 void ESContext::valinstant(ESObject* object, unsigned attributes, ESString* name, const ESValue& value)
 {
     put(object, name, value);
-    if (ESProperty* slot = object->find(name))
+    ESArray* array = object->array();
+    if (array && attributes && name->arrayIndex() >= 0 && array->at(unsigned(name->arrayIndex())))
+        object->define(name, attributes, value);
+    else if (ESProperty* slot = object->find(name))
         slot->attributes = uint8_t(attributes);
 }
 
@@ -319,7 +319,7 @@ void ESContext::fvarinstant(ESObject* object, unsigned attributes, ESString* nam
 ESContext::Method ESContext::callMethod(ESObject* object, ESString* name, ESValue* result)
 {
     ESValue method = get(object, name);
-    if (!method.isObject() || !method.object()->call)
+    if (!method.isObject() || !method.object()->isCallable())
         return Method::Missing;
     call(method.object(), object, 0, nullptr, result);
     return m_stopped ? Method::Stopped : Method::Called;

@@ -105,16 +105,16 @@ public:
     int errorLine() const;
 
     // Objects of this context's heap.
-    ESObject* mkobj() { return m_heap.object(); }
+    ESObject* mkobj() { return m_heap.make(ESObject::Plain, nullptr, nullptr); }
     ESObject* mkobj(ESObject* prototype, ESClass* cls);
     ESObject* mkobj(ESObject* prototype, ESClass* cls, const ESValue& internal);
-    ESObject* mkobj(ESObject* prototype, ESClosure* call, ESClosure* construct, ESClass* cls);
-    ESClosure* mkclosure(int formalCount) { return m_heap.closure(formalCount); }
-    ESObject* mkplain() { return mkobj(objectPrototype(), objectClass()); }
+    ESObject* mkplain() { return m_heap.make(ESObject::Plain, objectPrototype(), objectClass()); }
+    // A native function; the class gets its calls where there is no handler.
+    ESNativeFunctionObject* mknative(ESObject* prototype, ESClass* cls, ESHandler handler, int formalCount);
     // A function object with its own `prototype` object.
-    ESObject* mkfunction(ESCode* code, ESObject* scope);
+    ESObject* mkfunction(ESCode* code, ESScope* scope);
     ESObject* newObject(ESObject* function, int argc, const ESValue* argv);
-    ESObject* newArray(int length, const ESValue* values);
+    ESArray* newArray(int length, const ESValue* values);
 
     // Make a property with the object's own `put` and give it the attributes.
     void valinstant(ESObject* object, unsigned attributes, ESString* name, const ESValue& value);
@@ -124,30 +124,50 @@ public:
     // Property access through the object's class.
     ESValue get(ESObject* object, ESString* name)
     {
-        return object->cls->access() == ESClass::Access::Own ? object->cls->get(this, object, name)
-                                                             : plainGet(object, name);
+        return object->is(ESObject::OwnAccess) ? object->cls->get(this, object, name)
+                                               : plainGet(object, name);
     }
     void put(ESObject* object, ESString* name, const ESValue& value)
     {
-        if (object->cls->access() == ESClass::Access::Plain)
-            plainPut(object, name, value);
-        else
+        if (object->is(ESObject::OwnPut))
             object->cls->put(this, object, name, value);
+        else
+            plainPut(object, name, value);
     }
-    ESValue getIndex(ESObject* object, unsigned index);
+    ESValue getIndex(ESObject* object, unsigned index)
+    {
+        if (ESArray* array = object->array())
+            if (ESValue* element = array->at(index))
+                return *element;
+        return object->is(ESObject::OwnAccess) ? getOwnIndex(object, index)
+                                               : indexGet(object, index, nullptr);
+    }
+    void putIndex(ESObject* object, unsigned index, const ESValue& value)
+    {
+        if (object->kind() == ESObject::Array && index < 2147483647)
+            putElement(static_cast<ESArray*>(object), index, value, nullptr);
+        else
+            put(object, ESStringPool::number(index), value);
+    }
+    // What arrays do for an element: `length` stays above it. The name may be null.
+    static void putElement(ESArray* array, unsigned index, const ESValue& value, ESString* name);
     // What ESClass does itself.
     static ESValue plainGet(ESObject* object, ESString* name)
     {
+        if (name->arrayIndex() >= 0) [[unlikely]]
+            return indexGet(object, unsigned(name->arrayIndex()), name);
         for (; object; object = object->prototype)
             if (ESProperty* slot = object->find(name))
                 return slot->value();
         return g_undefined;
     }
+    // Looks an index up along the prototypes. A null name is looked for when it is needed.
+    static ESValue indexGet(ESObject* object, unsigned index, ESString* name);
     static void plainPut(ESObject* object, ESString* name, const ESValue& value);
 
     // Tests and changes past the object's class.
     static bool hasProperty(ESObject* object, ESString* name);
-    static bool hasOwnProperty(ESObject* object, ESString* name) { return object->find(name); }
+    static bool hasOwnProperty(ESObject* object, ESString* name);
     static bool propertyIsEnumerable(ESObject* object, ESString* name);
     static bool deleteProperty(ESObject* object, ESString* name);
     static bool deleteProperty(ESObject* object, unsigned index);
@@ -213,12 +233,12 @@ private:
     bool strict() const;
     bool askToGoOn();
     ESValue abandon(int entry);
-    void enter(ESObject* function, ESCode* code, ESObject* scope, ESObject* self, int argc, bool entry,
+    void enter(ESObject* function, ESCode* code, ESScope* scope, ESObject* self, int argc, bool entry,
                ESObject* made = nullptr);
-    void callNative(ESObject* function, ESObject* self, int argc, ESValue* argv)
+    void callNative(ESNativeFunctionObject* function, ESObject* self, int argc, ESValue* argv)
     {
-        if (ESHandler handler = function->call->handler)
-            argv[0] = handler({this, function, self, argc, argv});
+        if (function->handler)
+            argv[0] = function->handler({this, function, self, argc, argv});
         else
             function->cls->call(this, function, self, argc, argv);
     }
@@ -226,7 +246,7 @@ private:
     ESObject* receiver(const ESValue& value, ESObject* function);
     ESValue memberOf(const ESValue& value, ESString* name);
     void pushActivation(ESCode* code, const ESValue* argv, int argc);
-    void putElement(ESObject* object, ESString* name, const ESValue& value);
+    ESValue getOwnIndex(ESObject* object, unsigned index);
     void padArguments(int formalCount, int& argc);
     void checkSpace(int slots) const;
     ESObject* newInstance(ESObject* function);
@@ -245,7 +265,7 @@ private:
     std::unique_ptr<ESValue[]> m_stack;
     ESValue* m_sp = nullptr;    // next free slot
     ESValue* m_limit = nullptr; // behind the last usable slot
-    ESObject* m_scope = nullptr;
+    ESScope* m_scope = nullptr;
     ESObject* m_global = nullptr;
     // Receivers for native methods of strings and numbers that are called on a primitive.
     ESObject* m_stringReceiver = nullptr;

@@ -13,7 +13,7 @@
 
 class ESString {
 public:
-    // Position in the pool; what string operands of bytecode carry, and the order of for-in.
+    // Position in the pool, from 1; what string operands of bytecode and properties carry.
     int index() const { return m_index; }
     // UTF-16 units.
     int length() const { return m_length; }
@@ -32,8 +32,11 @@ public:
     // The number of which this text is the shortest decimal form, from 0 to 2147483646; otherwise -1.
     int arrayIndex() const { return m_arrayIndex; }
 
-    // One bit of 64 by which an object remembers which names it may hold.
-    uint64_t nameBit() const { return uint64_t(1) << (m_index & 63); }
+    // When the text was first met: the order of for-in.
+    uint64_t order() const { return m_order; }
+
+    // One bit of 16 by which an object remembers which names it may hold.
+    uint16_t nameBit() const { return uint16_t(1u << (m_index & 15)); }
     // The slot at which some object last held this name: a guess, to be checked.
     uint32_t slotHint() const { return m_slotHint; }
     void setSlotHint(uint32_t slot) { m_slotHint = slot; }
@@ -45,6 +48,7 @@ private:
     int m_index = 0;
     int m_length = 0;
     uint64_t m_hash = 0;
+    uint64_t m_order = 0;
     ESString* m_left = nullptr;
     ESString* m_right = nullptr;
     mutable QString m_text;

@@ -6,6 +6,7 @@
 #include <charconv>
 #include <cstring>
 #include <deque>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -43,13 +44,17 @@ uint32_t spread(uint64_t hash)
 
 struct Entry {
     uint32_t hash;
-    uint32_t index; // in the vector, plus 1; 0 in an empty entry
+    uint32_t index; // in the vector; 0 in an empty entry
 };
 
 // Open addressing, at most half full.
 std::vector<Entry> g_stringMap;
 std::vector<ESString*> g_stringVector;
 std::deque<ESString> g_storage;
+uint64_t g_nextOrder = 1;
+// Places of numbers in the order of names, by pages that are made when one of their numbers is met.
+constexpr unsigned NumberPage = 64;
+std::vector<std::unique_ptr<std::array<uint64_t, NumberPage>>> g_numberOrder;
 std::array<ESString*, 256> g_characters;
 
 void place(uint32_t hash, uint32_t index)
@@ -103,7 +108,7 @@ template <typename Same> ESString* find(uint64_t hash, int length, Same same)
     for (size_t at = low & mask; g_stringMap[at].index; at = (at + 1) & mask) {
         if (g_stringMap[at].hash != low)
             continue;
-        ESString* candidate = g_stringVector[g_stringMap[at].index - 1];
+        ESString* candidate = g_stringVector[g_stringMap[at].index];
         if (candidate->length() == length && same(candidate))
             return candidate;
     }
@@ -149,11 +154,13 @@ template <typename Fill> ESString* add(uint64_t hash, Fill fill)
 {
     if ((g_stringVector.size() + 1) * 2 > g_stringMap.size())
         grow();
+    if (g_stringVector.empty())
+        g_stringVector.push_back(nullptr); // index 0 is no string's
     g_storage.emplace_back();
     ESString* string = &g_storage.back();
     fill(string, int(g_stringVector.size()));
     g_stringVector.push_back(string);
-    place(spread(hash), uint32_t(g_stringVector.size()));
+    place(spread(hash), uint32_t(string->index()));
     return string;
 }
 
@@ -172,6 +179,7 @@ ESString* ESStringPool::intern(QStringView text)
         s->m_hash = hash;
         s->m_text = text.toString();
         s->m_arrayIndex = asArrayIndex(text);
+        s->m_order = s->m_arrayIndex >= 0 ? meetNumber(unsigned(s->m_arrayIndex)) : g_nextOrder++;
         if (s->m_arrayIndex >= 0 && s->m_arrayIndex < ESLimits::NumberStrings)
             g_numbers[s->m_arrayIndex] = s;
     });
@@ -203,6 +211,22 @@ ESString* ESStringPool::get(int index)
 int ESStringPool::count()
 {
     return int(g_stringVector.size());
+}
+
+uint64_t ESStringPool::meetNumber(unsigned n)
+{
+    // So high up they come behind all others, in their own order.
+    if (n >= ESLimits::OrderedNumbers)
+        return (uint64_t(1) << 63) + n;
+    size_t page = n / NumberPage;
+    if (page >= g_numberOrder.size())
+        g_numberOrder.resize(page + 1);
+    if (!g_numberOrder[page])
+        g_numberOrder[page] = std::make_unique<std::array<uint64_t, NumberPage>>();
+    uint64_t& order = (*g_numberOrder[page])[n % NumberPage];
+    if (!order)
+        order = g_nextOrder++;
+    return order;
 }
 
 ESString* ESStringPool::makeNumber(unsigned n)
@@ -267,6 +291,7 @@ ESString* ESStringPool::concat(ESString* left, ESString* right)
         s->m_left = left;
         s->m_right = right;
         s->m_pending = true;
+        s->m_order = g_nextOrder++;
     });
 }
 
@@ -284,6 +309,8 @@ void ESStringPool::clear()
     g_stringMap.clear();
     g_stringVector.clear();
     g_storage.clear();
+    g_numberOrder.clear();
+    g_nextOrder = 1;
     g_characters.fill(nullptr);
     std::memset(g_numbers, 0, sizeof g_numbers);
 }

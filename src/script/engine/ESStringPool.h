@@ -23,6 +23,8 @@ public:
             return g_numbers[n];
         return makeNumber(n);
     }
+    // Notes that the number was met, if it was not before, and returns its place in the order of all names.
+    static uint64_t meetNumber(unsigned n);
     // Null when the number was never interned: no object has a property of that name then.
     static ESString* findNumber(unsigned n);
 

@@ -19,7 +19,7 @@ ESValue toString(const ESCall& call)
 {
     if (!call.context->isnumobj(ESValue(call.self)))
         call.context->throwTypeError(QStringLiteral("Number.prototype.toString called on non-Number object"));
-    ESValue number = call.self->value;
+    ESValue number = call.self->internal();
     int radix = call.context->toInt32(call.argument(0));
     return ESValue(ESStringPool::intern(call.context->toString(number, radix ? radix : 10)));
 }
@@ -27,7 +27,7 @@ ESValue toString(const ESCall& call)
 ESValue toFixed(const ESCall& call)
 {
     ESContext* context = call.context;
-    ESValue number = call.self->value;
+    ESValue number = call.self->internal();
     ESValue digits = call.argument(0);
     double precision = digits.isUndefined() ? 0 : context->toInteger(digits);
     if (precision < 0 || precision > 20)
@@ -46,7 +46,7 @@ ESValue valueOf(const ESCall& call)
 {
     if (!call.context->isnumobj(ESValue(call.self)))
         call.context->throwTypeError(QStringLiteral("Number.prototype.valueOf called on non-Number object"));
-    return call.self->value;
+    return call.self->internal();
 }
 
 } // namespace
@@ -61,7 +61,7 @@ void ESNativeNumber::install(ESContext* context)
     ESObject* constructor =
         installConstructor(context, constructorRow("Number", 1, make), context->numberPrototype());
     // So that a call can tell no argument from undefined.
-    constructor->call->formalCount = 0;
+    nativeFunction(constructor)->formalCount = 0;
     installMembers(context, context->numberPrototype(), MemberTable);
     constexpr struct {
         const char* name;

@@ -17,7 +17,7 @@ int position(ESContext* context, const ESValue& value, int missing)
 ESString* subjectOf(const ESCall& call)
 {
     if (call.context->isstrobj(ESValue(call.self)))
-        return call.self->value.string();
+        return call.self->internal().string();
     return call.context->toEString(ESValue(call.self));
 }
 
@@ -45,7 +45,7 @@ template <const char* text> ESValue ownValue(const ESCall& call)
 {
     if (!call.context->isstrobj(ESValue(call.self)))
         call.context->throwTypeError(QLatin1String(text));
-    return call.self->value;
+    return call.self->internal();
 }
 
 constexpr char NoStringForToString[] = "String.prototype.toString called on non-String object";
@@ -162,7 +162,7 @@ ESValue replace(const ESCall& call)
     QString wanted = context->toString(call.argument(0));
     ESValue replacement = call.argument(1);
     qsizetype at = text.indexOf(wanted);
-    bool function = replacement.isObject() && replacement.object()->call;
+    bool function = replacement.isObject() && replacement.object()->isCallable();
     QString form = function ? QString() : context->toString(replacement);
     if (at < 0)
         return ESValue(ESStringPool::intern(text));
@@ -255,14 +255,14 @@ void ESNativeString::install(ESContext* context)
 ESValue ESNativeString::get(ESContext*, ESObject* object, ESString* name)
 {
     // Functions of this class have a `length` of their own.
-    if (name == g_lengthString && !object->call)
-        return ESValue(object->value.isString() ? double(object->value.string()->length()) : 0.0);
+    if (name == g_lengthString && !object->isCallable())
+        return ESValue(object->internal().isString() ? double(object->internal().string()->length()) : 0.0);
     return ESContext::plainGet(object, name);
 }
 
 void ESNativeString::put(ESContext*, ESObject* object, ESString* name, const ESValue& value)
 {
-    if (name != g_lengthString || object->call)
+    if (name != g_lengthString || object->isCallable())
         ESContext::plainPut(object, name, value);
 }
 
