@@ -44,11 +44,14 @@ public:
     // Word addresses where runs end. Any number costs nothing during a run.
     void setStops(std::span<const uint32_t> words) { m_machine.setStops(words); }
     // Of the data accesses only those that touch one of the ranges are told from now on; or all again.
-    void tellAccesses(std::vector<MAXQSIMDataRange> ranges) { m_machine.setDataRanges(std::move(ranges), false); }
+    void tellAccesses(std::vector<MAXQSIMDataRange> ranges)
+    {
+        m_machine.setDataRanges(std::move(ranges), false);
+    }
     void tellAllAccesses() { m_machine.setDataRanges({}, true); }
 
-    // Executions of the instruction at a word address, and how often a jump was taken there. A run between two calls
-    // costs the time to go through the code.
+    // Executions of the instruction at a word address, and how often a jump was taken there. A run between
+    // two calls costs the time to go through the code.
     MAXQSIMCount count(uint32_t word);
     void resetCounts() { m_machine.resetCounts(); }
 

@@ -187,7 +187,7 @@ bool resolveDestination(const Machine& m, const Words& words, Op& op, Destinatio
 {
     using enum DestinationKind;
     static constexpr DestinationKind JumpsByIndex[8] = {Jump,     JumpZero,    JumpCarry,    JumpEqual,
-                                                 JumpSign, JumpNotZero, JumpNotCarry, JumpNotEqual};
+                                                        JumpSign, JumpNotZero, JumpNotCarry, JumpNotEqual};
     unsigned number = words.destination;
     unsigned index = number >> 4;
     switch (number & 15) {

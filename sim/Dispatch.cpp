@@ -8,8 +8,8 @@ namespace maxq30 {
 
 namespace {
 
-// The place behind an instruction. Its length is a template argument where that saves the look at the Op, which
-// everything behind it would wait for; 0 stands for any.
+// The place behind an instruction. Its length is a template argument where that saves the look at the Op,
+// which everything behind it would wait for; 0 stands for any.
 template <unsigned Words> Op* behind(Op* op)
 {
     return op + (Words ? Words : op->words);
@@ -42,7 +42,7 @@ template <class Source, class Destination>
 }
 
 template <class Source, class Destination, unsigned Words>
-bool carry(Machine& m, Op* op, uint64_t left, uint64_t cycles, uint32_t acc)
+[[gnu::flatten]] bool carry(Machine& m, Op* op, uint64_t left, uint64_t cycles, uint32_t acc)
 {
     if (!isQuick<Source, Destination>(m, op)) [[unlikely]]
         return carryCallingOut<Source, Destination>(m, op, left, cycles, acc);
@@ -59,7 +59,8 @@ template <class Place>
     return proceedAfterCallingOut(m, op, behind<0>(op), left, cycles + op->cycles);
 }
 
-template <class Place> bool change(Machine& m, Op* op, uint64_t left, uint64_t cycles, uint32_t acc)
+template <class Place>
+[[gnu::flatten]] bool change(Machine& m, Op* op, uint64_t left, uint64_t cycles, uint32_t acc)
 {
     if (!isQuick<source::Immediate, Place>(m, op)) [[unlikely]]
         return changeCallingOut<Place>(m, op, left, cycles, acc);
@@ -103,7 +104,7 @@ template <class Source, class Condition>
 }
 
 template <class Source, class Condition, unsigned Words>
-bool jump(Machine& m, Op* op, uint64_t left, uint64_t cycles, uint32_t acc)
+[[gnu::flatten]] bool jump(Machine& m, Op* op, uint64_t left, uint64_t cycles, uint32_t acc)
 {
     using Stack = std::conditional_t<isCall<Condition>, destination::Push, destination::Nul>;
     Op* following = behind<Words>(op);
@@ -209,7 +210,7 @@ constexpr size_t lengthIndex(unsigned words)
         [[maybe_unused]] uint32_t& c = m.carry;                                                              \
         statement;                                                                                           \
         destination::Accumulator::write<Direct>(m, op, a, acc);                                              \
-        return proceed(m, behind<Words>(op), left, cycles + op->cycles, acc);                                    \
+        return proceed(m, behind<Words>(op), left, cycles + op->cycles, acc);                                \
     }
 MAXQ30_ACCUMULATOR_OPERATIONS(X)
 #undef X
@@ -220,7 +221,7 @@ MAXQ30_ACCUMULATOR_OPERATIONS(X)
     {                                                                                                        \
         [[maybe_unused]] uint32_t& c = m.carry;                                                              \
         statement;                                                                                           \
-        return proceed(m, behind<Words>(op), left, cycles + op->cycles, acc);                                    \
+        return proceed(m, behind<Words>(op), left, cycles + op->cycles, acc);                                \
     }
 MAXQ30_CARRY_OPERATIONS(X)
 #undef X
@@ -234,7 +235,7 @@ MAXQ30_CARRY_OPERATIONS(X)
         uint32_t& c = m.carry;                                                                               \
         statement;                                                                                           \
         *m.acc = acc;                                                                                        \
-        return proceed(m, behind<Words>(op), left, cycles + op->cycles, acc);                                    \
+        return proceed(m, behind<Words>(op), left, cycles + op->cycles, acc);                                \
     }
 MAXQ30_BIT_OPERATIONS(X)
 #undef X

@@ -9,8 +9,8 @@
 namespace maxq30 {
 
 Op::Run transport(SourceKind, DestinationKind, unsigned words);
-// A jump to a place inside the code memory, which lies `imm` words on; its source is Op::FixedTarget. The kind is one
-// of MAXQ30_JUMPS.
+// A jump to a place inside the code memory, which lies `imm` words on; its source is Op::FixedTarget. The
+// kind is one of MAXQ30_JUMPS.
 Op::Run fixedJump(DestinationKind, unsigned words);
 // Sets or clears one bit of a place; null when the kind is not one of MAXQ30_PLACES.
 Op::Run bitChange(DestinationKind);

@@ -58,10 +58,7 @@ bool runOffTheEnd(Machine& m, Op*, uint64_t left, uint64_t cycles, uint32_t acc)
 
 // While operations run. What was put off meanwhile is done at the end.
 struct Machine::Executing {
-    Executing(Machine& machine, uint64_t& steps) : m(machine), done(steps)
-    {
-        m.m_executing = true;
-    }
+    Executing(Machine& machine, uint64_t& steps) : m(machine), done(steps) { m.m_executing = true; }
     ~Executing()
     {
         done += maximum - m.left;
@@ -180,9 +177,9 @@ Op::Run& Machine::runOf(Op* op)
 
 const MAXQSIMCount* Machine::counts()
 {
-    if (std::exchange(m_counted, false))
-        flow.addUp(ops.get(), m_decodedLow, m_decodedHigh,
-                   flowAt == &outside ? codeWords : wordOf(flowAt));
+    if (m_counted)
+        flow.addUp(ops.get(), m_decodedLow, m_decodedHigh, flowAt == &outside ? codeWords : wordOf(flowAt));
+    m_counted = m_executing;
     return flow.totals();
 }
 

@@ -19,8 +19,8 @@ public:
 
     // Flow arrives at an instruction, or, with -1, goes elsewhere without executing it.
     void enter(uint32_t word, uint64_t times = 1) { m_entered[word] += times; }
-    // Adds what the Ops from `low` to `high` have counted to the totals, and lets them begin anew. Flow that has come to
-    // `word` has not executed anything there yet.
+    // Adds what the Ops from `low` to `high` have counted to the totals, and lets them begin anew. Flow that
+    // has come to `word` has not executed anything there yet.
     void addUp(Op* ops, uint32_t low, uint32_t high, uint32_t word);
     void reset();
     const MAXQSIMCount* totals() const { return m_totals.get(); }

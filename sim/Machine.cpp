@@ -160,8 +160,8 @@ void Machine::announce(unsigned width, bool read, uint32_t address, uint32_t val
     }
 }
 
-// The accesses that are not quick: told ones, unaligned ones, which are carried out one byte lower, those that reach the code
-// memory through its window, and those that reach nothing.
+// The accesses that are not quick: told ones, unaligned ones, which are carried out one byte lower, those
+// that reach the code memory through its window, and those that reach nothing.
 uint32_t Machine::loadElsewhere(uint32_t address, unsigned width)
 {
     if (width > 1 && (address & 1)) {

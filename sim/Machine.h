@@ -29,8 +29,9 @@ bool decodeHere(Machine&, Op*, uint64_t left, uint64_t cycles, uint32_t acc);
 // One decoded instruction, at the place of its first word. What a field means is up to the source and
 // destination that `run` was made for.
 struct Op {
-    // Executes the instruction, and hands over to the one behind it until `left` of them are done or something
-    // asks for attention. `cycles` is the time so far, `acc` the value of the accumulator. See Threading.h.
+    // Executes the instruction, and hands over to the one behind it until `left` of them are done or
+    // something asks for attention. `cycles` is the time so far, `acc` the value of the accumulator. See
+    // Threading.h.
     using Run = bool (*)(Machine&, Op*, uint64_t left, uint64_t cycles, uint32_t acc);
 
     // The source number of a jump whose target lies `imm` words on, as a signed number.
@@ -75,8 +76,8 @@ struct Machine {
     }
 
     // At most this many instructions from `next` on, a stop at the first one being passed over. Ends early
-    // before another stop and behind an instruction that asks for attention. Adds to `done` what was executed, also
-    // when a callback throws.
+    // before another stop and behind an instruction that asks for attention. Adds to `done` what was
+    // executed, also when a callback throws.
     void execute(uint64_t maximum, uint64_t& done);
 
     // Memory as programs see it. Accesses of two and four bytes lie at even addresses.
@@ -106,7 +107,10 @@ struct Machine {
     }
 
     // Behind an instruction that wrote the whole accumulator, when AP moves by itself.
-    void moveAccumulator() { selectAccumulator((regs[reg::AP] & ~apMask) | ((regs[reg::AP] + apStep) & apMask)); }
+    void moveAccumulator()
+    {
+        selectAccumulator((regs[reg::AP] & ~apMask) | ((regs[reg::AP] + apStep) & apMask));
+    }
     void selectAccumulator(uint32_t n)
     {
         regs[reg::AP] = n;
@@ -153,8 +157,13 @@ struct Machine {
     }
     template <unsigned Width> static void put(uint8_t* b, uint32_t value)
     {
-        for (unsigned i = 0; i < Width; ++i)
-            b[i] = uint8_t(value >> (8 * i));
+        b[0] = uint8_t(value);
+        if constexpr (Width > 1)
+            b[1] = uint8_t(value >> 8);
+        if constexpr (Width > 2) {
+            b[2] = uint8_t(value >> 16);
+            b[3] = uint8_t(value >> 24);
+        }
     }
 
     // Where a run is, for who looks at the processor before it is over: the instruction at hand, and how many
@@ -216,18 +225,18 @@ private:
 
     std::vector<MAXQSIMDataRange> m_ranges;
     bool m_tellAll = true;
-    std::vector<Stop> m_stops; // ascending; words outside the code memory may be among them
+    std::vector<Stop> m_stops;          // ascending; words outside the code memory may be among them
     uint32_t m_decodedLow = 0xFFFFFFFF; // bounds of what has been decoded
     uint32_t m_decodedHigh = 0;
     bool m_executing = false;
-    bool m_counted = false; // there is something to add up in `flow`
+    bool m_counted = false;            // there is something to add up in `flow`
     uint32_t m_forgetLow = 0xFFFFFFFF; // what is to be forgotten behind the current instruction
     uint32_t m_forgetEnd = 0;
 };
 
 // Operations for what cannot execute. invalidInstruction goes on behind it, fetchFault stays where it is.
-// executeOutside is fetchFault for places outside the code memory, at which a stop may lie; runOffTheEnd stands
-// behind the last word.
+// executeOutside is fetchFault for places outside the code memory, at which a stop may lie; runOffTheEnd
+// stands behind the last word.
 bool invalidInstruction(Machine&, Op*, uint64_t left, uint64_t cycles, uint32_t acc);
 bool fetchFault(Machine&, Op*, uint64_t left, uint64_t cycles, uint32_t acc);
 bool executeOutside(Machine&, Op*, uint64_t left, uint64_t cycles, uint32_t acc);

@@ -2,8 +2,8 @@
 // Dispatch combines them.
 //
 // A kind says how far it reaches. What reaches memory is asked first whether the access is quick, and then
-// goes straight to the bytes (`Direct`); otherwise, and where the outside may have a say, the instruction is executed
-// with `Checked` accesses.
+// goes straight to the bytes (`Direct`); otherwise, and where the outside may have a say, the instruction is
+// executed with `Checked` accesses.
 #pragma once
 
 #include "sim/Instructions.h"
@@ -27,7 +27,10 @@ struct Direct {
 };
 
 struct Checked {
-    template <unsigned Width> static uint32_t load(Machine& m, uint32_t address) { return m.load<Width>(address); }
+    template <unsigned Width> static uint32_t load(Machine& m, uint32_t address)
+    {
+        return m.load<Width>(address);
+    }
     template <unsigned Width> static void store(Machine& m, uint32_t address, uint32_t value)
     {
         m.store<Width>(address, value);
@@ -73,7 +76,10 @@ struct FramePointer {
 
 struct Special {
     static constexpr Reach reach = Reach::Outside;
-    template <class> static uint32_t read(Machine& m, const Op* op, uint32_t) { return m.readRegister(op->src); }
+    template <class> static uint32_t read(Machine& m, const Op* op, uint32_t)
+    {
+        return m.readRegister(op->src);
+    }
 };
 
 template <unsigned Width, class Way> struct Memory {

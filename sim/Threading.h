@@ -1,8 +1,8 @@
 // How one instruction hands over to the next.
 //
-// The operations call each other: each ends with a call of the one behind it, which the compiler makes a jump. So
-// what a run has to keep stays in the registers of the arguments, and each place has its own prediction of
-// what follows. Where compilers make no jumps of such calls the operations return instead, and
+// The operations call each other: each ends with a call of the one behind it, which the compiler makes a
+// jump. So what a run has to keep stays in the registers of the arguments, and each place has its own
+// prediction of what follows. Where compilers make no jumps of such calls the operations return instead, and
 // Machine::execute calls the next one.
 //
 // An operation must not call anything on its way through this; what may call out does so in a function of its

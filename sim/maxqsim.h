@@ -93,8 +93,8 @@ struct MAXQSIMDataRange {
     unsigned last;
 };
 
-// How often the instruction at an address was executed. A jump, call or return also tells how often it went to its
-// target; the other times it went on behind itself.
+// How often the instruction at an address was executed. A jump, call or return also tells how often it went
+// to its target; the other times it went on behind itself.
 struct MAXQSIMCount {
     unsigned long long executed;
     unsigned long long taken;
@@ -110,22 +110,23 @@ struct MAXQSIMRun {
     bool atStop; // it ended before an instruction at a stop
 };
 
-// A processor at its full speed: nothing is asked of its user between the steps. The state of an interface object, which
-// owns it. Addresses are in bytes.
+// A processor at its full speed: nothing is asked of its user between the steps. The state of an interface
+// object, which owns it. Addresses are in bytes.
 class MAXQSIMRunner {
 public:
-    // Each step is what MAXQSIMInterface::step does. The run ends early at a stop, and behind a step in which a
-    // callback called interrupt().
+    // Each step is what MAXQSIMInterface::step does. The run ends early at a stop, and behind a step in which
+    // a callback called interrupt().
     virtual void run(MAXQSIMRun* run) = 0;
     virtual void interrupt() = 0;
     // Where runs end, before the instruction is executed; in place of earlier ones. Any number costs nothing
     // during a run.
     virtual void setStops(const unsigned* addresses, unsigned count) = 0;
-    // From now on onDataAccess and onLongDataAccess are called only for accesses that touch one of the ranges;
-    // null for all accesses. What lies far from all ranges costs nothing.
+    // From now on onDataAccess and onLongDataAccess are called only for accesses that touch one of the
+    // ranges; null for all accesses. What lies far from all ranges costs nothing.
     virtual void setDataRanges(const MAXQSIMDataRange* ranges, unsigned count) = 0;
-    // Executions since initialise or resetCounts, by runs and by steps, of the instructions at `address`, address + 2
-    // and so on; false when part of the range lies outside the code memory. Entries into interrupts are none.
+    // Executions since initialise or resetCounts, by runs and by steps, of the instructions at `address`,
+    // address + 2 and so on; false when part of the range lies outside the code memory. Entries into
+    // interrupts are none.
     virtual bool readCounts(unsigned address, unsigned words, MAXQSIMCount* counts) = 0;
     virtual void resetCounts() = 0;
 

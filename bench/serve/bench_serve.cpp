@@ -2,7 +2,7 @@
 // Prints both rates in million cycles a second, best of the rounds, and their ratio.
 #include "bench/sim/CrcProgram.h"
 #include "bench/sim/SimulatorSession.h"
-#include "debug/DebuggerHelperFunctions.h"
+#include "debug/monitor/DebuggerHelperFunctions.h"
 #include "driver/terminal/TextTargetIOServerTerminal.h"
 #include "maxq30/cpu/MAXQ30Debugger.h"
 #include "support/HException.h"
