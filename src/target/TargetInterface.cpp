@@ -13,7 +13,7 @@ TargetInterface::TargetInterface(int capabilities, const char* name, TargetInter
                       "The detected type of the currently connected target device."),
       m_eraseAllClass("loaderEraseAll", PropertyClass::Boolean, QString(), QString(), "Loader", "Erase All",
                       "Erase all erasable memory rather than individual segments when downloading."),
-      m_deviceId(&m_deviceIdClass), m_eraseAll(&m_eraseAllClass), m_download(*this, *helpers)
+      m_deviceId(&m_deviceIdClass), m_eraseAll(&m_eraseAllClass), m_download(*this, helpers)
 {
     m_deviceIdClass.setReadOnly(true);
 }

@@ -9,6 +9,17 @@
 
 struct HBreakpoint;
 
+// Who decides whether a program that has met a breakpoint stands still.
+class StopWatcher {
+public:
+    // Called between two instructions. True when the program goes on at once, with the instruction at its
+    // pc; breakpoints may be set, changed and removed in it, but it must not let the target run.
+    virtual bool goesOn() = 0;
+
+protected:
+    ~StopWatcher() = default;
+};
+
 // Who waits for a program to ask for something.
 class ControlWordWatcher {
 public:
@@ -21,6 +32,14 @@ protected:
 class HMonitor : public ZOFFTargetInterface {
 public:
     HMonitor(int capabilities, const char* name, TargetInterfaceHelperFunctions* helpers);
+
+    // Whether a debug session runs. In one a target that runs in this process is carried on from the event
+    // loop, so that go(), start() and startDebugging() come back at once, as they do on hardware; outside,
+    // they block until the program stops.
+    virtual void setDebugSession(bool) {}
+    // True while the program needs this process to go on: whoever waits for it handles events, and need not
+    // sleep in between.
+    virtual bool runsOnEvents() const { return false; }
 
     // Starts the program under the debugger; with `stop` it stays at its first instruction. The address
     // is in bytes.
@@ -40,6 +59,10 @@ public:
     virtual bool removeBreakpoint(HBreakpoint*) { return false; }
     // The breakpoint that stopped the program, or null.
     virtual HBreakpoint* matched() { return nullptr; }
+    // From now on the watcher is asked at each match that would stop the program, once its ignore count is
+    // used up; null ends that. False when the target cannot ask, so that stops must be polled for. A monitor
+    // that asks also counts down HBreakpoint::count by itself.
+    virtual bool watchStops(StopWatcher*) { return false; }
     // Whether a breakpoint can be armed by the match of another.
     virtual bool canChain() { return false; }
 

@@ -195,20 +195,16 @@ void MAXQ30Simulator::onDataAccess(bool read, unsigned address, unsigned value, 
 {
     if (!read)
         dataWritten(address, value);
-    if (watchesData())
+    if (mayMatchData(address)) [[unlikely]]
         matchDataBreakPoint(address, byteAccess ? 1 : 2, value, read);
 }
 
-// A breakpoint may cover either half, or compare a value of two bytes there, or the whole of four.
 void MAXQ30Simulator::onLongDataAccess(bool read, unsigned address, unsigned value)
 {
     if (!read)
         dataWritten(address, value);
-    if (!watchesData())
-        return;
-    matchDataBreakPoint(address + 2, 2, value >> 16, read);
-    matchDataBreakPoint(address, 2, value & 0xFFFF, read);
-    matchDataBreakPoint(address, 4, value, read);
+    if (mayMatchData(address)) [[unlikely]]
+        matchLongDataBreakPoint(address, value, read);
 }
 
 void MAXQ30Simulator::onDataError(bool read, unsigned address)

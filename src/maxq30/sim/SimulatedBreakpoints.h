@@ -1,9 +1,9 @@
 // The breakpoints of a simulated target: the list in the order of setting, the tests of an access against
 // it, and the match that the current step has found.
 //
-// Every instruction is tested, so there is a short way around the list: `refresh` notes where code
-// breakpoints may match and whether data is watched at all. The records belong to the debugger, which
-// changes them behind our back; whoever lets it run calls `refresh` afterwards.
+// Every instruction and data access is tested, so there is a short way around the list: `refresh` notes
+// where code and data breakpoints may match. The records belong to the debugger, which changes them behind
+// our back; whoever lets it run calls `refresh` afterwards.
 #pragma once
 
 #include "debug/monitor/HBreakpoint.h"
@@ -28,24 +28,26 @@ public:
     void resetMatched() { m_matched = nullptr; }
 
     // False when matchCode would find nothing at this address.
-    bool mayMatchCode(uint32_t pc) const { return m_places[place(pc)]; }
+    bool mayMatchCode(uint32_t pc) const { return m_codePlaces[codePlace(pc)]; }
     // What mayMatchCode looks up, as a table by word address & placeMask(); it stays up to date.
-    const unsigned char* places() const { return m_places.data(); }
+    const unsigned char* places() const { return m_codePlaces.data(); }
     static constexpr unsigned placeMask() { return Places - 1; }
-    // False when matchData would change nothing.
-    bool mayMatchData() const { return m_data || m_matched; }
+    // False when no access of up to four bytes from this address can match.
+    bool mayMatchData(uint32_t address) const { return m_dataPlaces[dataPlace(address)]; }
     bool watchesRegisters() const { return !m_registers.empty(); }
     // Numbers of the registers that enabled breakpoints watch.
     const std::vector<unsigned>& registers() const { return m_registers; }
 
-    // The match of an access. A breakpoint that another one chains from only enables that one, and
-    // leaves no match.
+    // The match of an access, which replaces an earlier one. A breakpoint that another one chains from only
+    // enables that one, and leaves the earlier match as it is.
     void setMatched(HBreakpoint* breakpoint, unsigned address, unsigned data);
-    // The instruction at `pc` is about to execute.
+    // Of the following, the last match in the list stands, and one counts only if all records along its
+    // `next` link match the same access. What an access arms can match from the next access on.
+    // The instruction at `pc` is about to execute. Forgets an earlier match.
     void matchCode(uint32_t pc);
-    // A data access of `length` bytes, or one of a register. The last match in the list stands, if all
-    // records along its `next` link match as well.
+    // A data access of 1 or 2 bytes; one of four, which also matches by either half; one of a register.
     void matchData(unsigned address, unsigned length, unsigned value, bool read);
+    void matchLongData(unsigned address, unsigned value, bool read);
     void matchRegister(unsigned number, unsigned length, unsigned value, bool read);
 
     // The test of one breakpoint against a data access.
@@ -55,15 +57,27 @@ public:
 private:
     static constexpr unsigned Places = 4096;
     static constexpr unsigned LongestNoted = 64; // bytes; a longer range is tested at every instruction
-    static unsigned place(uint32_t address) { return address >> 1 & placeMask(); }
+    static constexpr unsigned LongestAccess = 4;
+    static constexpr unsigned LongestLink = 64; // records; longer ones never match
+    using PlaceTable = std::array<unsigned char, Places>;
+    static unsigned codePlace(uint32_t address) { return address >> 1 & placeMask(); }
+    static unsigned dataPlace(uint32_t address) { return address >> 2 & placeMask(); }
     void noteCode(const HBreakpoint* b);
+    void noteData(const HBreakpoint* b);
+    bool arms(const HBreakpoint* b) const;
+    void arm(const HBreakpoint* b);
+    template <class Test> HBreakpoint* lastMatch(const std::vector<HBreakpoint*>& list, Test&& test);
 
     std::vector<HBreakpoint*> m_list;
     HBreakpoint* m_matched = nullptr;
     unsigned m_matchedAddress = 0;
     unsigned m_matchedData = 0;
 
-    std::array<unsigned char, Places> m_places{}; // by the low bits of the word address
-    bool m_data = false;
+    // Noted by refresh(), of enabled breakpoints in the order of the list.
+    PlaceTable m_codePlaces{};
+    PlaceTable m_dataPlaces{};
+    std::vector<HBreakpoint*> m_code;
+    std::vector<HBreakpoint*> m_data;
     std::vector<unsigned> m_registers;
+    bool m_chains = false; // some breakpoint is to be armed by another
 };

@@ -7,15 +7,19 @@
 #include "target/TargetRegisterInterface.h"
 
 #include <QCoreApplication>
+#include <QElapsedTimer>
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 #include <vector>
 
 namespace {
 
 constexpr int SimulatorCapabilities = 0x2BF;
 constexpr unsigned RoundsBetweenEvents = 300;
+constexpr unsigned RoundsOfSlice = 10'000; // between looks at the clock
+constexpr qint64 SliceMilliseconds = 2;
 
 constexpr const char* ErrorTexts[SimulatedHMonitor::NoError] = {
     "Unsupported opcode",
@@ -49,6 +53,7 @@ SimulatedHMonitor::SimulatedHMonitor(const char* name, bool listAlignmentErrors,
     m_peripheralFile.setVisible(showPeripherals);
     m_enablePeripheralFile.setVisible(showPeripherals);
     m_traceBufferSizeClass.setRange(0, 655536);
+    QObject::connect(&m_slices, &QTimer::timeout, [this] { slice(); });
 }
 
 SimulatedHMonitor::~SimulatedHMonitor() = default;
@@ -78,6 +83,7 @@ void SimulatedHMonitor::clear()
     stop();
     m_enabledErrors.reset();
     m_lastErrorText.clear();
+    m_failure = nullptr;
     watchControlWord(0, nullptr);
 }
 
@@ -117,7 +123,7 @@ void SimulatedHMonitor::start(bool setPC, unsigned pc)
 {
     if (setPC)
         processor().setPC(pc);
-    go();
+    resume(false);
 }
 
 void SimulatedHMonitor::startDebugging(bool setPC, unsigned pc, bool stop)
@@ -127,13 +133,18 @@ void SimulatedHMonitor::startDebugging(bool setPC, unsigned pc, bool stop)
     if (stop)
         m_stopped = true;
     else
-        go();
+        resume(false);
 }
 
 void SimulatedHMonitor::step()
 {
+    TargetRegisterInterface& file = processor();
     m_breakpoints.refresh();
-    stepAt(processor().getPC());
+    m_breakpoints.resetMatched();
+    m_pendingError = NoError;
+    m_lastErrorText.clear();
+    m_controlWordWritten = false;
+    stepAt(file.getPC());
 }
 
 void SimulatedHMonitor::stepAt(unsigned pc)
@@ -163,51 +174,116 @@ void SimulatedHMonitor::stepWatchingRegisters()
     }
 }
 
+bool SimulatedHMonitor::isStopped()
+{
+    if (m_failure)
+        std::rethrow_exception(std::exchange(m_failure, nullptr));
+    return m_stopped;
+}
+
+void SimulatedHMonitor::setDebugSession(bool on)
+{
+    m_session = on;
+    if (!on)
+        m_slices.stop();
+}
+
+bool SimulatedHMonitor::watchStops(StopWatcher* watcher)
+{
+    m_stopWatcher = watcher;
+    return true;
+}
+
 void SimulatedHMonitor::go()
+{
+    resume(m_session || m_breakpoints.matched());
+}
+
+void SimulatedHMonitor::resume(bool passFirst)
 {
     processor();
     m_stopped = false;
+    m_passFirst = passFirst;
+    m_breakpoints.resetMatched();
     m_pendingError = NoError;
     m_lastErrorText.clear();
+    m_failure = nullptr;
+    if (m_asking) // in the middle of a run, which then goes on
+        return;
+    if (m_session) {
+        m_slices.start(0);
+        return;
+    }
     Bracket running([this] { m_stopped = true; }); // when a simulated peripheral fails, nothing executes
-    run();
+    run(true);
     running.dismiss();
 }
 
-void SimulatedHMonitor::run()
+// A failure must not go into the event loop, so it waits for whoever asks for the stop.
+void SimulatedHMonitor::slice()
 {
+    if (m_running) // whoever handles a request of the program may handle events as well
+        return;
+    if (!m_stopped) {
+        try {
+            run(false);
+        } catch (...) {
+            m_failure = std::current_exception();
+            m_stopped = true;
+        }
+    }
+    if (m_stopped)
+        m_slices.stop();
+}
+
+// Until the program stops, or for the length of a slice.
+void SimulatedHMonitor::run(bool blocking)
+{
+    Bracket running([this] { m_running = false; });
+    m_running = true;
     m_breakpoints.refresh();
     TargetRegisterInterface* file = registers();
-    unsigned untilEvents = RoundsBetweenEvents - m_loopCount % RoundsBetweenEvents;
+    QElapsedTimer time;
+    time.start();
+    auto roundsToPause = [&] {
+        return blocking ? RoundsBetweenEvents - m_loopCount % RoundsBetweenEvents : RoundsOfSlice;
+    };
+    unsigned untilPause = roundsToPause();
     while (true) {
         checkIRQ();
         ++m_loopCount;
-        if (--untilEvents == 0) [[unlikely]] {
-            QCoreApplication::processEvents();
-            // An event may have done anything a debugger does: edited breakpoints, reset, disconnected.
-            untilEvents = RoundsBetweenEvents - m_loopCount % RoundsBetweenEvents;
-            m_breakpoints.refresh();
-            file = registers();
+        if (--untilPause == 0) [[unlikely]] {
+            if (blocking) {
+                QCoreApplication::processEvents();
+                // An event may have done anything a debugger does: edited breakpoints, reset, disconnected.
+                m_breakpoints.refresh();
+                file = registers();
+            } else if (time.hasExpired(SliceMilliseconds)) {
+                return;
+            }
+            untilPause = roundsToPause();
         }
         if (m_stopped)
             return;
 
         unsigned pc = file->getPC();
-        if (m_breakpoints.matched()) [[unlikely]] {
+        if (std::exchange(m_passFirst, false)) [[unlikely]] {
             m_breakpoints.resetMatched();
         } else if (m_breakpoints.mayMatchCode(pc)) [[unlikely]] {
             m_breakpoints.matchCode(pc);
             evaluateMatch();
             if (m_stopped)
                 return;
+            m_passFirst = false; // that is this instruction
         }
 
         stepAt(pc);
         if (endsAfterStep())
             return;
-        // Rounds in which nothing but a step can happen are done in one go, up to the next events.
-        if (untilEvents > 1 && canRunAhead() && !m_traceEnabled && !m_breakpoints.watchesRegisters()) {
-            untilEvents -= stepAhead(untilEvents - 1);
+        // Rounds in which nothing but a step can happen are done in one go, up to the next pause.
+        if (untilPause > 1 && canRunAhead() && !m_passFirst && !m_traceEnabled &&
+            !m_breakpoints.watchesRegisters()) {
+            untilPause -= stepAhead(untilPause - 1);
             if (endsAfterStep())
                 return;
         }
@@ -274,16 +350,38 @@ void SimulatedHMonitor::stop()
 
 void SimulatedHMonitor::evaluateMatch()
 {
-    const HBreakpoint* b = m_breakpoints.matched();
+    HBreakpoint* b = m_breakpoints.matched();
     if (!b)
         return;
     if (b->action == StopAction) {
-        m_stopped = true;
+        m_stopped = !goesOnAfterMatch(b);
+        if (!m_stopped) {
+            m_breakpoints.resetMatched();
+            m_passFirst = true;
+        }
         return;
     }
     if (b->action == TraceAction)
         addToInstructionTrace(matchedAddress(), matchedData());
     m_breakpoints.resetMatched();
+}
+
+// The watcher sees the target stopped, as it would be if it were polled. One that lets it go by itself
+// has decided, whatever it returns.
+bool SimulatedHMonitor::goesOnAfterMatch(HBreakpoint* matched)
+{
+    if (matched->count > 0) {
+        --matched->count;
+        return true;
+    }
+    if (!m_stopWatcher || m_asking)
+        return false;
+    Bracket asking([this] { m_asking = false; });
+    m_asking = true;
+    m_stopped = true;
+    bool goesOn = m_stopWatcher->goesOn() || !m_stopped;
+    m_breakpoints.refresh();
+    return goesOn && m_connected;
 }
 
 bool SimulatedHMonitor::stopsOnPendingError()

@@ -2,8 +2,9 @@
 // records a trace and counts executions; it knows nothing of the processor, which a derived class brings
 // in by the pure operations.
 //
-// go() blocks its caller until the program stops; events are handled once in 300 instructions, so a
-// stop() from an event reaches the loop.
+// Outside of a debug session go() blocks its caller until the program stops; events are handled once in
+// 300 instructions, so a stop() from an event reaches the loop. In a session go() comes back at once, and the
+// event loop carries the program on in slices of about two milliseconds.
 #pragma once
 
 #include "debug/monitor/HMonitor.h"
@@ -13,8 +14,10 @@
 #include "sim/maxqsim.h"
 
 #include <QByteArray>
+#include <QTimer>
 
 #include <bitset>
+#include <exception>
 
 class SimulatedHMonitor : public HMonitor {
 public:
@@ -38,12 +41,17 @@ public:
     // TargetInterface.
     void disconnect() override;
     bool isConnected() const override { return m_connected; }
-    bool isStopped() override { return m_stopped; }
+    // Throws, once, what a slice of the program failed with.
+    bool isStopped() override;
     unsigned cycleCount() const override { return m_connected ? m_cycleCount : 0; }
     void reset(bool stop, bool loader) override;
+    // In a debug session the instruction at the pc executes before breakpoints are tested; outside, it
+    // does when the program stands at a breakpoint that has matched.
     void go() override;
+    // Tests the first instruction as well.
     void start(bool setPC, unsigned pc) override;
-    // One instruction, without a breakpoint test.
+    // One instruction, without a breakpoint test before it. A match of its data accesses is kept, what was
+    // before it is forgotten.
     void step() override;
     void stop() override;
     void clear() override;
@@ -51,6 +59,9 @@ public:
     void getProperties(PropertyValueList& list) override;
 
     // HMonitor.
+    void setDebugSession(bool on) override;
+    bool runsOnEvents() const override { return m_session && !m_stopped; }
+    // Tests the first instruction as well.
     void startDebugging(bool setPC, unsigned pc, bool stop) override;
     int numErrors() override { return m_listAlignmentErrors ? 8 : 6; }
     const char* getError(int error) override { return ErrorToStr(Error(error)); }
@@ -61,6 +72,7 @@ public:
     // True, also for one that was never set.
     bool removeBreakpoint(HBreakpoint* breakpoint) override;
     HBreakpoint* matched() override { return m_breakpoints.matched(); }
+    bool watchStops(StopWatcher* watcher) override;
     bool canChain() override { return true; }
     int numTriggers() override { return 4; }
     const char* getTrigger(int trigger) override;
@@ -127,8 +139,13 @@ public:
     void matchDataBreakPoint(unsigned int address, unsigned int length, unsigned int value, bool read)
     {
         m_breakpoints.matchData(address, length, value, read);
-        if (m_breakpoints.matched())
-            interruptRun();
+        interruptOnMatch();
+    }
+    // Of four bytes.
+    void matchLongDataBreakPoint(unsigned int address, unsigned int value, bool read)
+    {
+        m_breakpoints.matchLongData(address, value, read);
+        interruptOnMatch();
     }
     bool matchDataBreakPoint(HBreakpoint* b, unsigned int address, unsigned int length, unsigned int value,
                              bool read)
@@ -143,8 +160,8 @@ public:
 protected:
     // What the processor's callbacks report. The text is for a MiscError.
     void setPendingError(Error error, unsigned address, const char* text = nullptr);
-    // False when a data access cannot match, so that it need not be looked at.
-    bool watchesData() const { return m_breakpoints.mayMatchData(); }
+    // False when a data access of up to four bytes cannot match, so that it need not be looked at.
+    bool mayMatchData(unsigned address) const { return m_breakpoints.mayMatchData(address); }
     PeripheralSimulator* peripherals() { return m_peripherals.get(); }
     // Of every write to data memory. The watcher is called behind the instruction, which may write more.
     void dataWritten(unsigned address, unsigned value)
@@ -158,13 +175,21 @@ private:
 
     // Throws HException while there is no processor.
     TargetRegisterInterface& processor();
-    void run();
+    void resume(bool passFirst);
+    void slice();
+    void run(bool blocking);
     void stepAt(unsigned pc);
     unsigned stepAhead(unsigned maximum);
     bool endsAfterStep();
     void interruptRun() { m_ahead.interrupted = true; }
+    void interruptOnMatch()
+    {
+        if (m_breakpoints.matched())
+            interruptRun();
+    }
     void stepWatchingRegisters();
     void evaluateMatch();
+    bool goesOnAfterMatch(HBreakpoint* matched);
     bool stopsOnPendingError();
     void controlWordWritten();
 
@@ -194,6 +219,14 @@ private:
     uint32_t m_controlWord = NoControlWord;
     ControlWordWatcher* m_watcher = nullptr;
     bool m_controlWordWritten = false; // by the current step
+
+    bool m_session = false;
+    bool m_running = false;   // a run or slice is under way
+    bool m_passFirst = false; // the next instruction executes without a test
+    StopWatcher* m_stopWatcher = nullptr;
+    bool m_asking = false; // the watcher is being asked
+    QTimer m_slices;
+    std::exception_ptr m_failure; // of a slice, until it is told
 
     MAXQSIMRunAhead m_ahead{}; // the steps that are being done in one call
     unsigned m_loopCount = 0;

@@ -121,7 +121,7 @@ struct DownloadEngine::Pass {
     }
 };
 
-DownloadEngine::DownloadEngine(DownloadTarget& target, TargetInterfaceHelperFunctions& helpers)
+DownloadEngine::DownloadEngine(DownloadTarget& target, TargetInterfaceHelperFunctions* helpers)
     : m_target(target), m_helpers(helpers)
 {
 }
@@ -141,11 +141,11 @@ void DownloadEngine::asLoad(const QString& title, const Operation& operation, Bo
     const char* outcome = " failed";
     Bracket report([&] {
         QString text = QLatin1String(operation.name) + QLatin1String(outcome);
-        m_helpers.message(text, FailureLevel);
-        m_helpers.endGroup(text);
+        m_helpers->message(text, FailureLevel);
+        m_helpers->endGroup(text);
     });
     Bracket load([&] { m_target.loadEnd(); });
-    m_helpers.beginGroup(title, GroupCount);
+    m_helpers->beginGroup(title, GroupCount);
     try {
         body();
     } catch (const OperationCancelled&) {
@@ -153,7 +153,7 @@ void DownloadEngine::asLoad(const QString& title, const Operation& operation, Bo
         throw;
     }
     report.dismiss();
-    m_helpers.endGroup(QString());
+    m_helpers->endGroup(QString());
     load.end();
 }
 
@@ -178,12 +178,12 @@ QString DownloadEngine::title(const Operation& operation, const char* name) cons
 
 bool DownloadEngine::differential(const TargetMemoryInterface& memory) const
 {
-    return m_helpers.differentialDownloadEnabled() && memory.supportsDifferentialDownloading();
+    return m_helpers->differentialDownloadEnabled() && memory.supportsDifferentialDownloading();
 }
 
 void DownloadEngine::checkCancelled(const Operation& operation)
 {
-    if (operation.cancellable && m_helpers.checkCancelled())
+    if (operation.cancellable && m_helpers->checkCancelled())
         throw OperationCancelled(std::string(operation.name) + " cancelled");
 }
 
@@ -195,7 +195,7 @@ void DownloadEngine::sectionMessage(const Operation& operation, const QString& n
     text += name.isEmpty() ? QLatin1String("addresses ") : name + QLatin1String(" addresses ");
     text += m_target.addressString(address) + QLatin1String(" -- ") +
             m_target.addressString(length ? address + (length - 1) : address);
-    m_helpers.message(text);
+    m_helpers->message(text);
 }
 
 void DownloadEngine::open(Pass& pass, const Operation& operation, uint64_t total)
@@ -204,20 +204,20 @@ void DownloadEngine::open(Pass& pass, const Operation& operation, uint64_t total
     pass.done = 0;
     pass.total = total;
     if (total > 0)
-        m_helpers.progress(0, progressCount(total), operation.label, "bytes", true);
+        m_helpers->progress(0, progressCount(total), operation.label, "bytes", true);
 }
 
 void DownloadEngine::advance(Pass& pass, uint64_t bytes)
 {
     pass.done += bytes;
-    m_helpers.progress(progressCount(pass.done), -1, nullptr, nullptr, true);
+    m_helpers->progress(progressCount(pass.done), -1, nullptr, nullptr, true);
 }
 
 // What was skipped still counts as done.
 void DownloadEngine::close(Pass& pass)
 {
     if (pass.done < pass.total)
-        m_helpers.progress(progressCount(pass.total), -1, nullptr, nullptr, true);
+        m_helpers->progress(progressCount(pass.total), -1, nullptr, nullptr, true);
     pass.done = pass.total;
 }
 
@@ -361,7 +361,7 @@ bool DownloadEngine::verifyLoadFile(LoadFileInterface* file, const char* name, b
             close(pass);
         });
         if (!m_verifyMismatch.isEmpty())
-            m_helpers.message(QStringLiteral("Verify failed"), FailureLevel);
+            m_helpers->message(QStringLiteral("Verify failed"), FailureLevel);
     });
     return m_verifyMismatch.isEmpty();
 }
@@ -384,16 +384,16 @@ void DownloadEngine::uploadLoadFile(LoadFileInterface* file, const char* name, L
             for (const auto& section : pass.sections(file))
                 uploadSection(pass, *section, result);
         }
-        m_helpers.message(QStringLiteral("Upload complete"));
+        m_helpers->message(QStringLiteral("Upload complete"));
     });
 }
 
 void DownloadEngine::uploadSection(Pass& pass, const LoadFileSectionInterface& section,
                                    LoadFileSections& result)
 {
-    m_helpers.message(QStringLiteral("uploading section %1: size 0x%2, addr 0x%3")
-                          .arg(QString::fromStdString(section.name()), QString::number(section.length(), 16),
-                               QString::number(section.address(), 16)));
+    m_helpers->message(QStringLiteral("uploading section %1: size 0x%2, addr 0x%3")
+                           .arg(QString::fromStdString(section.name()), QString::number(section.length(), 16),
+                                QString::number(section.address(), 16)));
     auto uploaded = std::make_unique<UploadLoadFileSection>(section);
     pass.buffer = uploaded->buffer();
     walk(pass, {section.address(), section.length(), nullptr});
@@ -422,9 +422,9 @@ void DownloadEngine::forAllMemory(const Operation& operation, WholeMemory act)
             checkCancelled(operation);
             std::string label =
                 std::string(operation.label) + " entire " + (pass.ee ? "EEPROM" : "FLASH") + " memory";
-            m_helpers.progress(0, WholeMemorySteps, label.c_str(), nullptr, true);
+            m_helpers->progress(0, WholeMemorySteps, label.c_str(), nullptr, true);
             (pass.memory.*act)();
-            m_helpers.progress(WholeMemorySteps, -1, nullptr, nullptr, true);
+            m_helpers->progress(WholeMemorySteps, -1, nullptr, nullptr, true);
         });
     });
 }

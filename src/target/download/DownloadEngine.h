@@ -39,7 +39,7 @@ protected:
 class DownloadEngine {
 public:
     // Neither is owned, and both outlive the engine.
-    DownloadEngine(DownloadTarget& target, TargetInterfaceHelperFunctions& helpers);
+    DownloadEngine(DownloadTarget& target, TargetInterfaceHelperFunctions* helpers);
 
     // A load begins that is in no other: nothing is erased yet.
     void forgetErased();
@@ -105,7 +105,7 @@ private:
     void forRange(const Operation& operation, uint32_t address, unsigned count, int memory);
 
     DownloadTarget& m_target;
-    TargetInterfaceHelperFunctions& m_helpers;
+    TargetInterfaceHelperFunctions* m_helpers;
     AddressRanges m_touched[2]; // erased during the running load: code memory, EEPROM
     QString m_verifyMismatch;
 };
