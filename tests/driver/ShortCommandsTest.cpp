@@ -69,8 +69,8 @@ TEST(ShortCommands, StandForCalls)
 TEST(ShortCommands, ScriptsGoFirst)
 {
     Words words;
-    for (const char* line : {"p(1)", "p = 1", "p= 1", "p.x", "p[1]", "n++", "x/=2", "s-1",
-                             "print x", "bb 1", "Debug.go()", "P x", "c;", "b=1"})
+    for (const char* line : {"p(1)", "p = 1", "p= 1", "p.x", "p[1]", "n++", "x/=2", "s-1", "print x", "bb 1",
+                             "Debug.go()", "P x", "c;", "b=1"})
         EXPECT_EQ(words(line), line);
     words.defined = {"n", "x"};
     EXPECT_EQ(words("n"), "n");

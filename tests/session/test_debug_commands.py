@@ -111,39 +111,43 @@ class Commands(SessionTest):
 
     def test_scripts_get_real_values(self):
         self.says("""
-            var o = Debug.evaluate("origin");
-            Debug.echo(o.x + o.y + " " + o.level + " " + typeof Debug.evaluate("count"));
-            Debug.echo(Debug.evaluate("table").join("+") + " " + Debug.evaluate("table").length);
-            Debug.echo(Debug.evaluate("text") + Debug.evaluate("name") + Debug.evaluate("real"));
-            Debug.echo(Debug.evaluate("count == 0") + " " + Debug.evaluate("") + " " + Debug.getlinenumber());
-            Debug.set("table[0]", 10); Debug.set("origin.level", 3); Debug.set("real", 1.5); Debug.set("@A[4]", "table[3]");
-            Debug.echo([Debug.evaluate("table[0]"), Debug.evaluate("origin.level"), Debug.evaluate("real"),
-                        Debug.evaluate("@A[4]"), Debug.evaluate("table[1] = 5") + Debug.evaluate("table[1]")].join());
-            Debug.assert(Debug.evaluate("table[0]") == 10, "written")""",
-                  ["-1 5 number", "1+2+3+4 4", "heyhey2.5", f"true undefined {line('PUSH')}", "10,3,1.5,4,10"])
+            function all(list) { var s = ""; for (var i = 0; i < list.length; i++) s += list[i] + " "; return s; }
+            function value(expression) { return Debug.evaluate(expression); }
+            var o = value("origin");
+            Debug.echo(o.x + o.y + " " + o.level + " " + typeof value("count"));
+            Debug.echo(all(value("table")) + value("table").length);
+            Debug.echo(value("text") + value("name") + value("real"));
+            Debug.echo(value("count == 0") + " " + value("") + " " + Debug.getlinenumber());
+            Debug.set("table[0]", 10); Debug.set("origin.level", 3); Debug.set("real", 1.5);
+            Debug.set("@A[4]", "table[3]");
+            Debug.echo(all([value("table[0]"), value("origin.level"), value("real"), value("@A[4]"),
+                            value("table[1] = 5") + value("table[1]")]));
+            Debug.assert(value("table[0]") == 10, "written")""",
+                  ["-1 5 number", "1 2 3 4 4", "heyhey2.5", f"true undefined {line('PUSH')}", "10 3 1.5 4 10 "])
 
     def test_breakpoints_of_every_kind(self):
         n = line("MOVE    @DP[0].L, A[0]")
         add = line("ADD     A[1]")
-        code, data = f"{n}:\t        MOVE    @DP[0].L, A[0]", line("MOVE    A[0], A[4]", )
+        here, behind, there = (f"{i}:\t{PROGRAM.splitlines()[i - 1]}" for i in (n, n + 1, add))
         self.says(f"""
             function run() {{ Debug.go(); return Debug.wait(10000); }}
             var first = Debug.breakline("program.s", {n}, false, 2);
             Debug.echo(first + " " + Debug.breakline("program.s", {n + 1}, true) + " " + run());
             Debug.echo(run()); Debug.print("count", "d"); Debug.deletebreak(first);
-            var watch = Debug.breakexpr("count == 6"); Debug.echo(watch + " " + run()); Debug.print("count", "d");
+            var watch = Debug.breakexpr("count == 4"); Debug.echo(watch + " " + run()); Debug.print("count", "d");
             Debug.enablebreak(watch, false);
             var off = Debug.breakexpr("twice", false, 1, false), on = Debug.breakline("{self.source}", {add});
-            Debug.chainbreak(on, watch); Debug.showbreak(off); Debug.deletebreak(77);
-            Debug.echo(run() == on); Debug.print("number", "d"); Debug.where(); Debug.stepout(); Debug.wait(10000);
+            var armed = Debug.breakline("program.s", {n + 1}); Debug.chainbreak(on, armed);
+            Debug.showbreak(off); Debug.deletebreak(77);
+            Debug.echo(run() == armed); Debug.chainbreak(0, armed); Debug.echo(run() == on);
+            Debug.print("number", "d"); Debug.where(); Debug.stepout(); Debug.wait(10000);
             Debug.deletebreak(0); Debug.showbreak(0); Debug.echo(Debug.breakexpr("main"))""",
-                  [f"{n + 1}:\t        MOVE    A[0], A[4]", "1 undefined 0", code, "1", "count=0",
-                   f"{n + 1}:\t        MOVE    A[0], A[4]", "2 2", "count=6",
-                   f"3) twice 0x{self.address('twice'):x}", f"{add}:\t        ADD     A[1]", "true", "number=4",
+                  [behind, "1 undefined 0", here, "1", "count=0", behind, "2 2", "count=4",
+                   f"3) twice 0x{self.address('twice'):x}", behind, "true", there, "true", "number=4",
                    f"0) twice(int number=0x00000004)\t{self.source}:{add}",
                    f"1) main()\t{self.source}:{line('CALL    twice')}",
                    f"2) start()\t{EXAMPLES}/lib/crt.s:{self.crt_call()}",
-                   f"{line('MOVE    DP[0], #count')}:\t        MOVE    DP[0], #count", "5"])
+                   f"{line('MOVE    DP[0], #count')}:\t        MOVE    DP[0], #count", "6"])
 
     def crt_call(self):
         rows = (EXAMPLES / "lib" / "crt.s").read_text().splitlines()
@@ -154,7 +158,7 @@ class Commands(SessionTest):
         self.says(f"""
             function step(how) {{ how(); Debug.wait(10000); }}
             for (var i = 0; i < 3; i++) step(function() {{ Debug.stepover(); }});
-            step(function() {{ Debug.stepinto(); }}); Debug.printlocals(); Debug.locate(1); Debug.printlocals();
+            step(function() {{ Debug.stepinto(); }}); Debug.locate(1); Debug.printlocals();
             Debug.locate(0); Debug.list(1, 1); Debug.setmode("disassembly"); Debug.setmode("source");
             Debug.setnext("program.s", {call - 1}); Debug.echo(Debug.getfilename())""",
                   [f"{call - 2}:\t        MOVE    A[4], #0", f"{call - 1}:\t.next:  MOVE    A[0], A[4]",
@@ -162,7 +166,7 @@ class Commands(SessionTest):
                    f"{call}:\t        CALL    twice", "index=0x00000000",
                    f"{line('MOVE    A[1], A[0]')}:\t        MOVE    A[1], A[0]"]
                   + [f"{i}:\t{PROGRAM.splitlines()[i - 1]}" for i in range(call + 14, call + 17)]
-                  + ["\t    ", f"{line('MOVE    A[1], A[0]')}:\t        MOVE    A[1], A[0]",
+                  + ["\t    9909                MOVE\tA[1], A[0]", f"{line('MOVE    A[1], A[0]')}:\t        MOVE    A[1], A[0]",
                      f"{call - 1}:\t.next:  MOVE    A[0], A[4]", str(self.source)])
 
     def test_memory_trace_and_counts(self):
