@@ -1,5 +1,7 @@
 #include "board/Processor.h"
 
+#include "sim/RegisterFile.h"
+
 #include <algorithm>
 #include <cassert>
 
@@ -113,6 +115,7 @@ void Processor::breakpointsChanged()
         watching =
             std::any_of(m_data.begin(), m_data.end(), [](uint32_t address) { return address != UnusedData; });
     }
+    m_core.setStops(m_stops);
     m_idle = false;
     // Callbacks slow the core down, so they are there only when somebody listens.
     if (watching != m_watching) {
@@ -136,7 +139,7 @@ void Processor::run(uint64_t maximum)
     if (m_state != State::Running || m_idle || !maximum)
         return;
     m_watchHit = false;
-    uint64_t done = m_core.run(maximum, m_stops);
+    uint64_t done = m_core.run(maximum);
     if (m_watchHit || (done && isAtBreakpoint())) {
         m_state = State::Stopped;
         return;
@@ -175,7 +178,7 @@ void Processor::lookForIdleLoop()
     std::vector<uint32_t> registers = allRegisters(m_core);
     std::vector<uint8_t> data = allData(m_core);
     for (unsigned i = 0; i < limits::IdleLoopSteps; ++i) {
-        m_core.run(1, m_stops);
+        m_core.run(1);
         if (m_watchHit || isAtBreakpoint()) {
             m_state = State::Stopped;
             return;

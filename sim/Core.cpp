@@ -16,29 +16,33 @@ bool inside(uint32_t address, uint32_t length, uint32_t size)
     return address <= size && length <= size - address;
 }
 
-bool isAmong(uint32_t word, std::span<const uint32_t> words)
-{
-    return std::find(words.begin(), words.end(), word) != words.end();
-}
-
 } // namespace
 
 Core::Core(uint32_t codeBytes, uint32_t dataBytes) : m_machine(codeBytes, dataBytes) {}
 
 void Core::setCallBacks(MAXQSIMCallBacks* callBacks)
 {
-    setCallBacks(nullptr, 0);
-    m_machine.events = callBacks;
+    setCallBacks(callBacks, nullptr, nullptr);
 }
 
 void Core::setCallBacks(MAXQSIMExtendedCallBacks* callBacks, unsigned features)
 {
-    m_machine.events = callBacks;
-    m_machine.longEvents = features & MAXQSIM_LongDataAccesses ? callBacks : nullptr;
-    m_machine.peripherals = features & MAXQSIM_Peripherals ? callBacks : nullptr;
-    // What was decoded for a window of the other kind no longer holds.
-    m_machine.forget(0, m_machine.codeWords);
-    m_machine.updateAttention();
+    setCallBacks(callBacks, features & MAXQSIM_LongDataAccesses ? callBacks : nullptr,
+                 features & MAXQSIM_Peripherals ? callBacks : nullptr);
+}
+
+void Core::setCallBacks(MAXQSIMCallBacks* events, MAXQSIMExtendedCallBacks* longEvents,
+                        MAXQSIMExtendedCallBacks* peripherals)
+{
+    m_machine.events = events;
+    m_machine.longEvents = longEvents;
+    if (m_machine.peripherals != peripherals) {
+        // What was decoded for a window of the other kind no longer holds.
+        m_machine.peripherals = peripherals;
+        m_machine.forget(0, m_machine.codeWords);
+        m_pollAt = m_steps + limits::PeripheralPollInterval - 1;
+    }
+    m_machine.updateWatched();
 }
 
 bool Core::openTrace(const std::string& fileName)
@@ -55,63 +59,63 @@ void Core::closeTrace()
 void Core::reset()
 {
     m_machine.reset();
-    m_pollCount = 0;
+    m_pollAt = m_steps + limits::PeripheralPollInterval - 1;
 }
 
 unsigned Core::step()
 {
     Machine& m = m_machine;
-    if (m.attention || m_trace) [[unlikely]]
-        return stepWithAttention();
-    const Op* op = m.next;
-    if (!op->run) [[unlikely]]
-        m.decode(op);
-    unsigned cycles = op->cycles;
-    m_cycles += cycles;
-    const Op* following = op->run(m, op);
-    // A callback may have set IP; it then goes on from there.
-    if (m.next == op) [[likely]]
-        m.next = following;
-    return cycles;
+    m.stopRequested = false;
+    uint64_t before = m.cycles;
+    advance(m_steps + 1);
+    return unsigned(m.cycles - before);
 }
 
-// A step when it may be something other than the next instruction, or has to be written down.
-unsigned Core::stepWithAttention()
+// At least one step, up to the number `end`: entries into interrupts are steps of their own, and so is each
+// instruction while a trace is written.
+void Core::advance(uint64_t end)
 {
     Machine& m = m_machine;
-    if (m.stopRequested) {
-        m.stopRequested = false;
+    if (m.peripherals) {
+        if (m_steps >= m_pollAt)
+            pollPeripherals();
+        end = std::min(end, m_pollAt);
+    }
+    if (m.attention)
         m.updateAttention();
-    }
-    if (m.peripherals && ++m_pollCount >= limits::PeripheralPollInterval) {
-        m_pollCount = 0;
-        uint32_t pending = m.regs[reg::IIR];
-        uint32_t polled = m.peripherals->onPollForInterrupts(pending & PeripheralRequests);
-        m.writeRegister(reg::IIR, (pending & ~PeripheralRequests) | (polled & PeripheralRequests));
-    }
     if (m.interruptDue()) {
-        if (m_trace)
-            m_trace->interrupt(m);
-        m.push(m.ip());
-        m.regs[reg::IC] |= InterruptInService;
-        m.next = m.at(m.regs[reg::IV]);
-        m.updateAttention();
-        m_cycles += InterruptEntryCycles;
-        return InterruptEntryCycles;
+        enterInterrupt();
+    } else if (m_trace) {
+        m.decodeNext();
+        m_trace->before(m, *m.next);
+        m.execute(1, m_steps);
+        if (!m_trace->after(m))
+            giveUpTrace();
+    } else {
+        m.execute(end - m_steps, m_steps);
     }
-    const Op* op = m.next;
-    if (!op->run)
-        m.decode(op);
-    unsigned cycles = op->cycles;
-    m_cycles += cycles;
+}
+
+void Core::pollPeripherals()
+{
+    Machine& m = m_machine;
+    m_pollAt = m_steps + limits::PeripheralPollInterval;
+    uint32_t pending = m.regs[reg::IIR];
+    uint32_t polled = m.peripherals->onPollForInterrupts(pending & PeripheralRequests);
+    m.writeRegister(reg::IIR, (pending & ~PeripheralRequests) | (polled & PeripheralRequests));
+}
+
+void Core::enterInterrupt()
+{
+    Machine& m = m_machine;
     if (m_trace)
-        m_trace->before(m, *op);
-    const Op* following = op->run(m, op);
-    if (m.next == op)
-        m.next = following;
-    if (m_trace && !m_trace->after(m))
-        giveUpTrace();
-    return cycles;
+        m_trace->interrupt(m);
+    m.push(m.ip());
+    m.regs[reg::IC] |= InterruptInService;
+    m.next = m.at(m.regs[reg::IV]);
+    m.updateAttention();
+    m.cycles += InterruptEntryCycles;
+    ++m_steps;
 }
 
 void Core::giveUpTrace()
@@ -128,62 +132,46 @@ void Core::flushTrace()
         giveUpTrace();
 }
 
-template <bool WithStops> uint64_t Core::runPlain(uint64_t maximum, std::span<const uint32_t> stops)
-{
-    Machine& m = m_machine;
-    std::vector<const Op*> places;
-    for (uint32_t word : stops)
-        if (word < m.codeWords)
-            places.push_back(&m.ops[word]);
-    const Op* const* placesEnd = places.data() + places.size();
-    uint64_t left = maximum;
-    uint64_t cycles = 0;
-    const Op* op = m.next;
-    do {
-        if (!op->run) [[unlikely]]
-            m.decode(op);
-        cycles += op->cycles;
-        m.next = op;
-        const Op* following = op->run(m, op);
-        if (m.next != op) [[unlikely]]
-            following = m.next;
-        op = following;
-        --left;
-        if constexpr (WithStops) {
-            const Op* const* place = places.data();
-            while (place != placesEnd && *place != op)
-                ++place;
-            if (place != placesEnd)
-                break;
-        }
-    } while (left && !m.attention);
-    m.next = op;
-    m_cycles += cycles;
-    return maximum - left;
-}
-
-uint64_t Core::run(uint64_t maximum, std::span<const uint32_t> stops)
+void Core::runTo(uint64_t end, bool fromStop)
 {
     Machine& m = m_machine;
     m.stopRequested = false;
-    m.updateAttention();
-    uint64_t done = 0;
-    while (done < maximum && !m.stopRequested) {
-        if (done && isAmong(m.ip(), stops))
-            break;
-        if (m.attention || m_trace) {
-            step();
-            ++done;
-        } else if (stops.empty()) {
-            done += runPlain<false>(maximum - done, stops);
-        } else {
-            done += runPlain<true>(maximum - done, stops);
-        }
+    while (m_steps < end && !m.stopRequested && (fromStop || !m.isStop(m.ip()))) {
+        advance(end);
+        fromStop = false;
     }
     m.stopRequested = false;
     m.updateAttention();
     flushTrace();
-    return done;
+}
+
+uint64_t Core::run(uint64_t maximum)
+{
+    uint64_t before = m_steps;
+    runTo(before + std::min(maximum, UINT64_MAX - before), true);
+    return m_steps - before;
+}
+
+void Core::run(MAXQSIMRun& run)
+{
+    struct Account { // also when a callback throws
+        ~Account()
+        {
+            run.steps = core.m_steps - steps;
+            run.cycles = core.cycles() - cycles;
+            run.atStop = core.m_machine.isStop(core.ip());
+        }
+        Core& core;
+        MAXQSIMRun& run;
+        uint64_t steps = core.m_steps;
+        uint64_t cycles = core.cycles();
+    } account{*this, run};
+    runTo(m_steps + std::min<uint64_t>(run.maximum, UINT64_MAX - m_steps), run.fromStop);
+}
+
+MAXQSIMCount Core::count(uint32_t word)
+{
+    return word < m_machine.codeWords ? m_machine.counts()[word] : MAXQSIMCount{};
 }
 
 void Core::runAhead(MAXQSIMRunAhead& run)

@@ -10,6 +10,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <vector>
 
 namespace maxq30 {
 
@@ -30,16 +31,29 @@ public:
     // Registers to their reset state; memories and counts of time stay.
     void reset();
 
-    // One instruction, or the entry into an interrupt; answers its cycles.
+    // One instruction, or the entry into an interrupt; returns its cycles.
     unsigned step();
-    // At most `maximum` steps; answers how many were done. Stops early when requestStop was called in
-    // one of them, and before an instruction at one of the word addresses in `stops`, other than the
-    // first instruction. A handful of stops costs little; more cost more.
-    uint64_t run(uint64_t maximum, std::span<const uint32_t> stops = {});
-    // The same for the users of maxqsim.h.
+    // At most `maximum` steps; returns how many were done. Ends early behind a step in which requestStop was
+    // called, and before an instruction at a stop, other than the first instruction.
+    uint64_t run(uint64_t maximum);
+    // For the users of maxqsim.h.
+    void run(MAXQSIMRun& run);
     void runAhead(MAXQSIMRunAhead& run);
     // For callbacks: the current run ends behind this instruction.
     void requestStop();
+    // Word addresses where runs end. Any number costs nothing during a run.
+    void setStops(std::span<const uint32_t> words) { m_machine.setStops(words); }
+    // Of the data accesses only those that touch one of the ranges are told from now on; or all again.
+    void tellAccesses(std::vector<MAXQSIMDataRange> ranges)
+    {
+        m_machine.setDataRanges(std::move(ranges), false);
+    }
+    void tellAllAccesses() { m_machine.setDataRanges({}, true); }
+
+    // Executions of the instruction at a word address, and how often a jump was taken there. A run between
+    // two calls costs the time to go through the code.
+    MAXQSIMCount count(uint32_t word);
+    void resetCounts() { m_machine.resetCounts(); }
 
     // False, and nothing is changed, when part of the range lies outside. Data reads may also reach the
     // code memory through its window at limits::CodeWindow.
@@ -57,18 +71,22 @@ public:
     uint32_t codeBytes() const { return m_machine.codeWords * 2; }
     uint32_t dataBytes() const { return m_machine.dataBytes; }
     // Since construction.
-    uint64_t cycles() const { return m_cycles; }
+    uint64_t cycles() const { return m_machine.cycles; }
 
 private:
-    unsigned stepWithAttention();
+    void setCallBacks(MAXQSIMCallBacks* events, MAXQSIMExtendedCallBacks* longEvents,
+                      MAXQSIMExtendedCallBacks* peripherals);
+    void advance(uint64_t end);
+    void runTo(uint64_t end, bool fromStop);
+    void enterInterrupt();
+    void pollPeripherals();
     void flushTrace();
     void giveUpTrace();
-    template <bool WithStops> uint64_t runPlain(uint64_t maximum, std::span<const uint32_t> stops);
 
     Machine m_machine;
     std::unique_ptr<TraceFile> m_trace;
-    uint64_t m_cycles = 0;
-    unsigned m_pollCount = 0;
+    uint64_t m_steps = 0; // since construction
+    uint64_t m_pollAt = limits::PeripheralPollInterval - 1;
 };
 
 } // namespace maxq30

@@ -44,7 +44,7 @@ constexpr Access throughPointer(unsigned pointer, uint8_t width, int direction)
 }
 
 // By index; entries that are registers, or nothing, stay None.
-constexpr Access frameAccesses[11] = {
+constexpr Access FrameAccesses[11] = {
     {},
     throughFrame(1, 1),
     throughFrame(1, -1),
@@ -60,7 +60,7 @@ constexpr Access frameAccesses[11] = {
 
 // For DP[0], by index; DP[1] follows in the same order ten indexes on.
 constexpr unsigned PointerIndexes = 10;
-constexpr Access pointerAccesses[PointerIndexes] = {
+constexpr Access PointerAccesses[PointerIndexes] = {
     throughPointer(0, 1, 0), throughPointer(0, 1, 1),  throughPointer(0, 1, -1), {},
     throughPointer(0, 2, 1), throughPointer(0, 2, -1), throughPointer(0, 4, 1),  throughPointer(0, 4, -1),
     throughPointer(0, 2, 0), throughPointer(0, 4, 0),
@@ -70,10 +70,10 @@ Access memoryAccess(unsigned number)
 {
     unsigned index = number >> 4;
     if ((number & 15) == 14)
-        return index < std::size(frameAccesses) ? frameAccesses[index] : Access{};
+        return index < std::size(FrameAccesses) ? FrameAccesses[index] : Access{};
     if ((number & 15) != 15 || index >= 2 * PointerIndexes)
         return {};
-    Access access = pointerAccesses[index % PointerIndexes];
+    Access access = PointerAccesses[index % PointerIndexes];
     access.pointer = index < PointerIndexes ? reg::DP0 : reg::DP1;
     return access;
 }
@@ -102,20 +102,22 @@ std::optional<Place> placeOf(const Machine& m, unsigned number)
     case reg::PSF:
     case reg::IC:
     case reg::IMR:
-    case reg::IIR:
-    case reg::FP: return Place{Special, number};
+    case reg::IIR: return Place{Special, number};
+    case reg::FP: return Place{FramePointer, number};
     }
     if (isPeripheral(number) && m.peripherals)
         return Place{Special, number};
-    if (registerMasks[number])
-        return Place{Register, number};
+    if (RegisterMasks[number])
+        return Place{(number & 15) == 9 ? Numbered : Register, number};
     return std::nullopt;
 }
 
 constexpr SourceKind asSource(DestinationKind kind)
 {
     switch (kind) {
-    case DestinationKind::Register: return SourceKind::Register;
+    case DestinationKind::Register:
+    case DestinationKind::Numbered: return SourceKind::Register;
+    case DestinationKind::FramePointer: return SourceKind::FramePointer;
     case DestinationKind::Special: return SourceKind::Special;
     case DestinationKind::PointerByte: return SourceKind::PointerByte;
     case DestinationKind::PointerWord: return SourceKind::PointerWord;
@@ -149,6 +151,7 @@ bool resolveSource(const Machine& m, const Words& words, Op& op, SourceKind& kin
     }
     if (number == registerNumber(13, 0) || number == registerNumber(13, 8)) {
         kind = index == 0 ? SourceKind::Pop : SourceKind::PopInterrupt;
+        op.src = reg::SP;
         op.cycles++;
         return true;
     }
@@ -166,12 +169,12 @@ bool resolveSource(const Machine& m, const Words& words, Op& op, SourceKind& kin
 bool resolveAccumulatorSink(unsigned index, Op& op, DestinationKind& kind)
 {
     using enum DestinationKind;
-    static constexpr DestinationKind kinds[16] = {
+    static constexpr DestinationKind Kinds[16] = {
         Accumulator,       And,    Or,     Xor,    Add,    Sub,    AddCarry, SubBorrow, ClearBits,
         CountLeadingZeros, Insert, Insert, Insert, Insert, Insert, Insert};
-    if (index >= std::size(kinds))
+    if (index >= std::size(Kinds))
         return false;
-    kind = kinds[index];
+    kind = Kinds[index];
     if (kind == Insert) { // indexes 10 to 13 are the bytes, 14 and 15 the words
         bool byte = index < 14;
         op.dst = uint16_t(byte ? 8 * (index - 10) : 16 * (index - 14));
@@ -183,8 +186,8 @@ bool resolveAccumulatorSink(unsigned index, Op& op, DestinationKind& kind)
 bool resolveDestination(const Machine& m, const Words& words, Op& op, DestinationKind& kind)
 {
     using enum DestinationKind;
-    static constexpr DestinationKind jumps[8] = {Jump,     JumpZero,    JumpCarry,    JumpEqual,
-                                                 JumpSign, JumpNotZero, JumpNotCarry, JumpNotEqual};
+    static constexpr DestinationKind JumpsByIndex[8] = {Jump,     JumpZero,    JumpCarry,    JumpEqual,
+                                                        JumpSign, JumpNotZero, JumpNotCarry, JumpNotEqual};
     unsigned number = words.destination;
     unsigned index = number >> 4;
     switch (number & 15) {
@@ -200,18 +203,20 @@ bool resolveDestination(const Machine& m, const Words& words, Op& op, Destinatio
         break;
     case 10: return resolveAccumulatorSink(index, op, kind);
     case 12:
-        if (index >= std::size(jumps))
+        if (index >= std::size(JumpsByIndex))
             return false;
-        kind = jumps[index];
+        kind = JumpsByIndex[index];
         return true;
     case 13:
         switch (index) {
         case 0:
             kind = Push;
+            op.dst = reg::SP;
             op.cycles++;
             return true;
         case 3:
             kind = Call;
+            op.dst = reg::SP;
             op.cycles++;
             return true;
         case 4: kind = LoopZero; return true;
@@ -226,7 +231,7 @@ bool resolveDestination(const Machine& m, const Words& words, Op& op, Destinatio
     op.dst = uint16_t(place->number);
     op.dstStep = place->step;
     op.cycles += place->width == 4;
-    op.mask = registerMasks[place->number];
+    op.mask = RegisterMasks[place->number];
     return true;
 }
 
@@ -260,9 +265,9 @@ bool decodeSpecialForm(const Machine& m, const Words& words, Op& op)
     if ((words.source & 15) == 10 && (words.destination & 15) == 10 && destinationIndex < 8) {
         if (destinationIndex == 0 && sourceIndex == 0)
             return false;
-        op.run = accumulatorOperation(destinationIndex, sourceIndex);
+        op.run = accumulatorOperation(destinationIndex, sourceIndex, words.count);
         if (!op.run && sourceIndex < 16) {
-            op.run = bitOperation(destinationIndex);
+            op.run = bitOperation(destinationIndex, words.count);
             op.dst = uint16_t(sourceIndex);
         }
         return true;
@@ -276,9 +281,17 @@ bool decodeTransport(const Machine& m, const Words& words, Op& op)
     DestinationKind destination;
     if (!resolveSource(m, words, op, source) || !resolveDestination(m, words, op, destination))
         return false;
-    if (takesCodeTarget(destination) && !words.fromRegister && !words.prefixed())
-        op.imm = words.behind() + uint32_t(int32_t(int8_t(words.instruction)));
-    op.run = transport(source, destination);
+    if (takesCodeTarget(destination) && source == SourceKind::Immediate) {
+        if (!words.fromRegister && !words.prefixed())
+            op.imm = words.behind() + uint32_t(int32_t(int8_t(words.instruction)));
+        if (op.imm < m.codeWords) {
+            op.run = fixedJump(destination, words.count);
+            op.imm -= words.first;
+            op.src = Op::FixedTarget;
+            return true;
+        }
+    }
+    op.run = transport(source, destination, words.count);
     return true;
 }
 

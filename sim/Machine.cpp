@@ -1,27 +1,14 @@
 #include "sim/Machine.h"
 #include "sim/Decoder.h"
+#include "sim/Threading.h"
 
 #include <algorithm>
 #include <cstring>
-#include <new>
 #include <stdexcept>
 
 namespace maxq30 {
 
 namespace {
-
-template <class T> T* zeroed(size_t count)
-{
-    void* memory = std::calloc(count, sizeof(T));
-    if (!memory)
-        throw std::bad_alloc();
-    return static_cast<T*>(memory);
-}
-
-const Op* runOffTheEnd(Machine& m, const Op*)
-{
-    return m.at(m.codeWords)->run(m, &m.outside);
-}
 
 uint32_t checkedSize(uint32_t bytes)
 {
@@ -34,36 +21,24 @@ uint32_t checkedSize(uint32_t bytes)
 constexpr uint32_t ApcModulo = 0x07;
 constexpr uint32_t ApcDown = 0x40;
 constexpr uint32_t ApcClear = 0x80;
-constexpr uint32_t apcMasks[8] = {0, 1, 3, 7, 15, 0, 0, 0};
+constexpr uint32_t ApcMasks[8] = {0, 1, 3, 7, 15, 0, 0, 0};
 
 constexpr uint32_t PsfFlags = FlagE | FlagC | FlagS | FlagZ;
 
 } // namespace
 
-const Op* invalidInstruction(Machine& m, const Op* op)
-{
-    if (m.events)
-        m.events->onInvalidInstruction(uint32_t(op - m.ops.get()) * 2);
-    return op + op->words;
-}
-
-const Op* fetchFault(Machine& m, const Op* op)
-{
-    if (m.events)
-        m.events->onCodeError(op->imm);
-    return op;
-}
-
 Machine::Machine(uint32_t codeSize, uint32_t dataSize)
     : codeWords(checkedSize(codeSize) / 2), dataBytes(checkedSize(dataSize)), code(zeroed<uint8_t>(codeSize)),
-      data(zeroed<uint8_t>(dataSize)), ops(zeroed<Op>(codeWords + 1))
+      data(zeroed<uint8_t>(dataSize)), watched(zeroed<uint8_t>(dataSize / limits::WatchedBytes + 1)),
+      ops(zeroed<Op>(codeWords + 1)), flow(codeWords)
 {
     std::memset(code.get(), 0xFF, codeSize);
-    outside.run = fetchFault;
+    outside.run = executeOutside;
     outside.cycles = 1;
     ops[codeWords].run = runOffTheEnd;
-    ops[codeWords].cycles = 1;
     reset();
+    flowAt = next;
+    flow.enter(0);
 }
 
 void Machine::reset()
@@ -79,7 +54,7 @@ void Machine::reset()
 
 void Machine::updateAttention()
 {
-    attention = stopRequested || peripherals || interruptDue();
+    attention = stopRequested || interruptDue() || m_forgetEnd;
 }
 
 void Machine::leaveInterrupt()
@@ -108,23 +83,23 @@ uint32_t Machine::readRegister(unsigned number)
 void Machine::writeRegister(unsigned number, uint32_t value)
 {
     switch (number) {
-    case reg::AP: selectAccumulator(value & registerMasks[reg::AP]); return;
+    case reg::AP: selectAccumulator(value & RegisterMasks[reg::AP]); return;
     case reg::APC:
         if (value & ApcClear)
             selectAccumulator(0);
         regs[reg::APC] = value & (ApcModulo | ApcDown);
-        apMask = apcMasks[value & ApcModulo];
+        apMask = ApcMasks[value & ApcModulo];
         apStep = value & ApcDown ? 0xFFFFFFFF : 1;
         return;
     case reg::PSF:
         equal = value & FlagE ? 1 : 0;
         carry = value & FlagC ? 1 : 0;
-        regs[reg::PSF] = value & registerMasks[reg::PSF] & ~PsfFlags;
+        regs[reg::PSF] = value & RegisterMasks[reg::PSF] & ~PsfFlags;
         return;
     case reg::IC:
     case reg::IMR:
     case reg::IIR:
-        regs[number] = value & registerMasks[number];
+        regs[number] = value & RegisterMasks[number];
         updateAttention();
         return;
     case reg::ACC:
@@ -136,22 +111,57 @@ void Machine::writeRegister(unsigned number, uint32_t value)
     if (isPeripheral(number) && peripherals)
         peripherals->onPeripheralStore(number, 4, value);
     else
-        regs[number] = value & registerMasks[number];
+        regs[number] = value & RegisterMasks[number];
 }
 
-void Machine::announceWidth(unsigned width, bool read, uint32_t address, uint32_t value)
+void Machine::setDataRanges(std::vector<MAXQSIMDataRange> ranges, bool all)
 {
-    if (!events)
+    m_ranges = std::move(ranges);
+    m_tellAll = all;
+    updateWatched();
+}
+
+void Machine::updateWatched()
+{
+    size_t blocks = dataBytes / limits::WatchedBytes + 1;
+    std::memset(watched.get(), events && m_tellAll, blocks);
+    if (!events || m_tellAll)
         return;
-    switch (width) {
-    case 1: announce<1>(read, address, value); break;
-    case 2: announce<2>(read, address, value); break;
-    default: announce<4>(read, address, value); break;
+    for (const MAXQSIMDataRange& range : m_ranges) {
+        // An access of four bytes may begin three bytes before the range.
+        uint32_t first = range.first - std::min(range.first, 3u);
+        if (first < dataBytes && range.first <= range.last)
+            std::memset(watched.get() + first / limits::WatchedBytes, 1,
+                        std::min(range.last, dataBytes - 1) / limits::WatchedBytes -
+                            first / limits::WatchedBytes + 1);
     }
 }
 
-// The rare accesses: unaligned ones, which are carried out one byte lower, those that reach the code
-// memory through its window, and those that reach nothing.
+bool Machine::isWatched(uint32_t address, unsigned width) const
+{
+    return m_tellAll || std::any_of(m_ranges.begin(), m_ranges.end(), [=](const MAXQSIMDataRange& range) {
+               return address <= range.last && address + (width - 1) >= range.first;
+           });
+}
+
+void Machine::announce(unsigned width, bool read, uint32_t address, uint32_t value)
+{
+    if (!events || !isWatched(address, width))
+        return;
+    if (width == 1) {
+        events->onDataAccess(read, address, value & 0xFF, 1);
+    } else if (width == 2) {
+        events->onDataAccess(read, address, value & 0xFFFF, 0);
+    } else if (longEvents) {
+        longEvents->onLongDataAccess(read, address, value);
+    } else {
+        events->onDataAccess(read, address + 2, value >> 16, 0);
+        events->onDataAccess(read, address, value & 0xFFFF, 0);
+    }
+}
+
+// The accesses that are not quick: told ones, unaligned ones, which are carried out one byte lower, those
+// that reach the code memory through its window, and those that reach nothing.
 uint32_t Machine::loadElsewhere(uint32_t address, unsigned width)
 {
     if (width > 1 && (address & 1)) {
@@ -171,7 +181,7 @@ uint32_t Machine::loadElsewhere(uint32_t address, unsigned width)
         return 0;
     }
     uint32_t value = width == 1 ? fetch<1>(from) : width == 2 ? fetch<2>(from) : fetch<4>(from);
-    announceWidth(width, true, address, value);
+    announce(width, true, address, value);
     return value;
 }
 
@@ -193,25 +203,7 @@ void Machine::storeElsewhere(uint32_t address, unsigned width, uint32_t value)
         put<2>(data.get() + address, value);
     else
         put<4>(data.get() + address, value);
-    announceWidth(width, false, address, value);
-}
-
-void Machine::forget(uint32_t word, uint32_t count)
-{
-    // Prefix words before the first one may belong to the same instruction.
-    uint32_t low = word - std::min(word, limits::MaximumPrefixes);
-    low = std::max(low, m_decodedLow);
-    uint64_t end = std::min<uint64_t>(uint64_t(word) + count, uint64_t(m_decodedHigh) + 1);
-    for (uint64_t i = low; i < end; ++i)
-        ops[i].run = nullptr;
-}
-
-void Machine::decode(const Op* op)
-{
-    uint32_t word = uint32_t(op - ops.get());
-    m_decodedLow = std::min(m_decodedLow, word);
-    m_decodedHigh = std::max(m_decodedHigh, word);
-    ops[word] = decodeAt(*this, word);
+    announce(width, false, address, value);
 }
 
 } // namespace maxq30

@@ -81,6 +81,6 @@ constexpr auto makeRegisterMasks()
 #undef X
     return masks;
 }
-inline constexpr auto registerMasks = makeRegisterMasks();
+inline constexpr auto RegisterMasks = makeRegisterMasks();
 
 } // namespace maxq30

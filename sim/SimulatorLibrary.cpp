@@ -9,7 +9,7 @@ namespace maxq30 {
 
 namespace {
 
-class Simulator final : public MAXQSIMInterface {
+class Simulator final : public MAXQSIMInterface, private MAXQSIMRunner {
 public:
     bool initialise(MAXQSIMCallBacks* callBacks, const char* parameter, const char* romFileName) override
     {
@@ -74,6 +74,8 @@ public:
             m_core->runAhead(run);
     }
 
+    MAXQSIMRunner* runner() { return m_core ? this : nullptr; }
+
     void extend(unsigned features)
     {
         if (m_core)
@@ -81,6 +83,33 @@ public:
     }
 
 private:
+    // The runner.
+    void run(MAXQSIMRun* run) override { m_core->run(*run); }
+    void interrupt() override { m_core->requestStop(); }
+    void setStops(const unsigned* addresses, unsigned count) override
+    {
+        std::vector<uint32_t> words(addresses, addresses + count);
+        for (uint32_t& word : words)
+            word /= 2;
+        m_core->setStops(words);
+    }
+    void setDataRanges(const MAXQSIMDataRange* ranges, unsigned count) override
+    {
+        if (ranges)
+            m_core->tellAccesses({ranges, ranges + count});
+        else
+            m_core->tellAllAccesses();
+    }
+    bool readCounts(unsigned address, unsigned words, MAXQSIMCount* counts) override
+    {
+        if (address % 2 || address > m_core->codeBytes() || words > (m_core->codeBytes() - address) / 2)
+            return false;
+        for (unsigned i = 0; i < words; ++i)
+            counts[i] = m_core->count(address / 2 + i);
+        return true;
+    }
+    void resetCounts() override { m_core->resetCounts(); }
+
     bool start(MAXQSIMCallBacks* callBacks, const char* parameter, const std::string& romFile,
                std::string& error)
     {
@@ -132,4 +161,9 @@ MAXQSIM_EXPORT void extendMAXQSIMCallBacks(MAXQSIMInterface* object, unsigned fe
 MAXQSIM_EXPORT void runMAXQSIMAhead(MAXQSIMInterface* object, MAXQSIMRunAhead* run)
 {
     static_cast<maxq30::Simulator*>(object)->runAhead(*run);
+}
+
+MAXQSIM_EXPORT MAXQSIMRunner* runnerOfMAXQSIM(MAXQSIMInterface* object)
+{
+    return static_cast<maxq30::Simulator*>(object)->runner();
 }

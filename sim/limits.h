@@ -18,6 +18,9 @@ constexpr uint32_t CodeWindow = 0x1000000;
 // Prefix words that may stand before one instruction word: with its own byte they make 32 bits.
 constexpr unsigned MaximumPrefixes = 3;
 
+// Bytes of data memory for which it is noted together whether somebody wants to hear of accesses.
+constexpr uint32_t WatchedBytes = 64;
+
 // Instructions between two looks at the simulated peripherals.
 constexpr unsigned PeripheralPollInterval = 64;
 

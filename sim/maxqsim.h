@@ -87,11 +87,60 @@ struct MAXQSIMRunAhead {
     unsigned cycles;
 };
 
+// Data addresses, both bounds among them.
+struct MAXQSIMDataRange {
+    unsigned first;
+    unsigned last;
+};
+
+// How often the instruction at an address was executed. A jump, call or return also tells how often it went
+// to its target; the other times it went on behind itself.
+struct MAXQSIMCount {
+    unsigned long long executed;
+    unsigned long long taken;
+};
+
+// A run of many steps in one call.
+struct MAXQSIMRun {
+    unsigned long long maximum; // steps to do
+    bool fromStop;              // the first instruction is executed even if a stop lies there
+    // What was done, good when the run is over, also by an exception of a callback.
+    unsigned long long steps;
+    unsigned long long cycles;
+    bool atStop; // it ended before an instruction at a stop
+};
+
+// A processor at its full speed: nothing is asked of its user between the steps. The state of an interface
+// object, which owns it. Addresses are in bytes.
+class MAXQSIMRunner {
+public:
+    // Each step is what MAXQSIMInterface::step does. The run ends early at a stop, and behind a step in which
+    // a callback called interrupt().
+    virtual void run(MAXQSIMRun* run) = 0;
+    virtual void interrupt() = 0;
+    // Where runs end, before the instruction is executed; in place of earlier ones. Any number costs nothing
+    // during a run.
+    virtual void setStops(const unsigned* addresses, unsigned count) = 0;
+    // From now on onDataAccess and onLongDataAccess are called only for accesses that touch one of the
+    // ranges; null for all accesses. What lies far from all ranges costs nothing.
+    virtual void setDataRanges(const MAXQSIMDataRange* ranges, unsigned count) = 0;
+    // Executions since initialise or resetCounts, by runs and by steps, of the instructions at `address`,
+    // address + 2 and so on; false when part of the range lies outside the code memory. Entries into
+    // interrupts are none.
+    virtual bool readCounts(unsigned address, unsigned words, MAXQSIMCount* counts) = 0;
+    virtual void resetCounts() = 0;
+
+protected:
+    ~MAXQSIMRunner() = default;
+};
+
 // The exports: newMAXQSIMInterface and deleteMAXQSIMInterface in every library, and
 // extendMAXQSIMCallBacks in one that knows the features. The last is called after initialise, whose
 // callbacks must then be a MAXQSIMExtendedCallBacks; the features given are those that hold from now on.
-// runMAXQSIMAhead is there in a library that can do many steps at once.
+// runMAXQSIMAhead is there in a library that can do many steps at once, runnerOfMAXQSIM in one that has a
+// runner; it is null before initialise and good until close.
 using NewMAXQSIMInterface = MAXQSIMInterface* (*)();
 using DeleteMAXQSIMInterface = void (*)(MAXQSIMInterface*);
 using ExtendMAXQSIMCallBacks = void (*)(MAXQSIMInterface*, unsigned features);
 using RunMAXQSIMAhead = void (*)(MAXQSIMInterface*, MAXQSIMRunAhead*);
+using RunnerOfMAXQSIM = MAXQSIMRunner* (*)(MAXQSIMInterface*);

@@ -3,6 +3,10 @@
 #include "project/BuildSystem.h"
 #include "project/MAXQ30BuildSystem.h"
 #include "project/MAXQ30ProjectSystem.h"
+#include "project/ProjectElement.h"
+#include "project/PropertyClass.h"
+#include "project/StandardBuildSystem.h"
+#include "project/StandardProjectSystem.h"
 #include "project/memorymap/MemoryMap.h"
 #include "project/xml/XMLDocument.h"
 
@@ -98,10 +102,8 @@ int main()
     printf("  expat, no tree       %8.1f MB/s\n", megabytes / expat);
 #endif
 
-    MAXQ30ProjectSystem system;
-    projectSystem = &system;
-    MAXQ30BuildSystem build{QStringList()};
-    buildSystem = &build;
+    MAXQ30ProjectSystem system(macroSystem);
+    MAXQ30BuildSystem build(system, QStringList());
     double loading = seconds(5, [&] {
         system.closeSolution();
         system.loadSolution(path, nullptr, nullptr);
@@ -148,7 +150,5 @@ int main()
             abort();
     });
     printf("memory map of 1,024 registers by nested <for>: %.2f ms\n", mapping * 1e3);
-    projectSystem = nullptr;
-    buildSystem = nullptr;
     return 0;
 }

@@ -4,6 +4,8 @@
 #include "maxq30/sim/MAXQ30Simulator.h"
 #include "project/MAXQ30BuildSystem.h"
 #include "project/MAXQ30ProjectSystem.h"
+#include "project/StandardBuildSystem.h"
+#include "project/StandardProjectSystem.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -14,8 +16,8 @@ class SimulatorSession {
 public:
     explicit SimulatorSession(const char* library)
     {
-        projectSystem = new MAXQ30ProjectSystem;
-        buildSystem = new MAXQ30BuildSystem(QStringList());
+        projectSystem = new MAXQ30ProjectSystem(macroSystem);
+        buildSystem = new MAXQ30BuildSystem(*projectSystem, QStringList());
         write("rom.hex", ":00000001FF\n");
         write("map.xml", "<!DOCTYPE Board_Memory_Definition_File>\n<Root name=\"board\">"
                          "<MemorySegment name=\"FLASH\" addressSpace=\"CODE\" start=\"0\" size=\"0x10000\"/>"

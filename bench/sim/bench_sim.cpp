@@ -4,7 +4,9 @@
 #include "bench/sim/SimulatorSession.h"
 #include "bench/sim/simavr.h"
 #include "debug/monitor/HBreakpoint.h"
+#include "maxq30/sim/MAXQ30Simulator.h"
 #include "sim/Core.h"
+#include "sim/maxqsim.h"
 #include "support/HException.h"
 #include "target/memory/TargetMemoryInterface.h"
 
@@ -86,8 +88,10 @@ int main(int argc, char** argv)
             if (avrProgram)
                 avr = simavrRate(avrProgram, avr);
             core.setCallBacks(nullptr);
+            core.setStops({});
             measure(run, [&] { return core.run(Instructions); });
-            measure(stops, [&] { return core.run(Instructions, addresses); });
+            core.setStops(addresses);
+            measure(stops, [&] { return core.run(Instructions); });
             core.setCallBacks(&callBacks);
             measure(steps, [&] {
                 for (uint64_t i = 0; i < Instructions; ++i)

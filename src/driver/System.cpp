@@ -1,11 +1,9 @@
 #include "driver/System.h"
 
-#include "debug/LaterVersion.h"
 #include "debug/SymbolicDebuggerInterface.h"
 #include "driver/session/Interrupt.h"
 #include "driver/session/Release.h"
 #include "driver/terminal/StandardOutput.h"
-#include "loadfile/LoadFileFactory.h"
 #include "project/BuildSystem.h"
 #include "project/EnvironmentSettings.h"
 #include "project/MacroSystem.h"
@@ -21,7 +19,6 @@
 
 #include <cstdio>
 #include <iostream>
-#include <strings.h>
 
 namespace {
 
@@ -45,6 +42,7 @@ void System::destroy()
 System::System() : m_options(*report, m_face)
 {
     scriptSystem = &m_scriptSystem;
+    m_debugCommands.installScriptObject(m_scriptSystem.context());
     m_console.installScriptObject(m_scriptSystem.context());
     m_wscript.installScriptObject(m_scriptSystem.context());
 }
@@ -62,36 +60,23 @@ int System::exec(int argc, char** argv)
     m_options.packagesDirectory = QStringLiteral("$(BenchUserDir)/packages");
     m_options.parse(argc - 1, argv + 1);
     m_loader.setVerbosity(m_options.quiet, m_options.verbose);
-    m_loader.setEnableDifferentialDownload(m_options.differentialDownload);
-    if (m_options.loadAddress)
-        m_loader.setLoadAddress(*m_options.loadAddress);
     if (!m_options.templatesFile.isEmpty())
         templatesFile = m_options.templatesFile;
 
-    setupDefaultSystemMacros(m_options.benchDirectory);
-    PackageSystem::setupPackageMacros(m_options.packagesDirectory);
+    setupDefaultSystemMacros(macroSystem, m_options.benchDirectory);
+    PackageSystem::setupPackageMacros(macroSystem, m_options.packagesDirectory);
     macroSystem.setSystemMacro(QStringLiteral("Platform"), QString::fromLatin1(Get_PLATFORM()).toLower());
     if (argc <= 1 || m_options.help) {
         printUsage();
         return m_exitStatus;
     }
-    if (m_options.targetName.isEmpty())
-        throw HException("no target interface specified (use -target)");
-    m_loader.setTarget(m_options.targetName);
-    for (const QString& setting : std::as_const(m_options.propertySettings))
-        applyPropertySetting(setting);
+    m_steps.selectTarget();
     if (m_options.listProperties) {
         listProperties();
         return m_exitStatus;
     }
-    if (!m_options.fileType.isEmpty())
-        selectFileType();
     m_loader.targetInterface()->installScriptObject(m_scriptSystem.context());
-    if (!m_options.solutionFile.isEmpty())
-        selectProject();
-    collectLoadFiles();
-    if (m_options.debug)
-        notInThisVersion("debug a program (-debug)");
+    m_steps.selectFiles();
     if (m_loader.loadFiles().isEmpty())
         return m_exitStatus;
     return runSession();
@@ -109,22 +94,6 @@ void System::execScriptFile(const Path& file)
         throw HException(QStringLiteral("cannot open script file \"%1\"").arg(file.osPathQString()));
     m_scriptSystem.setSourceName(file.fileName());
     execScript(*script + QLatin1Char('\n'));
-}
-
-void System::applyPropertySetting(const QString& setting)
-{
-    qsizetype equals = setting.indexOf(QLatin1Char('='));
-    if (equals <= 0 || equals + 1 == setting.size())
-        throw HException("format for option should be \"-setprop PROPERTY=VALUE\"");
-    QString name = setting.left(equals);
-    PropertyValueList properties(false);
-    m_loader.targetInterface()->getProperties(properties);
-    for (PropertyValue* property : properties)
-        if (property->propertyClass()->shortDescription() == name) {
-            property->setValue(setting.mid(equals + 1));
-            return;
-        }
-    throw HException(QLatin1String("unknown property: ") + name);
 }
 
 void System::listProperties()
@@ -148,91 +117,14 @@ void System::printUsage() const
     fputs(Options::usage().toLocal8Bit().constData(), stderr);
 }
 
-void System::selectFileType()
-{
-    QByteArray wanted = m_options.fileType.toLocal8Bit();
-    for (const LoadFileTypeInfo& type : LoadFileFactory::instance()->types())
-        if (strcasecmp(type.name, wanted.constData()) == 0) {
-            m_loader.setFiletype(type.name);
-            return;
-        }
-    throw HException(QStringLiteral("unknown file type \"%1\"").arg(m_options.fileType));
-}
-
-void System::selectProject()
-{
-    projectSystem->loadSolution(QFileInfo(m_options.solutionFile).absoluteFilePath(), nullptr, nullptr);
-    const QMap<QString, ProjectElement*> projects = projectSystem->solutionProjects(nullptr);
-    QString list =
-        QStringLiteral("\n\nProjects in \"%1\":\n").arg(QFileInfo(m_options.solutionFile).fileName());
-    for (auto project = projects.begin(); project != projects.end(); ++project)
-        list += QLatin1String("\n  ") + project.key();
-    if (m_options.projectName.isEmpty())
-        throw HException(QLatin1String("no project specified (use -project)") + list);
-    if (!projectSystem->haveSolution())
-        throw HException("no solution specified (use -solution)");
-
-    const QString given = m_options.projectName.simplified();
-    for (auto project = projects.begin(); project != projects.end(); ++project)
-        if (project.key().simplified() == given)
-            m_options.projectName = project.key();
-    m_activeProject = projectSystem->findProject(projectSystem->solutionElement(), m_options.projectName);
-    if (!m_activeProject)
-        throw HException(QStringLiteral("invalid project \"%1\"").arg(m_options.projectName) + list);
-
-    QStringList configurations;
-    projectSystem->configurations(m_activeProject, configurations, 4);
-    list = QStringLiteral("\n\nBuild configurations for \"%1\":\n\n  ").arg(m_options.projectName) +
-           configurations.join(QLatin1String("\n  "));
-    if (m_options.configuration.isEmpty())
-        throw HException(QLatin1String("no build configuration specified (use -config)") + list);
-    if (!configurations.contains(m_options.configuration))
-        throw HException(QStringLiteral("invalid build configuration \"%1\"").arg(m_options.configuration) +
-                         list);
-}
-
-void System::collectLoadFiles()
-{
-    if (!projectSystem->haveSolution() || !m_options.loadFileNames.isEmpty()) {
-        for (const QString& name : std::as_const(m_options.loadFileNames))
-            m_loader.addLoadFile(name);
-        return;
-    }
-    m_loader.addLoadFile(buildSystem->output(m_activeProject, m_options.configuration, true));
-    const PropertyClass* additional =
-        buildSystem->findPropertyClass(QStringLiteral("debug_additional_load_files"));
-    QString files = buildSystem->settingForExpanded(m_activeProject, additional, m_options.configuration);
-    for (const QString& name : files.split(QLatin1Char(';'), Qt::SkipEmptyParts))
-        m_loader.addLoadFile(name);
-}
-
 int System::runSession()
 {
     Interrupt interrupt;
     TargetInterface* target = m_loader.targetInterface();
-    QObject::connect(&interrupt, &Interrupt::interrupted, this, [this, target] {
-        try { // nothing may be thrown into the event loop; the session ends in any case
-            if (m_terminal)
-                debugger->stop();
-            else
-                target->stop();
-        } catch (const HException&) {
-        }
-    });
+    QObject::connect(&interrupt, &Interrupt::interrupted, this, &System::onInterrupt);
     try {
-        m_loader.connectTarget(m_activeProject, m_options.configuration);
-        target->reset(true, true);
-        target->loadBegin();
-        try {
-            if (m_options.download)
-                m_loader.downloadLoadFiles();
-            if (m_options.verify)
-                m_loader.verifyLoadFiles();
-        } catch (...) {
-            target->abandonLoad();
-            throw;
-        }
-        target->loadEnd();
+        m_loader.connectTarget(m_steps.activeProject(), m_options.configuration);
+        m_steps.load();
         Interrupt::check();
         startProgram();
         Interrupt::check();
@@ -249,6 +141,25 @@ int System::runSession()
     return m_exitStatus;
 }
 
+// Nothing may be thrown into the event loop; what does not stop here ends with the session.
+void System::onInterrupt()
+{
+    if (!Interrupt::requested()) // and dealt with meanwhile
+        return;
+    if (interruptsCommand()) {
+        if (!m_scriptSystem.executing()) // a script notices by itself
+            interruptCommand();
+        return;
+    }
+    try {
+        if (m_terminal)
+            debugger->stop();
+        else
+            m_loader.targetInterface()->stop();
+    } catch (const HException&) {
+    }
+}
+
 void System::endInterrupted()
 {
     report->stream << "interrupted\n";
@@ -260,13 +171,14 @@ void System::endInterrupted()
 void System::startProgram()
 {
     TargetInterface* target = m_loader.targetInterface();
-    if (m_options.serve) {
-        QString entry = entryPoint();
+    if (m_options.serve || m_options.debug) {
+        QString entry = m_steps.entryPoint();
         if (!entry.isEmpty()) {
             run(entry);
             return;
         }
-        m_face.warning(QStringLiteral("nothing to serve: the load file has no entry point (use -entry)"));
+        m_face.warning(QStringLiteral("nothing to %1: the load file has no entry point (use -entry)")
+                           .arg(QLatin1String(m_options.debug ? "debug" : "serve")));
     }
     LoadFileInterface* first = m_loader.loadFiles().items().front().file;
     if (!first->hasEntryPoint()) {

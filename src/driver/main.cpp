@@ -66,6 +66,7 @@ public:
         System::destroy();
         delete buildSystem;
         delete projectSystem;
+        macroSystem.setSettings(nullptr);
         delete environment;
         environment = nullptr;
         delete report;
@@ -85,11 +86,16 @@ public:
         report = new Reporter{program, std::cerr};
         environment = new EnvironmentSettings;
         environment->createEntries();
-        projectSystem = new MAXQ30ProjectSystem;
-        buildSystem = new MAXQ30BuildSystem(QStringList());
+        macroSystem.setSettings(environment);
+        projectSystem = new MAXQ30ProjectSystem(macroSystem);
+        buildSystem = new MAXQ30BuildSystem(*projectSystem, QStringList());
         macroSystem.setSystemMacro(QStringLiteral("Platform"), QStringLiteral("maxq30"));
         installTargetInterfaceHelperFunctions(System::instance()->loader());
-        debugger = new MAXQ30Debugger(&System::instance()->loader());
+        auto* processorDebugger = new MAXQ30Debugger(&System::instance()->loader());
+        processorDebugger->setMaximumCalls(
+            environment->findProperty(QStringLiteral("Environment/Debugger/Maximum Backtrace Calls"))
+                ->toInt());
+        debugger = processorDebugger;
         System::instance()->setProgramName(QStringLiteral("Loader"));
     }
 };

@@ -8,8 +8,9 @@
 
 BuildSystem* buildSystem = nullptr;
 
-BuildSystem::BuildSystem()
+BuildSystem::BuildSystem(ProjectSystem& projects) : m_projects(projects)
 {
+    projects.setBuildSystem(this);
     addPropertyClasses(commonBuildProperties());
     m_executableFileName = addPropertyClass(ExecutableFileNameProperty);
     m_libraryFileName = addPropertyClass(LibraryFileNameProperty);
@@ -20,12 +21,6 @@ BuildSystem::BuildSystem()
     m_objectFileName = find("build_object_file_name");
     m_stageOutput = find("stage_output_filepath");
     m_combineOutput = find("combine_output_filepath");
-}
-
-BuildSystem::~BuildSystem()
-{
-    if (buildSystem == this)
-        buildSystem = nullptr;
 }
 
 PropertyClass* BuildSystem::addPropertyClass(std::unique_ptr<PropertyClass> propertyClass)
@@ -68,16 +63,15 @@ QList<PropertyClass*> BuildSystem::pageClasses(const QString& page) const
 }
 
 QString BuildSystem::expanded(const Macros& macros, ProjectElement* element,
-                              const PropertyClass* propertyClass, const QString& configuration)
+                              const PropertyClass* propertyClass, const QString& configuration) const
 {
-    return MacroSystem::replaceMacros(macros,
-                                      projectSystem->settingFor(element, propertyClass, configuration));
+    return MacroSystem::replaceMacros(macros, m_projects.settingFor(element, propertyClass, configuration));
 }
 
 QString BuildSystem::settingForExpanded(ProjectElement* element, const PropertyClass* propertyClass,
                                         const QString& configuration)
 {
-    QString text = projectSystem->settingFor(element, propertyClass, configuration);
+    QString text = m_projects.settingFor(element, propertyClass, configuration);
     return text.contains(u'$') ? replaceMacros(element, text, configuration) : text;
 }
 
@@ -86,7 +80,7 @@ QStringList BuildSystem::stringListSetting(const QString& prefix, ProjectElement
 {
     QStringList list = replaceStringListMacros(
         element,
-        MacroSystem::stringListFromString(projectSystem->settingFor(element, propertyClass, configuration)),
+        MacroSystem::stringListFromString(m_projects.settingFor(element, propertyClass, configuration)),
         configuration);
     for (QString& item : list)
         item.prepend(prefix);
@@ -104,21 +98,21 @@ void insert(MacroSystem::Macros& macros, const char* name, const QString& value)
 
 BuildSystem::Macros BuildSystem::macros(ProjectElement* node, const QString& configuration)
 {
-    Macros macros = macroSystem.globalMacros(true);
+    Macros macros = m_projects.macros().globalMacros(true);
     // A list setting comes with the inner entries first, and those shall win.
-    const QString own = projectSystem->settingFor(
-        node, projectSystem->properties()[ProjectProperties::Macros], configuration);
+    const QString own =
+        m_projects.settingFor(node, m_projects.properties()[ProjectProperties::Macros], configuration);
     QStringList items = MacroSystem::stringListFromString(own);
     std::reverse(items.begin(), items.end());
     MacroSystem::overwriteMacros(macros, MacroSystem::macrosFromStringList(items));
 
-    QString projectDirectory = projectSystem->getProjectDirectory(node);
+    QString projectDirectory = m_projects.getProjectDirectory(node);
     const ProjectElement* project = ProjectSystem::projectContaining(node);
     insert(macros, "ProjectNodeName", node->getName());
     insert(macros, "ProjectDir", projectDirectory);
     insert(macros, "ProjectName", project ? project->getName() : QString());
     insert(macros, "Configuration", configuration);
-    insert(macros, "Platform", projectSystem->platform(node));
+    insert(macros, "Platform", m_projects.platform(node));
 
     if (const ProjectElement* solution = ProjectSystem::solutionContaining(node)) {
         QFileInfo file(solution->path().osPathQString());
@@ -137,9 +131,9 @@ BuildSystem::Macros BuildSystem::macros(ProjectElement* node, const QString& con
         insert(macros, "InputPath", file.absoluteFilePath());
         insert(macros, "RelInputPath", Path::relativeFilePath(projectDirectory, file.absoluteFilePath()));
     }
-    insert(macros, "OBJ", u'.' + projectSystem->objectFileExtension());
-    insert(macros, "EXE", u'.' + projectSystem->executableFileExtension());
-    insert(macros, "LIB", u'.' + projectSystem->libraryFileExtension());
+    insert(macros, "OBJ", u'.' + m_projects.objectFileExtension());
+    insert(macros, "EXE", u'.' + m_projects.executableFileExtension());
+    insert(macros, "LIB", u'.' + m_projects.libraryFileExtension());
     insert(macros, "PackageExt", QStringLiteral("kvq"));
 
     auto directory = [&](const PropertyClass* propertyClass) {
@@ -204,8 +198,8 @@ QString BuildSystem::output(BuildAction action, ProjectElement* element, const Q
     if (!setting)
         return QStringLiteral("");
     QString text =
-        replaceMacros(element, projectSystem->settingFor(element, setting, configuration), configuration);
+        replaceMacros(element, m_projects.settingFor(element, setting, configuration), configuration);
     if (absolute && QFileInfo(text).isRelative() && !text.isEmpty())
-        text = projectSystem->getProjectDirectory(element) + u'/' + text;
+        text = m_projects.getProjectDirectory(element) + u'/' + text;
     return text;
 }

@@ -13,6 +13,7 @@
 #include <vector>
 
 class ProjectElement;
+class ProjectSystem;
 struct BuildProperty;
 
 class BuildSystem {
@@ -34,10 +35,11 @@ public:
     };
     using Macros = MacroSystem::Macros;
 
-    BuildSystem();
+    // The projects stay the caller's; they are told of this, for what templates expand.
+    explicit BuildSystem(ProjectSystem& projects);
     BuildSystem(const BuildSystem&) = delete;
     BuildSystem& operator=(const BuildSystem&) = delete;
-    virtual ~BuildSystem();
+    virtual ~BuildSystem() = default;
 
     // By save name; null when there is none. Of the two classes of build_output_file_name this is the
     // one for executables.
@@ -92,10 +94,12 @@ protected:
             addPropertyClass(row);
     }
     // With a table that was made before.
-    static QString expanded(const Macros& macros, ProjectElement* element, const PropertyClass* propertyClass,
-                            const QString& configuration);
+    QString expanded(const Macros& macros, ProjectElement* element, const PropertyClass* propertyClass,
+                     const QString& configuration) const;
+    ProjectSystem& projects() const { return m_projects; }
 
 private:
+    ProjectSystem& m_projects;
     std::vector<std::unique_ptr<PropertyClass>> m_owned;
     QMap<QString, PropertyClass*> m_classes;
     PropertyClass* m_intermediateDirectory;

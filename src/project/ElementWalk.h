@@ -24,7 +24,7 @@ public:
                 m_levels.pop_back();
                 continue;
             }
-            ProjectElement* element = (*children)[at++];
+            ProjectElement* element = (*children)[at++].get();
             m_levels.push_back({&element->children(), 0});
             return element;
         }
@@ -32,5 +32,5 @@ public:
     }
 
 private:
-    std::vector<std::pair<const QList<ProjectElement*>*, qsizetype>> m_levels;
+    std::vector<std::pair<const std::vector<std::unique_ptr<ProjectElement>>*, size_t>> m_levels;
 };

@@ -49,8 +49,6 @@ EnvironmentSettings::EnvironmentSettings() : m_timer(new QTimer(this))
 EnvironmentSettings::~EnvironmentSettings()
 {
     saveSettings();
-    if (environment == this)
-        environment = nullptr;
 }
 
 void EnvironmentSettings::createEntries()

@@ -1,162 +1,17 @@
 #include "project/MacroSystem.h"
 
 #include "project/EnvironmentSettings.h"
-#include "project/limits.h"
 #include "support/HException.h"
 #include "support/Path.h"
 
-#include <QDateTime>
-#include <QLocale>
-
-#include <vector>
-
 MacroSystem macroSystem;
 
-namespace {
-
-struct DynamicMacro {
-    QLatin1String name;
-    QLatin1String format;
-};
-
-// The date and time macros stand in the system table under their format, so that listings show them.
-constexpr DynamicMacro DynamicMacros[] = {
-    {QLatin1String("Date"), QLatin1String("d MMMM yyyy")}, {QLatin1String("DateYear"), QLatin1String("yyyy")},
-    {QLatin1String("DateMonth"), QLatin1String("MM")},     {QLatin1String("DateDay"), QLatin1String("dd")},
-    {QLatin1String("Time"), QLatin1String("hh:mm:ss")},    {QLatin1String("TimeHour"), QLatin1String("hh")},
-    {QLatin1String("TimeMinute"), QLatin1String("mm")},    {QLatin1String("TimeSecond"), QLatin1String("ss")},
-};
-
-const DynamicMacro* findDynamicMacro(const QString& name)
+MacroSystem::MacroSystem() : m_system(dynamicMacros())
 {
-    for (const DynamicMacro& macro : DynamicMacros)
-        if (name == macro.name)
-            return &macro;
-    return nullptr;
-}
-
-// One scan over a text.
-class Expansion {
-public:
-    Expansion(const MacroSystem::Macros& macros, const QString& text) : m_macros(macros), m_text(text) {}
-
-    // True when a reference held a "$" inside, so that the result wants another scan.
-    bool run(QString& result, QString& nested);
-
-private:
-    void matchParentheses();
-    void append(QString& result, QStringView reference) const;
-
-    const MacroSystem::Macros& m_macros;
-    const QString& m_text;
-    std::vector<qsizetype> m_match; // for each "(", the place of its ")", or -1
-};
-
-// In one pass for all of them: a text of unclosed references would be quadratic otherwise.
-void Expansion::matchParentheses()
-{
-    m_match.assign(size_t(m_text.size()), -1);
-    std::vector<qsizetype> open;
-    for (qsizetype i = 0; i < m_text.size(); ++i) {
-        if (m_text[i] == u'(') {
-            open.push_back(i);
-        } else if (m_text[i] == u')' && !open.empty()) {
-            m_match[size_t(open.back())] = i;
-            open.pop_back();
-        }
-    }
-}
-
-bool Expansion::run(QString& result, QString& nested)
-{
-    bool again = false;
-    matchParentheses();
-    qsizetype at = 0;
-    for (;;) {
-        qsizetype dollar = m_text.indexOf(u"$(", at);
-        if (dollar < 0)
-            break;
-        result.append(QStringView(m_text).mid(at, dollar - at));
-        qsizetype close = m_match[size_t(dollar + 1)];
-        if (close < 0) {
-            at = dollar + 1; // the "$" goes, the scan continues with the "("
-            result.append(u'(');
-            ++at;
-            continue;
-        }
-        QStringView reference = QStringView(m_text).mid(dollar + 2, close - dollar - 2);
-        if (reference.contains(u'$')) {
-            again = true;
-            nested = reference.toString();
-        }
-        append(result, reference);
-        if (result.size() > qsizetype(ProjectLimits::MacroTextLength))
-            throw HException(QStringLiteral("macro $(%1) expands to more than %2 characters")
-                                 .arg(reference.left(100))
-                                 .arg(ProjectLimits::MacroTextLength));
-        at = close + 1;
-    }
-    result.append(QStringView(m_text).mid(at));
-    return again;
-}
-
-void Expansion::append(QString& result, QStringView reference) const
-{
-    qsizetype colon = reference.indexOf(u':');
-    QString name = (colon < 0 ? reference : reference.left(colon)).toString();
-    auto found = m_macros.constFind(name);
-    const DynamicMacro* dynamic = findDynamicMacro(name);
-    // The table's own entry for a date or time macro only announces it.
-    if (found != m_macros.constEnd() && !(dynamic && found.value() == dynamic->format)) {
-        result.append(found.value());
-        return;
-    }
-    QString value;
-    if (dynamic && MacroSystem::dynamicMacro(name, value))
-        result.append(value);
-    else if (colon >= 0)
-        result.append(reference.mid(colon + 1));
-    else
-        result.append(u"$(").append(reference).append(u')');
-}
-
-} // namespace
-
-MacroSystem::MacroSystem()
-{
-    for (const DynamicMacro& macro : DynamicMacros)
-        m_system.insert(macro.name, macro.format);
     m_system.insert(QStringLiteral("HostArch"), QStringLiteral("x86"));
     m_system.insert(QStringLiteral("HostOS"), QStringLiteral("solaris"));
     m_system.insert(QStringLiteral("HostEXE"), QStringLiteral(""));
     m_system.insert(QStringLiteral("HostDLL"), QStringLiteral(".so_solaris_x86"));
-}
-
-QString MacroSystem::replaceMacros(const Macros& macros, const QString& text)
-{
-    QString current = text;
-    for (unsigned pass = 0; current.contains(QLatin1String("$(")); ++pass) {
-        QString result;
-        QString nested;
-        bool again = Expansion(macros, current).run(result, nested);
-        if (!again || result == current)
-            return result;
-        if (pass + 1 >= ProjectLimits::MacroPasses)
-            throw HException(QStringLiteral("macro $(%1) is still not expanded after %2 passes")
-                                 .arg(nested.left(100))
-                                 .arg(ProjectLimits::MacroPasses));
-        current = result;
-    }
-    return current;
-}
-
-bool MacroSystem::dynamicMacro(const QString& name, QString& value)
-{
-    const DynamicMacro* macro = findDynamicMacro(name);
-    if (!macro)
-        return false;
-    value = QLocale().toString(QDateTime::currentDateTime(), macro->format);
-    return true;
 }
 
 QString MacroSystem::systemMacro(const QString& name) const
@@ -177,8 +32,8 @@ void MacroSystem::setSystemMacroPath(const QString& name, const Path& path)
 MacroSystem::Macros MacroSystem::globalMacros(bool withSystem) const
 {
     Macros macros = withSystem ? m_system : Macros();
-    if (environment)
-        overwriteMacros(macros, macrosFromStringList(stringListFromString(environment->globalMacros())));
+    if (m_settings)
+        overwriteMacros(macros, macrosFromStringList(stringListFromString(m_settings->globalMacros())));
     return macros;
 }
 
@@ -189,79 +44,12 @@ QString MacroSystem::globalMacro(const QString& name) const
 
 void MacroSystem::setGlobalMacro(const QString& name, const QString& value)
 {
-    if (!environment)
+    if (!m_settings)
         throw HException("no settings to keep a global macro in");
     Macros macros = globalMacros(false);
     if (value.isEmpty())
         macros.remove(name);
     else
         macros.insert(name, value);
-    environment->setGlobalMacros(stringFromStringList(stringListFromMacros(macros)));
-}
-
-MacroSystem::Macros MacroSystem::macrosFromStringList(const QStringList& list)
-{
-    Macros macros;
-    for (const QString& item : list) {
-        qsizetype equals = item.indexOf(u'=');
-        macros.insert(equals < 0 ? item : item.left(equals),
-                      equals < 0 ? QStringLiteral("") : item.mid(equals + 1));
-    }
-    return macros;
-}
-
-QStringList MacroSystem::stringListFromMacros(const Macros& macros)
-{
-    QStringList list;
-    for (auto it = macros.constBegin(); it != macros.constEnd(); ++it)
-        list.append(it.key().trimmed() + u'=' + it.value());
-    return list;
-}
-
-void MacroSystem::overwriteMacros(Macros& base, const Macros& over)
-{
-    for (auto it = over.constBegin(); it != over.constEnd(); ++it)
-        base.insert(it.key(), it.value());
-}
-
-QStringList MacroSystem::stringListFromString(const QString& text, bool keepEmpty)
-{
-    QStringList list;
-    if (text.isEmpty())
-        return list;
-    QString item;
-    for (qsizetype i = 0; i <= text.size(); ++i) {
-        if (i == text.size() || text[i] == u';') {
-            if (keepEmpty || !item.isEmpty())
-                list.append(item);
-            item = QString();
-        } else {
-            if (text[i] == u'\\' && i + 1 < text.size())
-                ++i;
-            item.append(text[i]);
-        }
-    }
-    return list;
-}
-
-QString MacroSystem::stringFromStringList(const QStringList& list)
-{
-    QString text;
-    for (qsizetype i = 0; i < list.size(); ++i) {
-        if (i > 0)
-            text.append(u';');
-        text.append(escape(list[i]));
-    }
-    return text;
-}
-
-QString MacroSystem::escape(const QString& text)
-{
-    QString escaped;
-    for (QChar c : text) {
-        if (c == u';' || c == u'\\')
-            escaped.append(u'\\');
-        escaped.append(c);
-    }
-    return escaped;
+    m_settings->setGlobalMacros(stringFromStringList(stringListFromMacros(macros)));
 }

@@ -37,23 +37,23 @@ QString benchUserDirectory()
     return QTx::userLocalAppDataDirectory(QStringLiteral("Forgeline/MAXQ30"));
 }
 
-void setupDefaultSystemMacros(const QString& benchDirectory)
+void setupDefaultSystemMacros(MacroSystem& macros, const QString& benchDirectory)
 {
-    macroSystem.setSystemMacro(QStringLiteral("BenchMajorVersion"), QStringLiteral("2"));
-    macroSystem.setSystemMacro(QStringLiteral("BenchMinorVersion"), QStringLiteral("0"));
-    macroSystem.setSystemMacro(QStringLiteral("BenchRevision"), QStringLiteral("0"));
-    macroSystem.setSystemMacro(QStringLiteral("BenchName"), QStringLiteral("Forgeline for MAXQ30"));
-    macroSystem.setSystemMacroPath(QStringLiteral("BenchDir"), Path(benchDirectory));
-    macroSystem.setSystemMacroPath(QStringLiteral("BenchUserDir"), Path(benchUserDirectory()));
+    macros.setSystemMacro(QStringLiteral("BenchMajorVersion"), QStringLiteral("2"));
+    macros.setSystemMacro(QStringLiteral("BenchMinorVersion"), QStringLiteral("0"));
+    macros.setSystemMacro(QStringLiteral("BenchRevision"), QStringLiteral("0"));
+    macros.setSystemMacro(QStringLiteral("BenchName"), QStringLiteral("Forgeline for MAXQ30"));
+    macros.setSystemMacroPath(QStringLiteral("BenchDir"), Path(benchDirectory));
+    macros.setSystemMacroPath(QStringLiteral("BenchUserDir"), Path(benchUserDirectory()));
 }
 
-void PackageSystem::setupPackageMacros(const QString& packagesDirectory)
+void PackageSystem::setupPackageMacros(MacroSystem& macros, const QString& packagesDirectory)
 {
-    QString directory = MacroSystem::replaceMacros(macroSystem.systemMacros(), packagesDirectory);
+    QString directory = MacroSystem::replaceMacros(macros.systemMacros(), packagesDirectory);
     QString targets = directory + QLatin1String("/targets");
-    macroSystem.setSystemMacro(QStringLiteral("PackagesDir"), directory);
-    macroSystem.setSystemMacro(QStringLiteral("TargetsDir"), targets);
-    macroSystem.setSystemMacro(QStringLiteral("SamplesDir"), directory + QLatin1String("/samples"));
+    macros.setSystemMacro(QStringLiteral("PackagesDir"), directory);
+    macros.setSystemMacro(QStringLiteral("TargetsDir"), targets);
+    macros.setSystemMacro(QStringLiteral("SamplesDir"), directory + QLatin1String("/samples"));
     // When this fails the first file can't be created, and that is what is told.
     if (!QFileInfo::exists(targets))
         QTx::makeDir(targets);

@@ -4,16 +4,18 @@
 
 #include <QString>
 
+class MacroSystem;
+
 // The per-user data directory, below HOME.
 QString benchUserDirectory();
 
 // Sets BenchMajorVersion, BenchMinorVersion, BenchRevision, BenchName, BenchDir and BenchUserDir.
-void setupDefaultSystemMacros(const QString& benchDirectory);
+void setupDefaultSystemMacros(MacroSystem& macros, const QString& benchDirectory);
 
 class PackageSystem {
 public:
     // Sets PackagesDir, TargetsDir and SamplesDir, makes the targets directory and writes
     // frequencies.xml and project_templates.xml into it where they are missing. The directory may
     // hold system macros. Throws HException "cannot create FILE".
-    static void setupPackageMacros(const QString& packagesDirectory);
+    static void setupPackageMacros(MacroSystem& macros, const QString& packagesDirectory);
 };

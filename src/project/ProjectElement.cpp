@@ -4,11 +4,7 @@
 
 #include <QFileInfo>
 
-ProjectElement::~ProjectElement()
-{
-    qDeleteAll(m_children);
-    qDeleteAll(m_configurations);
-}
+ProjectElement::~ProjectElement() = default;
 
 const char* ProjectElement::tagName(Tag tag)
 {
@@ -18,29 +14,34 @@ const char* ProjectElement::tagName(Tag tag)
 
 ProjectElement* ProjectElement::appendChild(Tag tag)
 {
-    m_children.append(new ProjectElement(tag, this));
-    return m_children.last();
+    m_children.push_back(std::make_unique<ProjectElement>(tag, this));
+    return m_children.back().get();
 }
 
 void ProjectElement::removeChild(ProjectElement* child)
 {
-    if (m_children.removeOne(child))
-        delete child;
+    std::erase_if(m_children, [child](const auto& each) { return each.get() == child; });
 }
 
 ProjectElement* ProjectElement::makeConfiguration(const QString& name)
 {
-    ProjectElement*& configuration = m_configurations[name];
+    std::unique_ptr<ProjectElement>& configuration = m_configurations[name];
     if (!configuration) {
-        configuration = new ProjectElement(Configuration, this);
+        configuration = std::make_unique<ProjectElement>(Configuration, this);
         configuration->m_attributes.insert(QStringLiteral("Name"), name);
     }
-    return configuration;
+    return configuration.get();
+}
+
+ProjectElement* ProjectElement::configuration(const QString& name) const
+{
+    auto found = m_configurations.find(name);
+    return found == m_configurations.end() ? nullptr : found->second.get();
 }
 
 void ProjectElement::removeConfiguration(const QString& name)
 {
-    delete m_configurations.take(name);
+    m_configurations.erase(name);
 }
 
 QString ProjectElement::getName() const

@@ -5,12 +5,13 @@
 #include "support/Path.h"
 
 #include <QDateTime>
-#include <QList>
 #include <QMap>
 #include <QString>
 #include <QStringList>
 
+#include <map>
 #include <memory>
+#include <vector>
 
 class XMLElement;
 
@@ -24,17 +25,22 @@ public:
     ~ProjectElement();
 
     Tag tag() const { return m_tag; }
-    ProjectElement* parent() const { return m_parent; } // null at the solution
+    // Null at the solution.
+    ProjectElement* parent() { return m_parent; }
+    const ProjectElement* parent() const { return m_parent; }
     // Folders, files, projects and imported solutions, in the order of the file.
-    const QList<ProjectElement*>& children() const { return m_children; }
-    const QMap<QString, ProjectElement*>& configurations() const { return m_configurations; }
+    const std::vector<std::unique_ptr<ProjectElement>>& children() const { return m_children; }
+    const std::map<QString, std::unique_ptr<ProjectElement>>& configurations() const
+    {
+        return m_configurations;
+    }
 
     // The new child is owned by this node.
     ProjectElement* appendChild(Tag tag);
     void removeChild(ProjectElement* child);
     // The configuration of that name, made when it is missing.
     ProjectElement* makeConfiguration(const QString& name);
-    ProjectElement* configuration(const QString& name) const { return m_configurations.value(name); }
+    ProjectElement* configuration(const QString& name) const; // null when there is none
     void removeConfiguration(const QString& name);
 
     // The attribute `Name`; for a file without one the last part of `file_name`; "<NULL>" otherwise.
@@ -91,8 +97,8 @@ private:
     Tag m_tag;
     bool m_generated = false;
     QMap<QString, QString> m_attributes;
-    QList<ProjectElement*> m_children;
-    QMap<QString, ProjectElement*> m_configurations;
+    std::vector<std::unique_ptr<ProjectElement>> m_children;
+    std::map<QString, std::unique_ptr<ProjectElement>> m_configurations;
     Path m_path;
     std::unique_ptr<Edits> m_edits;
     QMap<QString, QStringList> m_inheritance;

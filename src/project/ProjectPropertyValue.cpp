@@ -12,25 +12,25 @@ bool ProjectPropertyValue::inherited() const
 void ProjectPropertyValue::setPropertyValue(const QString& text)
 {
     if (propertyClass()->perConfiguration()) {
-        projectSystem->setProperty(m_element, propertyClass()->saveName(), text, m_configuration);
+        m_projects.setProperty(m_element, propertyClass()->saveName(), text, m_configuration);
         return;
     }
-    bool isName = propertyClass() == projectSystem->properties()[ProjectProperties::NodeName];
+    bool isName = propertyClass() == m_projects.properties()[ProjectProperties::NodeName];
     m_element->setAttribute(isName ? QStringLiteral("Name") : propertyClass()->saveName(), text);
-    Q_EMIT projectSystem->propertiesChanged(m_element);
+    Q_EMIT m_projects.propertiesChanged(m_element);
 }
 
 QString ProjectPropertyValue::propertyValue() const
 {
     return propertyClass()->perConfiguration()
-               ? projectSystem->settingFor(m_element, propertyClass(), m_configuration)
-               : projectSystem->ownSetting(m_element, propertyClass());
+               ? m_projects.settingFor(m_element, propertyClass(), m_configuration)
+               : m_projects.ownSetting(m_element, propertyClass());
 }
 
 PropertyInheritanceInformation ProjectPropertyValue::inheritanceInformation() const
 {
     PropertyInheritanceInformation information;
-    projectSystem->settingFor(m_element, propertyClass(), m_configuration, &information);
+    m_projects.settingFor(m_element, propertyClass(), m_configuration, &information);
     return information;
 }
 

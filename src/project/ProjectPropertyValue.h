@@ -5,11 +5,15 @@
 #include "project/PropertyValue.h"
 
 class ProjectElement;
+class ProjectSystem;
 
 class ProjectPropertyValue : public PropertyValue {
 public:
-    ProjectPropertyValue(PropertyClass* propertyClass, const QString& configuration, ProjectElement* element)
-        : PropertyValue(propertyClass), m_configuration(configuration), m_element(element)
+    // Neither the projects nor the element is owned.
+    ProjectPropertyValue(ProjectSystem& projects, PropertyClass* propertyClass, const QString& configuration,
+                         ProjectElement* element)
+        : PropertyValue(propertyClass), m_projects(projects), m_configuration(configuration),
+          m_element(element)
     {
     }
 
@@ -27,7 +31,11 @@ public:
     const QString& configuration() const { return m_configuration; }
     ProjectElement* element() const { return m_element; }
 
+protected:
+    ProjectSystem& projects() const { return m_projects; }
+
 private:
+    ProjectSystem& m_projects;
     QString m_configuration;
     ProjectElement* m_element;
 };

@@ -35,7 +35,7 @@ void ProjectSystem::walk(const ProjectElement* element, const QString& name, con
     // A configuration may name Common among those that it inherits, to have it earlier than last.
     const bool commonIsPlaced = common || inherited.contains(Common);
     for (const ProjectElement* node = element; node; node = node->parent()) {
-        if (node->configurations().isEmpty())
+        if (node->configurations().empty())
             continue;
         auto look = [&](const QString& from) {
             const ProjectElement* place = node->configuration(from);
@@ -157,9 +157,9 @@ void ProjectSystem::setInheritedConfigurations(ProjectElement* element, const QS
 void ProjectSystem::updateInheritenceMap(ProjectElement* solution)
 {
     QMap<QString, QStringList> direct;
-    for (auto it = solution->configurations().constBegin(); it != solution->configurations().constEnd(); ++it)
-        if (it.value()->hasAttribute(m_properties[ProjectProperties::InheritedConfigurations]->saveName()))
-            direct.insert(it.key(), getInheritedConfigurations(solution, it.key()));
+    for (const auto& [name, configuration] : solution->configurations())
+        if (configuration->hasAttribute(m_properties[ProjectProperties::InheritedConfigurations]->saveName()))
+            direct.insert(name, getInheritedConfigurations(solution, name));
     solution->inheritance().clear();
     unsigned steps = 0;
     for (auto it = direct.constBegin(); it != direct.constEnd(); ++it) {
@@ -183,9 +183,9 @@ void ProjectSystem::updateInheritenceMap(ProjectElement* solution)
         }
         solution->inheritance().insert(it.key(), flat);
     }
-    for (ProjectElement* child : solution->children())
+    for (const auto& child : solution->children())
         if (child->tag() == ProjectElement::Solution)
-            updateInheritenceMap(child);
+            updateInheritenceMap(child.get());
 }
 
 void ProjectSystem::configurations(const ProjectElement* element, QStringList& list, int mode) const
@@ -193,13 +193,12 @@ void ProjectSystem::configurations(const ProjectElement* element, QStringList& l
     // A configuration that is hidden at the solution stays so where a project only adds settings to it.
     QSet<QString> hidden;
     for (const ProjectElement* node = element; node; node = node->parent())
-        for (auto it = node->configurations().constBegin(); it != node->configurations().constEnd(); ++it)
-            if (it.value()->hasAttribute(Hidden))
-                hidden.insert(it.key());
+        for (const auto& [name, configuration] : node->configurations())
+            if (configuration->hasAttribute(Hidden))
+                hidden.insert(name);
     QSet<QString> listed(list.cbegin(), list.cend());
     for (const ProjectElement* node = element; node; node = node->parent()) {
-        for (auto it = node->configurations().constBegin(); it != node->configurations().constEnd(); ++it) {
-            const QString& name = it.key();
+        for (const auto& [name, configuration] : node->configurations()) {
             if (listed.contains(name))
                 continue;
             bool wanted = mode & HiddenConfigurations;

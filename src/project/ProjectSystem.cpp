@@ -13,12 +13,9 @@
 
 ProjectSystem* projectSystem = nullptr;
 
-ProjectSystem::ProjectSystem() = default;
-ProjectSystem::~ProjectSystem()
-{
-    if (projectSystem == this)
-        projectSystem = nullptr;
-}
+ProjectSystem::ProjectSystem(MacroSystem& macros) : m_macros(macros) {}
+
+ProjectSystem::~ProjectSystem() = default;
 
 void ProjectSystem::loadSolution(const QString& path, ProjectFileNotFoundErrorHandler* files,
                                  TemplateNotFoundErrorHandler* templates)
@@ -41,10 +38,10 @@ void ProjectSystem::loadSolution(const QString& path, ProjectFileNotFoundErrorHa
     ElementWalk elements(m_solution.get());
     while (ProjectElement* element = elements.next()) {
         element->clearModified();
-        for (ProjectElement* configuration : element->configurations())
+        for (const auto& [name, configuration] : element->configurations())
             configuration->clearModified();
     }
-    for (ProjectElement* configuration : m_solution->configurations())
+    for (const auto& [name, configuration] : m_solution->configurations())
         configuration->clearModified();
     Q_EMIT solutionLoaded();
 }
@@ -69,13 +66,13 @@ namespace {
 
 void collectProjects(const ProjectElement* solution, QMap<QString, ProjectElement*>& projects)
 {
-    for (ProjectElement* child : solution->children()) {
+    for (const auto& child : solution->children()) {
         if (child->tag() == ProjectElement::Solution) {
-            collectProjects(child, projects);
+            collectProjects(child.get(), projects);
         } else if (child->tag() == ProjectElement::Project) {
             QString name = child->getName();
             if (!projects.contains(name))
-                projects.insert(name, child);
+                projects.insert(name, child.get());
         }
     }
 }
@@ -165,7 +162,7 @@ QString ProjectSystem::getProjectDirectory(const ProjectElement* element) const
         settingFor(project, m_properties[ProjectProperties::ProjectDirectory], QStringLiteral("Common"));
     if (directory.isEmpty())
         return base;
-    directory = MacroSystem::replaceMacros(macroSystem.globalMacros(true), directory);
+    directory = MacroSystem::replaceMacros(m_macros.globalMacros(true), directory);
     return QDir::cleanPath(QDir(base).absoluteFilePath(directory));
 }
 
@@ -174,18 +171,35 @@ Path ProjectSystem::projectDirectoryPath(const ProjectElement* element) const
     return Path(getProjectDirectory(element));
 }
 
-ProjectElement* ProjectSystem::projectContaining(const ProjectElement* element)
+namespace {
+
+template <typename Element> Element* containing(Element* element, ProjectElement::Tag tag)
 {
-    while (element && element->tag() != ProjectElement::Project)
+    while (element && element->tag() != tag)
         element = element->parent();
-    return const_cast<ProjectElement*>(element);
+    return element;
 }
 
-ProjectElement* ProjectSystem::solutionContaining(const ProjectElement* element)
+} // namespace
+
+ProjectElement* ProjectSystem::projectContaining(ProjectElement* element)
 {
-    while (element && element->tag() != ProjectElement::Solution)
-        element = element->parent();
-    return const_cast<ProjectElement*>(element);
+    return containing(element, ProjectElement::Project);
+}
+
+const ProjectElement* ProjectSystem::projectContaining(const ProjectElement* element)
+{
+    return containing(element, ProjectElement::Project);
+}
+
+ProjectElement* ProjectSystem::solutionContaining(ProjectElement* element)
+{
+    return containing(element, ProjectElement::Solution);
+}
+
+const ProjectElement* ProjectSystem::solutionContaining(const ProjectElement* element)
+{
+    return containing(element, ProjectElement::Solution);
 }
 
 // The tool is built for one platform, which all nodes share.
@@ -198,7 +212,7 @@ QString ProjectSystem::platform(const ProjectElement* node) const
 // Every file gets its place: `file_name` against the project directory, with global macros expanded.
 void ProjectSystem::updateFilePaths(ProjectElement* element)
 {
-    const MacroSystem::Macros macros = macroSystem.globalMacros(true);
+    const MacroSystem::Macros macros = m_macros.globalMacros(true);
     const ProjectElement* project = nullptr;
     QDir directory;
     ElementWalk elements(element);
@@ -221,14 +235,14 @@ void ProjectSystem::updateFilePaths(ProjectElement* element)
 void ProjectSystem::populateDynamicFolder(ProjectElement* folder)
 {
     QString path =
-        MacroSystem::replaceMacros(macroSystem.globalMacros(true), folder->attribute(QStringLiteral("path")));
+        MacroSystem::replaceMacros(m_macros.globalMacros(true), folder->attribute(QStringLiteral("path")));
     QDir directory(QDir(getProjectDirectory(folder)).absoluteFilePath(path));
     QStringList patterns;
     const QString filter = folder->attribute(QStringLiteral("filter"));
     for (const QString& item : MacroSystem::stringListFromString(filter))
         patterns.append(item.contains(u'*') || item.contains(u'?') ? item : QLatin1String("*.") + item);
     QSet<QString> present;
-    for (const ProjectElement* child : folder->children())
+    for (const auto& child : folder->children())
         present.insert(child->path().canonicalPathQString());
     const QStringList names = directory.entryList(patterns, QDir::Files, QDir::Name);
     for (const QString& name : names) {

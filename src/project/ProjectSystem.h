@@ -10,6 +10,8 @@
 
 #include <memory>
 
+class BuildSystem;
+class MacroSystem;
 class PropertyClassList;
 class ProjectTemplates;
 
@@ -33,8 +35,14 @@ class ProjectSystem : public QObject {
     Q_OBJECT
 
 public:
-    ProjectSystem();
+    // The macros stay the caller's.
+    explicit ProjectSystem(MacroSystem& macros);
     ~ProjectSystem() override;
+
+    MacroSystem& macros() const { return m_macros; }
+    // The vocabulary of settings, which the build system brings; null when there is none.
+    BuildSystem* buildSystem() const { return m_buildSystem; }
+    void setBuildSystem(BuildSystem* buildSystem) { m_buildSystem = buildSystem; }
 
     // An empty solution with a Common configuration, to be saved as that file; it becomes the solution.
     virtual ProjectElement* createSolution(const QString& path);
@@ -119,8 +127,10 @@ public:
     QString getProjectDirectory(const ProjectElement* element) const;
     Path projectDirectoryPath(const ProjectElement* element) const;
     // The node itself or the nearest one above it with that tag; null when there is none.
-    static ProjectElement* projectContaining(const ProjectElement* element);
-    static ProjectElement* solutionContaining(const ProjectElement* element);
+    static ProjectElement* projectContaining(ProjectElement* element);
+    static const ProjectElement* projectContaining(const ProjectElement* element);
+    static ProjectElement* solutionContaining(ProjectElement* element);
+    static const ProjectElement* solutionContaining(const ProjectElement* element);
     // The platform that a node is for, in lower case.
     QString platform(const ProjectElement* node) const;
 
@@ -163,6 +173,8 @@ private:
     void walk(const ProjectElement* element, const QString& name, const QString& configuration,
               Visit visit) const;
 
+    MacroSystem& m_macros;
+    BuildSystem* m_buildSystem = nullptr;
     ProjectProperties m_properties;
     std::unique_ptr<ProjectElement> m_solution;
     QMap<QString, ProjectElement*> m_projects;

@@ -13,20 +13,26 @@ namespace {
 
 const QString Common = QStringLiteral("Common");
 
-void setMissing(ProjectElement* element, const QString& name, const QString& value,
-                const QString& configuration)
+} // namespace
+
+ProjectTemplates::ProjectTemplates(ProjectSystem& projects)
+    : XMLPP2(false), m_system(projects), m_groups(projects.macros())
+{
+    setFileMacros(projects.macros().systemMacros());
+}
+
+void ProjectTemplates::setMissing(ProjectElement* element, const QString& name, const QString& value,
+                                  const QString& configuration)
 {
     const ProjectElement* place = element->configuration(configuration);
     if (!place || !place->hasAttribute(name))
-        projectSystem->setProperty(element, name, value, configuration);
+        m_system.setProperty(element, name, value, configuration);
 }
 
-} // namespace
-
-QString projectTemplatesFile()
+QString projectTemplatesFile(const MacroSystem& macros)
 {
     return MacroSystem::replaceMacros(
-        macroSystem.systemMacros(),
+        macros.systemMacros(),
         templatesFile.isEmpty() ? QStringLiteral("$(TargetsDir)/project_templates.xml") : templatesFile);
 }
 
@@ -37,9 +43,9 @@ void ProjectTemplates::loadTemplates(const QString& file)
     m_names.clear();
     if (!QFileInfo::exists(file))
         return;
-    QByteArray macros =
-        MacroSystem::stringFromStringList(MacroSystem::stringListFromMacros(macroSystem.globalMacros(true)))
-            .toUtf8();
+    QByteArray macros = MacroSystem::stringFromStringList(
+                            MacroSystem::stringListFromMacros(m_system.macros().globalMacros(true)))
+                            .toUtf8();
     // Macros stay as they are written: `expand` on an element says whether they are replaced.
     if (!load(QFile::encodeName(file).constData(), macros.constData(), false))
         throw SolutionLoadError(QFileInfo(file).fileName(), QString::fromUtf8(errorText()), errorLine());
@@ -65,15 +71,15 @@ void ProjectTemplates::createMaps(XMLElement* root)
     }
 }
 
-QString ProjectTemplates::text(const ProjectElement* element, const XMLElement* from, const char* attribute,
+QString ProjectTemplates::text(ProjectElement* element, const XMLElement* from, const char* attribute,
                                const QString& configuration)
 {
     QString value = from->attributeText(attribute);
     if (from->attributeText("expand") != QLatin1String("yes"))
         return value;
-    if (buildSystem)
-        return buildSystem->replaceMacros(const_cast<ProjectElement*>(element), value, configuration);
-    return MacroSystem::replaceMacros(macroSystem.globalMacros(true), value);
+    if (BuildSystem* build = m_system.buildSystem())
+        return build->replaceMacros(element, value, configuration);
+    return MacroSystem::replaceMacros(m_system.macros().globalMacros(true), value);
 }
 
 void ProjectTemplates::createProjectFromTemplate(ProjectElement* solution, ProjectElement* project,
@@ -138,12 +144,13 @@ void ProjectTemplates::createPropertyGroup(ProjectElement* element, XMLElement* 
     QString in = from->hasAttribute("configuration") ? from->attributeText("configuration") : configuration;
     QString name = from->attributeText("name");
     QString value = text(element, from, "value", in);
+    BuildSystem* build = m_system.buildSystem();
     const PropertyClass* path =
-        buildSystem ? buildSystem->findPropertyClass(QStringLiteral("property_groups_file_path")) : nullptr;
+        build ? build->findPropertyClass(QStringLiteral("property_groups_file_path")) : nullptr;
     if (path)
-        m_groups.setGroupFile(buildSystem->settingForExpanded(element, path, in));
+        m_groups.setGroupFile(build->settingForExpanded(element, path, in));
     if (PropertyValueGroupClass* group = m_groups.getGroupClass(name))
-        PropertyValueGroupValue(group, in, element).setPropertyValue(value);
+        PropertyValueGroupValue(m_system, group, in, element).setPropertyValue(value);
     else
         setMissing(element, name, value, in);
 }
@@ -152,9 +159,9 @@ void ProjectTemplates::createFolder(ProjectElement* parent, XMLElement* from)
 {
     QString name = text(parent, from, "name", Common);
     ProjectElement* folder = nullptr;
-    for (ProjectElement* child : parent->children())
+    for (const auto& child : parent->children())
         if (child->tag() == ProjectElement::Folder && child->getName() == name)
-            folder = child;
+            folder = child.get();
     if (!folder) {
         folder = parent->appendChild(ProjectElement::Folder);
         folder->setAttribute(QStringLiteral("Name"), name);

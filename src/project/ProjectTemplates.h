@@ -12,6 +12,7 @@
 // What the solution file says about a project stands; a template only adds to it.
 #pragma once
 
+#include "project/MacroSystem.h"
 #include "project/PropertyValueGroups.h"
 #include "project/xml/XMLPP2.h"
 
@@ -20,11 +21,12 @@
 // The file named by -templatesfile; empty when there was none.
 extern QString templatesFile;
 // That file, or the project_templates.xml of $(TargetsDir), with system macros expanded.
-QString projectTemplatesFile();
+QString projectTemplatesFile(const MacroSystem& macros);
 
 class ProjectTemplates : public XMLPP2 {
 public:
-    ProjectTemplates() : XMLPP2(false) {}
+    // The projects stay the caller's.
+    explicit ProjectTemplates(ProjectSystem& projects);
 
     // A file that is missing leaves the list empty. Throws SolutionLoadError for one that is not XML.
     void loadTemplates(const QString& file);
@@ -56,9 +58,12 @@ private:
     void createPropertyGroup(ProjectElement* element, XMLElement* from, const QString& configuration);
     void createFolder(ProjectElement* parent, XMLElement* from);
     void createFile(ProjectElement* parent, XMLElement* from);
-    static QString text(const ProjectElement* element, const XMLElement* from, const char* attribute,
-                        const QString& configuration);
+    void setMissing(ProjectElement* element, const QString& name, const QString& value,
+                    const QString& configuration);
+    QString text(ProjectElement* element, const XMLElement* from, const char* attribute,
+                 const QString& configuration);
 
+    ProjectSystem& m_system;
     QHash<QString, XMLElement*> m_projects;
     QHash<QString, XMLElement*> m_configurations;
     QStringList m_names;

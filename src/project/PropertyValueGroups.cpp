@@ -63,8 +63,9 @@ void PropertyValueGroups::read()
     m_current.clear();
     m_time = QFileInfo(m_file).lastModified();
     PropertyValueGroupFile document;
+    document.setFileMacros(m_macros.systemMacros());
     QByteArray macros =
-        MacroSystem::stringFromStringList(MacroSystem::stringListFromMacros(macroSystem.globalMacros(true)))
+        MacroSystem::stringFromStringList(MacroSystem::stringListFromMacros(m_macros.globalMacros(true)))
             .toUtf8();
     if (!document.load(QFile::encodeName(m_file).constData(), macros.constData(), true))
         throw HException(QStringLiteral("cannot load property groups file %1: line %2: %3")
@@ -120,11 +121,11 @@ void PropertyValueGroupValue::setPropertyValue(const QString& name)
 {
     if (const PropertyGroupEntry* old = m_group->getGroupEntry(propertyValue()))
         for (const PropertyGroupSetting& setting : old->settings)
-            projectSystem->removeProperty(element(), setting.name, target(setting));
+            projects().removeProperty(element(), setting.name, target(setting));
     ProjectPropertyValue::setPropertyValue(name);
     if (const PropertyGroupEntry* entry = m_group->getGroupEntry(name))
         for (const PropertyGroupSetting& setting : entry->settings)
-            projectSystem->setProperty(element(), setting.name, setting.value, target(setting));
+            projects().setProperty(element(), setting.name, setting.value, target(setting));
 }
 
 QString PropertyValueGroupValue::getTaggedValue(const QString& name, const QString& configuration) const

@@ -2,6 +2,7 @@
 // entry is to set them all.
 #pragma once
 
+#include "project/MacroSystem.h"
 #include "project/ProjectPropertyValue.h"
 #include "project/xml/XMLPP2.h"
 
@@ -52,6 +53,9 @@ private:
 
 class PropertyValueGroups {
 public:
+    // The macros, for the file's preprocessor, stay the caller's.
+    explicit PropertyValueGroups(const MacroSystem& macros) : m_macros(macros) {}
+
     // An empty name stands for no file. Throws HException when the file does not load.
     void setGroupFile(const QString& file);
     // "None" when there is no file.
@@ -67,6 +71,7 @@ public:
 private:
     void read();
 
+    const MacroSystem& m_macros;
     QString m_file = QStringLiteral("None");
     QDateTime m_time;
     std::map<QString, std::unique_ptr<PropertyValueGroupClass>> m_classes;
@@ -75,9 +80,9 @@ private:
 
 class PropertyValueGroupValue : public ProjectPropertyValue {
 public:
-    PropertyValueGroupValue(PropertyValueGroupClass* groupClass, const QString& configuration,
-                            ProjectElement* element)
-        : ProjectPropertyValue(groupClass, configuration, element), m_group(groupClass)
+    PropertyValueGroupValue(ProjectSystem& projects, PropertyValueGroupClass* groupClass,
+                            const QString& configuration, ProjectElement* element)
+        : ProjectPropertyValue(projects, groupClass, configuration, element), m_group(groupClass)
     {
     }
 

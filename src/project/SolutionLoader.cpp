@@ -67,9 +67,9 @@ void SolutionLoader::loadProjectFile(const QString& name, const QString& directo
     QString canonical = file.canonicalFilePath();
     if (m_system.haveSolution() || m_loaded.contains(canonical))
         throw SolutionLoadError(fileName, QStringLiteral(" solution already loaded"));
-    if (depth > ProjectLimits::IncludeDepth)
+    if (depth > ProjectLimits::ImportDepth)
         throw SolutionLoadError(
-            fileName, QStringLiteral(" is imported more than %1 deep").arg(ProjectLimits::IncludeDepth));
+            fileName, QStringLiteral(" is imported more than %1 deep").arg(ProjectLimits::ImportDepth));
     m_loaded.append(canonical);
     solution->setPath(Path(file.absoluteFilePath()));
     solution->setFileTime(file.lastModified());
@@ -103,7 +103,7 @@ void SolutionLoader::domToElement(const QString& directory, const XMLElement* fr
         if (element->tag() == ProjectElement::Solution && child->isNamed("import")) {
             QString name = child->attributeText("file_name");
             ProjectElement* imported = element->appendChild(ProjectElement::Solution);
-            loadProjectFile(MacroSystem::replaceMacros(macroSystem.globalMacros(true), name), directory,
+            loadProjectFile(MacroSystem::replaceMacros(m_system.macros().globalMacros(true), name), directory,
                             imported, depth + 1);
             imported->setAttribute(QStringLiteral("file_name"), name);
             continue;
@@ -124,8 +124,8 @@ void SolutionLoader::applyTemplates(ProjectElement* solution)
     if (m_templated.isEmpty())
         return;
     QString fileName = solution->path().fileName();
-    ProjectTemplates templates;
-    templates.loadTemplates(projectTemplatesFile());
+    ProjectTemplates templates(m_system);
+    templates.loadTemplates(projectTemplatesFile(m_system.macros()));
     for (ProjectElement* project : m_templated) {
         QString name = project->attribute(TemplateName);
         if (name.isEmpty())

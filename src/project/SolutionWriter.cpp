@@ -11,9 +11,9 @@ XMLElement* elementToDom(XMLDocument& document, const ProjectElement* element)
 {
     XMLElement* made = document.mkXMLElement(ProjectElement::tagName(element->tag()));
     element->getAttributesFrom(made);
-    for (const ProjectElement* configuration : element->configurations())
-        made->appendChild(elementToDom(document, configuration));
-    for (const ProjectElement* child : element->children()) {
+    for (const auto& [name, configuration] : element->configurations())
+        made->appendChild(elementToDom(document, configuration.get()));
+    for (const auto& child : element->children()) {
         if (child->generated())
             continue;
         if (child->tag() == ProjectElement::Solution) {
@@ -22,7 +22,7 @@ XMLElement* elementToDom(XMLDocument& document, const ProjectElement* element)
                                    child->attribute(QStringLiteral("file_name")).toUtf8().constData());
             made->appendChild(imported);
         } else {
-            made->appendChild(elementToDom(document, child));
+            made->appendChild(elementToDom(document, child.get()));
         }
     }
     return made;
@@ -52,8 +52,8 @@ void ProjectSystem::save()
     while (!pending.isEmpty()) {
         ProjectElement* solution = pending.takeLast();
         saveProjectFile(solution);
-        for (ProjectElement* child : solution->children())
+        for (const auto& child : solution->children())
             if (child->tag() == ProjectElement::Solution)
-                pending.append(child);
+                pending.append(child.get());
     }
 }

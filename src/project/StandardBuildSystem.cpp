@@ -18,11 +18,12 @@ const QStringList& knownLoadFileTypes()
     return types;
 }
 
-QString projectType(const ProjectElement* element, const QString& configuration)
+QString projectType(const ProjectSystem& projects, const ProjectElement* element,
+                    const QString& configuration)
 {
     const ProjectElement* project = ProjectSystem::projectContaining(element);
-    return project ? projectSystem->settingFor(
-                         project, projectSystem->properties()[ProjectProperties::ProjectType], configuration)
+    return project ? projects.settingFor(project, projects.properties()[ProjectProperties::ProjectType],
+                                         configuration)
                    : QString();
 }
 
@@ -55,7 +56,8 @@ template <size_t Count> BuildSystem::BuildAction find(const ActionOfType (&table
 
 } // namespace
 
-StandardBuildSystem::StandardBuildSystem(const QStringList& loadFileTypes)
+StandardBuildSystem::StandardBuildSystem(ProjectSystem& projects, const QStringList& loadFileTypes)
+    : BuildSystem(projects)
 {
     addPropertyClasses(standardBuildProperties());
     auto find = [this](const char* name) { return findPropertyClass(QString::fromLatin1(name)); };
@@ -76,30 +78,30 @@ StandardBuildSystem::StandardBuildSystem(const QStringList& loadFileTypes)
 bool StandardBuildSystem::isSet(ProjectElement* element, const PropertyClass* setting,
                                 const QString& configuration) const
 {
-    return projectSystem->settingFor(element, setting, configuration) == Yes;
+    return projects().settingFor(element, setting, configuration) == Yes;
 }
 
 BuildSystem::BuildAction StandardBuildSystem::buildAction(ProjectElement* element,
                                                           const QString& configuration)
 {
     if (element->tag() == ProjectElement::Project)
-        return find(ProjectActions, projectType(element, configuration));
+        return find(ProjectActions, projectType(projects(), element, configuration));
     if (element->tag() != ProjectElement::File)
         return NoAction;
     if (isSet(element, m_excludeFromBuild, configuration))
         return ExcludedAction;
-    BuildAction ofProject = find(ProjectActions, projectType(element, configuration));
+    BuildAction ofProject = find(ProjectActions, projectType(projects(), element, configuration));
     if (ofProject == Stage || ofProject == Combine)
         return ofProject;
-    return find(FileActions, projectSystem->getFileType(element));
+    return find(FileActions, projects().getFileType(element));
 }
 
 ProjectElement* StandardBuildSystem::findFileOfType(ProjectElement* element, const QString& configuration,
                                                     const QString& type)
 {
     ProjectElement* project = ProjectSystem::projectContaining(element);
-    for (ProjectElement* file : projectSystem->sourceFiles(project))
-        if (projectSystem->getFileType(file) == type && !isSet(file, m_excludeFromBuild, configuration))
+    for (ProjectElement* file : projects().sourceFiles(project))
+        if (projects().getFileType(file) == type && !isSet(file, m_excludeFromBuild, configuration))
             return file;
     return nullptr;
 }
@@ -113,8 +115,7 @@ bool StandardBuildSystem::useFileForLink(ProjectElement* element, const QString&
     } else if (setting) {
         QString text = settingForExpanded(element, setting, configuration);
         if (!text.isEmpty())
-            result =
-                QDir::cleanPath(QDir(projectSystem->getProjectDirectory(element)).absoluteFilePath(text));
+            result = QDir::cleanPath(QDir(projects().getProjectDirectory(element)).absoluteFilePath(text));
     }
     return !result.isEmpty() && QFileInfo(result).isFile();
 }
@@ -160,7 +161,8 @@ bool StandardBuildSystem::mustCompile(ProjectElement* element, const QString& co
            object.lastModified() < QFileInfo(element->path().osPathQString()).lastModified();
 }
 
-ZOFFBuildSystem::ZOFFBuildSystem(const QStringList& loadFileTypes) : StandardBuildSystem(loadFileTypes)
+ZOFFBuildSystem::ZOFFBuildSystem(ProjectSystem& projects, const QStringList& loadFileTypes)
+    : StandardBuildSystem(projects, loadFileTypes)
 {
     addPropertyClasses(zoffBuildProperties());
     m_hardwareMultiplier = findPropertyClass(QStringLiteral("build_use_hardware_multiplier"));
@@ -172,15 +174,16 @@ BuildSystem::Macros ZOFFBuildSystem::macros(ProjectElement* node, const QString&
     Macros macros = StandardBuildSystem::macros(node, configuration);
     if (node->tag() == ProjectElement::Project) {
         bool software =
-            projectSystem->settingFor(node, m_hardwareMultiplier, configuration) == QLatin1String("No");
-        bool singlePrecision = projectSystem->settingFor(node, m_doubleIsFloat, configuration) == Yes;
+            projects().settingFor(node, m_hardwareMultiplier, configuration) == QLatin1String("No");
+        bool singlePrecision = projects().settingFor(node, m_doubleIsFloat, configuration) == Yes;
         macros.insert(QStringLiteral("LibExt"), QString(QLatin1String(software ? "_s" : "_h")) +
                                                     QLatin1Char(singlePrecision ? 'f' : 'd'));
     }
     return macros;
 }
 
-MAXQ30BuildSystem::MAXQ30BuildSystem(const QStringList& loadFileTypes) : ZOFFBuildSystem(loadFileTypes)
+MAXQ30BuildSystem::MAXQ30BuildSystem(ProjectSystem& projects, const QStringList& loadFileTypes)
+    : ZOFFBuildSystem(projects, loadFileTypes)
 {
     addPropertyClasses(maxq30BuildProperties());
 }

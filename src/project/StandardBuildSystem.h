@@ -8,7 +8,7 @@ class StandardBuildSystem : public BuildSystem {
 public:
     // The names that `external_load_file_type` offers beside "Detect"; an empty list stands for those
     // of the load files that the tool reads.
-    explicit StandardBuildSystem(const QStringList& loadFileTypes);
+    StandardBuildSystem(ProjectSystem& projects, const QStringList& loadFileTypes);
 
     BuildAction buildAction(ProjectElement* element, const QString& configuration) override;
     ProjectElement* findFileOfType(ProjectElement* element, const QString& configuration,
@@ -41,7 +41,7 @@ private:
 // The settings of the ZOFF tool chain.
 class ZOFFBuildSystem : public StandardBuildSystem {
 public:
-    explicit ZOFFBuildSystem(const QStringList& loadFileTypes);
+    ZOFFBuildSystem(ProjectSystem& projects, const QStringList& loadFileTypes);
 
     // Adds LibExt for a project: which build of the libraries fits its settings.
     Macros macros(ProjectElement* node, const QString& configuration) override;
@@ -54,5 +54,5 @@ private:
 // The settings of the one processor that the tool serves.
 class MAXQ30BuildSystem : public ZOFFBuildSystem {
 public:
-    explicit MAXQ30BuildSystem(const QStringList& loadFileTypes);
+    MAXQ30BuildSystem(ProjectSystem& projects, const QStringList& loadFileTypes);
 };

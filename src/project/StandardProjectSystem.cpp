@@ -5,7 +5,7 @@
 
 namespace {
 
-void appendPage(const char* page, PropertyClassList& list)
+void appendPage(const BuildSystem* buildSystem, const char* page, PropertyClassList& list)
 {
     if (buildSystem)
         for (PropertyClass* each : buildSystem->pageClasses(QString::fromLatin1(page)))
@@ -18,10 +18,10 @@ bool isCppSetting(const PropertyClass* propertyClass)
 }
 
 // The C and the C++ settings share a page.
-void appendCompilerPage(bool cpp, PropertyClassList& list)
+void appendCompilerPage(const BuildSystem* buildSystem, bool cpp, PropertyClassList& list)
 {
     PropertyClassList page;
-    appendPage("C/C++", page);
+    appendPage(buildSystem, "C/C++", page);
     for (PropertyClass* each : page)
         if (isCppSetting(each) == cpp)
             list.appendUnique(each);
@@ -31,36 +31,36 @@ void appendCompilerPage(bool cpp, PropertyClassList& list)
 
 void StandardProjectSystem::appendCCompilerProperties(ProjectElement*, PropertyClassList& list)
 {
-    appendPage("Build", list);
-    appendCompilerPage(false, list);
+    appendPage(buildSystem(), "Build", list);
+    appendCompilerPage(buildSystem(), false, list);
 }
 
 void StandardProjectSystem::appendCppCompilerProperties(ProjectElement*, PropertyClassList& list)
 {
     if (Get_TARGET_CPP())
-        appendCompilerPage(true, list);
+        appendCompilerPage(buildSystem(), true, list);
 }
 
 void StandardProjectSystem::appendAssemblerProperties(ProjectElement*, PropertyClassList& list)
 {
-    appendPage("Assembler", list);
+    appendPage(buildSystem(), "Assembler", list);
 }
 
 void StandardProjectSystem::appendLinkerProperties(ProjectElement*, PropertyClassList& list)
 {
-    appendPage("Linker", list);
-    appendPage("External Build", list);
+    appendPage(buildSystem(), "Linker", list);
+    appendPage(buildSystem(), "External Build", list);
 }
 
 void StandardProjectSystem::appendArchiverProperties(ProjectElement*, PropertyClassList& list)
 {
-    appendPage("Staging", list);
-    appendPage("Combining", list);
+    appendPage(buildSystem(), "Staging", list);
+    appendPage(buildSystem(), "Combining", list);
 }
 
 void StandardProjectSystem::appendTargetProperties(ProjectElement*, PropertyClassList& list)
 {
-    appendPage("Debugger", list);
+    appendPage(buildSystem(), "Debugger", list);
 }
 
 void StandardProjectSystem::appendDefaultProjectValues(ProjectElement* project)
@@ -72,5 +72,5 @@ void StandardProjectSystem::appendDefaultProjectValues(ProjectElement* project)
 void MAXQ30ProjectSystem::appendTargetProperties(ProjectElement* element, PropertyClassList& list)
 {
     ZOFFProjectSystem::appendTargetProperties(element, list);
-    appendPage("Target", list);
+    appendPage(buildSystem(), "Target", list);
 }

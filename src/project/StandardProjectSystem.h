@@ -6,6 +6,8 @@
 
 class StandardProjectSystem : public ProjectSystem {
 public:
+    using ProjectSystem::ProjectSystem;
+
     // Each appends the build settings of its tool.
     void appendCCompilerProperties(ProjectElement* element, PropertyClassList& list) override;
     void appendCppCompilerProperties(ProjectElement* element, PropertyClassList& list) override;
@@ -20,6 +22,8 @@ public:
 
 class ZOFFProjectSystem : public StandardProjectSystem {
 public:
+    using StandardProjectSystem::StandardProjectSystem;
+
     QString objectFileExtension() const override { return QStringLiteral("kvo"); }
     QString libraryFileExtension() const override { return QStringLiteral("kva"); }
     QString executableFileExtension() const override { return QStringLiteral("kvx"); }
@@ -27,6 +31,8 @@ public:
 
 class MAXQ30ProjectSystem : public ZOFFProjectSystem {
 public:
+    using ZOFFProjectSystem::ZOFFProjectSystem;
+
     // Adds the settings of the simulator and of the device's own scripts.
     void appendTargetProperties(ProjectElement* element, PropertyClassList& list) override;
 };

@@ -1,6 +1,6 @@
 // Any bytes as source text must end in a value or a message, and leave the context usable. A script may run
 // for a bounded number of instructions.
-#include "script/engine/ESContext.h"
+#include "script/native/ESLibrary.h"
 
 #include <memory>
 
@@ -43,7 +43,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
             ESStringPool::clear();
         }
         shared = std::make_unique<Bounded>();
-        ESContext::mkexec(nullptr, shared.get());
+        ESLibrary::mkexec(nullptr, shared.get());
     }
     evaluate(*shared, QString::fromUtf8(reinterpret_cast<const char*>(data), qsizetype(size)), 4000);
     evaluate(*shared, QStringLiteral("(function(a) { return a + 1 })(2)"), 100);

@@ -3,6 +3,7 @@
 #include "maxq30/jtag/MAXQ30JTAGLoaderMemoryInterface.h"
 #include "project/PropertyValue.h"
 #include "script/engine/ESContext.h"
+#include "script/native/ESLibrary.h"
 
 #include <numeric>
 
@@ -212,7 +213,7 @@ TEST_F(LoaderMemory, ErasingWithoutAProjectSaysWhatToName)
 TEST_F(LoaderMemory, ScriptsReachTheBootloader)
 {
     ESContext context;
-    ESContext::mkexec(nullptr, &context);
+    ESLibrary::mkexec(nullptr, &context);
     begin(0x0002, 0);
     target.installScriptObject(&context);
     auto run = [&](const char* text) {

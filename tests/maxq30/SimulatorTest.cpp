@@ -32,8 +32,8 @@ protected:
         target.reset();
         delete projectSystem;
         delete buildSystem;
-        projectSystem = new MAXQ30ProjectSystem;
-        buildSystem = new MAXQ30BuildSystem(QStringList());
+        projectSystem = new MAXQ30ProjectSystem(macroSystem);
+        buildSystem = new MAXQ30BuildSystem(*projectSystem, QStringList());
         std::string solution = "<!DOCTYPE Anvil_Project_File>\n<solution Name=\"t\" version=\"2\">\n"
                                "<configuration Name=\"Common\" simulator_DLL_FileName=\"" +
                                library + "\" simulator_DLL_RomFileName=\"" + rom +

@@ -122,7 +122,7 @@ TEST_F(Build, MacrosOfANode)
 TEST_F(Build, SettingsAreExpandedAndProjectMacrosBeatGlobalOnes)
 {
     EnvironmentSettings settings;
-    environment = &settings;
+    macroSystem.setSettings(&settings);
     macroSystem.setGlobalMacro("Out", "global");
     macroSystem.setGlobalMacro("Extra", "x");
     load(R"xml(<configuration Name="Common" debug_additional_load_files="sol.hex"/>
@@ -135,7 +135,7 @@ TEST_F(Build, SettingsAreExpandedAndProjectMacrosBeatGlobalOnes)
     EXPECT_EQ(build.settingForExpanded(p, more, "Debug"), "mine.hex;b\\;c;sol.hex");
     EXPECT_EQ(build.stringListSetting("-l", p, more, "Debug"),
               (QStringList{"-lmine.hex", "-lb;c", "-lsol.hex"}));
-    environment = nullptr;
+    macroSystem.setSettings(nullptr);
 }
 
 TEST_F(Build, TheVocabularyIsComplete)

@@ -83,7 +83,7 @@ TEST(MacroSystem, GlobalMacrosLiveInTheSettings)
     macroSystem.setSystemMacroPath("TestSystem", Path("/a/../b"));
     {
         EnvironmentSettings settings;
-        environment = &settings;
+        macroSystem.setSettings(&settings);
         settings.createEntries();
         macroSystem.setGlobalMacro("Mine", "x;y=z");
         macroSystem.setGlobalMacro("TestSystem", "over");
@@ -93,10 +93,10 @@ TEST(MacroSystem, GlobalMacrosLiveInTheSettings)
                   (MacroSystem::Macros{{"Mine", "x;y=z"}, {"TestSystem", "over"}}));
     }
     EnvironmentSettings again;
-    environment = &again;
+    macroSystem.setSettings(&again);
     EXPECT_EQ(macroSystem.globalMacro("Mine"), "x;y=z");
     EXPECT_EQ(macroSystem.globalMacro("TestSystem"), "over");
-    environment = nullptr;
+    macroSystem.setSettings(nullptr);
     EXPECT_EQ(macroSystem.globalMacro("TestSystem"), "/b");
 }
 

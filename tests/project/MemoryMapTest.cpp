@@ -120,20 +120,19 @@ TEST(MemoryMap, ImportsJoinAtTheirPlace)
 TEST(MemoryMap, OpenFilesAreReloadedWhenTheyChange)
 {
     TempDir directory;
-    macroSystem.setSystemMacro("MapDir", q(directory.path()));
     std::string file = directory.write("map.xml", "<Root><MemorySegment name=\"$(MapName:x)\"/></Root>");
-    macroSystem.setSystemMacro("MapName", "one");
-    MemoryMap* map = MemoryMapOpenFiles::getMemoryMapFile("$(MapDir)/map.xml");
+    const MacroText::Macros macros = {{"MapDir", q(directory.path())}, {"MapName", "one"}};
+    MemoryMap* map = MemoryMapOpenFiles::getMemoryMapFile("$(MapDir)/map.xml", macros);
     ASSERT_NE(map, nullptr);
     EXPECT_EQ(names(map->getSegments(true)), "one@0 ");
-    EXPECT_EQ(MemoryMapOpenFiles::getMemoryMapFile(q(file)), map);
+    EXPECT_EQ(MemoryMapOpenFiles::getMemoryMapFile(q(file), macros), map);
     directory.write("map.xml", "<Root><MemorySegment name=\"two\"/></Root>");
     touchLater(file, 50);
-    EXPECT_EQ(names(MemoryMapOpenFiles::getMemoryMapFile(q(file))->getSegments(true)), "two@0 ");
+    EXPECT_EQ(names(MemoryMapOpenFiles::getMemoryMapFile(q(file), macros)->getSegments(true)), "two@0 ");
     directory.write("map.xml", "<Root>");
     touchLater(file, 100);
-    EXPECT_EQ(MemoryMapOpenFiles::getMemoryMapFile(q(file)), nullptr);
-    EXPECT_EQ(MemoryMapOpenFiles::getMemoryMapFile("/no/such/map"), nullptr);
+    EXPECT_EQ(MemoryMapOpenFiles::getMemoryMapFile(q(file), macros), nullptr);
+    EXPECT_EQ(MemoryMapOpenFiles::getMemoryMapFile("/no/such/map", macros), nullptr);
 }
 
 } // namespace

@@ -207,14 +207,14 @@ TEST(EnvironmentSettings, EntriesLiveInTheUserFile)
 TEST(PackageSystem, DirectoriesAndTheirFiles)
 {
     TempDir directory;
-    setupDefaultSystemMacros("/opt/../bench");
+    setupDefaultSystemMacros(macroSystem, "/opt/../bench");
     EXPECT_EQ(macroSystem.systemMacro("BenchDir"), "/bench");
     EXPECT_EQ(macroSystem.systemMacro("BenchUserDir"),
               QString::fromStdString(directory / "home/.forgeline/maxq30"));
     EXPECT_EQ(macroSystem.systemMacro("BenchMajorVersion"), "2");
     std::string targets = directory / "home/.forgeline/maxq30/packages/targets";
     std::string kept = directory.write("home/.forgeline/maxq30/packages/targets/frequencies.xml", "mine");
-    PackageSystem::setupPackageMacros("$(BenchUserDir)/packages");
+    PackageSystem::setupPackageMacros(macroSystem, "$(BenchUserDir)/packages");
     EXPECT_EQ(macroSystem.systemMacro("TargetsDir").toStdString(), targets);
     EXPECT_TRUE(macroSystem.systemMacro("SamplesDir").endsWith("/packages/samples"));
     EXPECT_EQ(contents(kept), "mine");
@@ -223,12 +223,13 @@ TEST(PackageSystem, DirectoriesAndTheirFiles)
         "<!DOCTYPE Project_Templates_File>\n<projects>\n"
         "  <include filename=\"$(BenchDir)/targets/project_templates.xml\" no_root=\"1\" />\n</projects>\n");
     std::filesystem::remove(kept);
-    PackageSystem::setupPackageMacros("$(BenchUserDir)/packages");
+    PackageSystem::setupPackageMacros(macroSystem, "$(BenchUserDir)/packages");
     EXPECT_EQ(contents(kept),
               "<envelope>\n  <include filename=\"$(BenchDir)/targets/frequencies.xml\" />\n</envelope>\n");
     std::string plain = directory.write("plain", "");
-    EXPECT_EQ(failureOf([&] { PackageSystem::setupPackageMacros(QString::fromStdString(plain)); }),
-              "cannot create " + plain + "/targets/frequencies.xml");
+    EXPECT_EQ(
+        failureOf([&] { PackageSystem::setupPackageMacros(macroSystem, QString::fromStdString(plain)); }),
+        "cannot create " + plain + "/targets/frequencies.xml");
 }
 
 } // namespace

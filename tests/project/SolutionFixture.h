@@ -3,6 +3,7 @@
 
 #include "project/MAXQ30BuildSystem.h"
 #include "project/MAXQ30ProjectSystem.h"
+#include "project/MacroSystem.h"
 #include "project/SolutionLoadError.h"
 #include "tests/support/TempDir.h"
 
@@ -10,17 +11,6 @@
 
 class SolutionFixture : public testing::Test {
 protected:
-    SolutionFixture() : build(QStringList())
-    {
-        projectSystem = &system;
-        buildSystem = &build;
-    }
-    ~SolutionFixture() override
-    {
-        projectSystem = nullptr;
-        buildSystem = nullptr;
-    }
-
     static QString q(const std::string& text) { return QString::fromStdString(text); }
 
     // A solution file around what stands inside the element.
@@ -56,6 +46,6 @@ protected:
     }
 
     TempDir directory;
-    MAXQ30ProjectSystem system;
-    MAXQ30BuildSystem build;
+    MAXQ30ProjectSystem system{macroSystem};
+    MAXQ30BuildSystem build{system, QStringList()};
 };

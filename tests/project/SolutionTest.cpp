@@ -85,7 +85,7 @@ TEST_F(Solution, ProjectPropertyValuesReadAndWriteOneConfiguration)
     int changes = 0;
     QObject::connect(&system, &ProjectSystem::propertiesChanged, [&] { ++changes; });
     ProjectElement* x = file("x.c");
-    ProjectPropertyValue value(&v, "Debug", x);
+    ProjectPropertyValue value(system, &v, "Debug", x);
     EXPECT_EQ(value.toInt(), 1);
     EXPECT_TRUE(value.inherited());
     EXPECT_TRUE(value.nonDefault());
@@ -93,14 +93,14 @@ TEST_F(Solution, ProjectPropertyValuesReadAndWriteOneConfiguration)
     value.setValue(7);
     EXPECT_EQ(value.toInt(), 7);
     EXPECT_FALSE(value.inherited());
-    EXPECT_EQ(ProjectPropertyValue(&v, "Release", x).toInt(), 1);
+    EXPECT_EQ(ProjectPropertyValue(system, &v, "Release", x).toInt(), 1);
     EXPECT_TRUE(x->configuration("Debug")->modified("v").isValid());
     system.removeProperty(x, "v", "Debug");
     EXPECT_EQ(value.toInt(), 1);
     EXPECT_EQ(changes, 2);
     const ProjectProperties& own = system.properties();
     auto read = [&](ProjectProperties::Id id) {
-        return ProjectPropertyValue(own[id], "Debug", x).toString();
+        return ProjectPropertyValue(system, own[id], "Debug", x).toString();
     };
     EXPECT_EQ(read(ProjectProperties::RelativePath), "a/x.c");
     EXPECT_EQ(read(ProjectProperties::FullPath), q(directory / "a/x.c"));
@@ -108,7 +108,7 @@ TEST_F(Solution, ProjectPropertyValuesReadAndWriteOneConfiguration)
     EXPECT_EQ(read(ProjectProperties::SolutionFileName), "s.kvp");
     EXPECT_EQ(read(ProjectProperties::FileName), "a/x.c");
     x->startTransaction();
-    ProjectPropertyValue(own[ProjectProperties::NodeName], "", x).setValue("other");
+    ProjectPropertyValue(system, own[ProjectProperties::NodeName], "", x).setValue("other");
     EXPECT_EQ(x->getName(), "other");
     x->rollbackTransaction();
     EXPECT_EQ(x->getName(), "x.c");
@@ -249,12 +249,12 @@ TEST_F(Solution, FilesAreFoundWhereTheProjectDirectoryIs)
     EXPECT_EQ(file("a.c")->path().osPathQString(), q(directory / "app/a.c"));
     EXPECT_EQ(system.findAbsoluteFile(p, q(directory / "app/x/../a.c")), file("a.c"));
     EXPECT_EQ(system.findRelativeFile(p, "./a.c"), file("a.c"));
-    EXPECT_EQ(system.findFolder(p, "F")->children().size(), 2);
+    EXPECT_EQ(system.findFolder(p, "F")->children().size(), 2u);
     EXPECT_EQ(system.getFileType(file("a.c")), "C");
     EXPECT_EQ(system.getFileType(file("Map")), "Memory Map");
     EXPECT_EQ(system.getFileType(file("c.S")), "Assembly");
     EXPECT_EQ(system.sourceFiles(p).size(), 4);
-    EXPECT_EQ(p->children().last()->getName(), "<NULL>");
+    EXPECT_EQ(p->children().back()->getName(), "<NULL>");
     EXPECT_EQ(system.findByName(p, "Map"), file("Map"));
     system.setProperty(p, "project_directory", "/moved", "Common");
     EXPECT_EQ(file("a.c")->path().osPathQString(), "/moved/a.c");
@@ -288,7 +288,8 @@ TEST_F(Solution, WhatIsSavedLoadsTheSame)
     EXPECT_EQ(string(project("P"), "a", "Debug"), "x<\"y");
     EXPECT_EQ(string(project("P"), "new", "Debug"), "value");
     EXPECT_EQ(string(file("z.c"), "c", "Debug"), "3");
-    EXPECT_EQ(system.findFolder(project("P"), "D")->children().size(), 1) << "generated files were not saved";
+    EXPECT_EQ(system.findFolder(project("P"), "D")->children().size(), 1u)
+        << "generated files were not saved";
     EXPECT_TRUE(project("L"));
 }
 

@@ -72,8 +72,8 @@ TEST_F(Templates, MissingAndDamagedTemplateFiles)
     EXPECT_EQ(string(project("P"), "x", "Common"), "1");
     templatesFile.clear();
     macroSystem.setSystemMacro("TargetsDir", "/targets");
-    EXPECT_EQ(projectTemplatesFile(), "/targets/project_templates.xml");
-    ProjectTemplates templates;
+    EXPECT_EQ(projectTemplatesFile(macroSystem), "/targets/project_templates.xml");
+    ProjectTemplates templates(system);
     templates.loadTemplates(q(directory / "templates.xml"));
     EXPECT_EQ(templates.listTemplates(), QStringList{"Other"});
     EXPECT_EQ(templates.findConfiguration("Other"), nullptr);
@@ -90,7 +90,7 @@ TEST_F(Templates, AGroupEntryStandsForManySettings)
     std::string groupFile = directory.write("groups.xml", GroupFile);
     load("<project Name=\"P\"/>");
     ProjectElement* p = project("P");
-    PropertyValueGroups groups;
+    PropertyValueGroups groups(macroSystem);
     EXPECT_EQ(groups.groupFile(), "None");
     groups.setGroupFile(q(groupFile));
     PropertyValueGroupClass* core = groups.getGroupClass("Core");
@@ -100,7 +100,7 @@ TEST_F(Templates, AGroupEntryStandsForManySettings)
     EXPECT_EQ(groups.getGroupClass("Never"), nullptr);
     EXPECT_EQ(groups.getGroupEntry("Core", "Large")->settings.size(), 2);
     EXPECT_EQ(groups.getGroupEntry("Core", "None"), nullptr);
-    PropertyValueGroupValue value(core, "Common", p);
+    PropertyValueGroupValue value(system, core, "Common", p);
     value.setPropertyValue("Small");
     EXPECT_EQ(string(p, "a", "Release"), "1");
     EXPECT_EQ(string(p, "d", "Debug"), "2");

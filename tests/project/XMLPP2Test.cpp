@@ -1,5 +1,5 @@
 #include "project/xml/XMLPP2.h"
-#include "project/limits.h"
+#include "project/xml/limits.h"
 #include "support/HException.h"
 #include "tests/support/TempDir.h"
 
@@ -37,6 +37,7 @@ protected:
     {
         std::string file = directory.write("main.xml", "<r>" + body + "</r>");
         Document document;
+        document.setFileMacros(fileMacros);
         if (!document.load(file.c_str(), macros, expand))
             return document.errorText();
         if (!document.errors.isEmpty())
@@ -46,6 +47,7 @@ protected:
         return dump(document.root());
     }
     TempDir directory;
+    MacroText::Macros fileMacros;
 };
 
 TEST_F(Preprocessor, ConditionsKeepOrDropTheirChildren)
@@ -136,7 +138,7 @@ TEST_F(Preprocessor, IncludesTakeTheirPlace)
     EXPECT_EQ(run(i + "late.xml\"/>"), "r(t a=$(k))");
     EXPECT_EQ(run(i + "nested.xml\"/>"), "r(s x=$(a)(t))") << "the directory of the including file counts";
     EXPECT_EQ(run(i + "define.xml\"/><ifdef name=\"d\"><k/></ifdef>"), "r(k)");
-    macroSystem.setSystemMacro(QStringLiteral("TestDir"), QString::fromStdString(directory / "sub"));
+    fileMacros = {{QStringLiteral("TestDir"), QString::fromStdString(directory / "sub")}};
     EXPECT_EQ(run("<include filename=\"$(TestDir)/root.xml\"/>"), "r(s x=$(a)(t))");
 }
 

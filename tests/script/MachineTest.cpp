@@ -1,6 +1,5 @@
 #include "ScriptFixture.h"
 
-#include "script/native/ESNativeError.h"
 #include "script/native/ESNativeGlobal.h"
 #include "support/HException.h"
 #include "tests/support/TempDir.h"
@@ -51,7 +50,8 @@ TEST(Machine, FailuresCarryLineKindAndText)
         EXPECT_EQ(completion.text.toStdString(), c.message) << c.source;
         ESValue name = world.context().get(completion.value.object(), g_nameString);
         EXPECT_EQ(world.context().toString(name).toStdString(), c.kind) << c.source;
-        EXPECT_TRUE(ESContext::isPrototypeOf(world.context().error()->prototype(), completion.value));
+        EXPECT_TRUE(
+            ESContext::isPrototypeOf(world.context().realm().prototype(ESRealm::Error), completion.value));
     }
 }
 
@@ -176,8 +176,8 @@ TEST(Machine, LoadLooksAlongThePathAndSwallowsFailures)
     directory.write("self.js", "load('self.js')");
     ScriptWorld world;
     EXPECT_EQ(world.value("load('good.js')"), "false");
-    world.context().globalClass()->addToLoadPath("/nonexistent");
-    world.context().globalClass()->addToLoadPath(QString::fromStdString(directory.path()));
+    ESNativeGlobal::of(&world.context())->addToLoadPath("/nonexistent");
+    ESNativeGlobal::of(&world.context())->addToLoadPath(QString::fromStdString(directory.path()));
     EXPECT_EQ(world.value("load('good.js') + loaded + loaded.length"), "truel\xc3\xb6"
                                                                        "2");
     EXPECT_EQ(world.value("load('bad.js') + '' + before"), "true1");

@@ -3,12 +3,13 @@
 
 #include "script/engine/ESContext.h"
 #include "script/native/Builtin.h"
+#include "script/native/ESLibrary.h"
 
 template <typename Context = ESContext> class ScriptWorldOf : public ESClass {
 public:
     ScriptWorldOf() : ESClass("print")
     {
-        ESContext::mkexec(nullptr, &m_context);
+        ESLibrary::mkexec(nullptr, &m_context);
         biinst(&m_context, m_context.globalObject(), {"print", "print", 0, false, 0},
                m_context.functionPrototype(), this);
     }

@@ -10,7 +10,7 @@ namespace maxq30 {
 
 namespace {
 
-class LibraryTest : public ::testing::Test {
+class Library : public ::testing::Test {
 protected:
     void SetUp() override
     {
@@ -37,7 +37,9 @@ protected:
     void* m_handle = nullptr;
 };
 
-TEST_F(LibraryTest, ExecutesThroughItsSlots)
+} // namespace
+
+TEST_F(Library, ExecutesThroughItsSlots)
 {
     EXPECT_EQ(sim->step(), 0u); // before initialise nothing happens
     EXPECT_FALSE(sim->initialise(&events, "", (dir / "missing.hex").c_str()));
@@ -62,7 +64,7 @@ TEST_F(LibraryTest, ExecutesThroughItsSlots)
     EXPECT_FALSE(sim->readCode(0, 1, bytes));
 }
 
-TEST_F(LibraryTest, FurtherCallbacksOnlyOnRequest)
+TEST_F(Library, FurtherCallbacksOnlyOnRequest)
 {
     ASSERT_TRUE(sim->initialise(&events, "", rom.c_str()));
     sim->writeRegister(1, 2, 7);
@@ -81,7 +83,62 @@ TEST_F(LibraryTest, FurtherCallbacksOnlyOnRequest)
     EXPECT_EQ(events.take(), (Log{"write.L 1c=5", "write.W 1a=0", "write.W 18=6"}));
 }
 
-TEST_F(LibraryTest, BadParametersAndRomFilesAreRefused)
+TEST_F(Library, ARunnerTellsWhatItDidAlsoWhenACallbackThrows)
+{
+    auto runnerOf = reinterpret_cast<RunnerOfMAXQSIM>(dlsym(m_handle, "runnerOfMAXQSIM"));
+    ASSERT_TRUE(runnerOf);
+    EXPECT_FALSE(runnerOf(sim));
+    struct Throwing : Recorder {
+        void onDataAccess(bool read, unsigned address, unsigned value, unsigned byteAccess) override
+        {
+            Recorder::onDataAccess(read, address, value, byteAccess);
+            if (interrupted)
+                interrupted->interrupt();
+            else
+                throw 1;
+        }
+        MAXQSIMRunner* interrupted = nullptr;
+    } throwing;
+    ASSERT_TRUE(sim->initialise(&throwing, "", rom.c_str()));
+    MAXQSIMRunner* runner = runnerOf(sim);
+    ASSERT_TRUE(runner);
+    // NOP, NOP, PUSH #5, JUMP to itself
+    const unsigned char code[] = {0x3A, 0xDA, 0x3A, 0xDA, 0x05, 0x0D, 0xFF, 0x0C};
+    ASSERT_TRUE(sim->writeCode(0, sizeof code, code));
+    const unsigned stops[] = {6, 2};
+    runner->setStops(stops, 2);
+    MAXQSIMRun run{100, false, 0, 0, false};
+    runner->run(&run);
+    EXPECT_TRUE(run.atStop);
+    EXPECT_EQ(ip(), 1u);
+    runner->run(&run);
+    EXPECT_EQ(run.steps, 0u);
+    run.fromStop = true;
+    EXPECT_THROW(runner->run(&run), int);
+    EXPECT_EQ(run.steps, 1u);
+    EXPECT_FALSE(run.atStop);
+    EXPECT_EQ(ip(), 2u);
+    runner->setStops(nullptr, 0);
+    throwing.interrupted = runner;
+    runner->run(&run);
+    EXPECT_EQ(run.steps, 1u);
+    EXPECT_EQ(run.cycles, 2u);
+    const MAXQSIMDataRange nowhere = {0, 1};
+    runner->setDataRanges(&nowhere, 1);
+    sim->writeRegister(12, 0, 2);
+    throwing.take();
+    runner->run(&run);
+    EXPECT_EQ(run.steps, 100u);
+    EXPECT_EQ(throwing.take(), Log{});
+    MAXQSIMCount counts[4];
+    ASSERT_TRUE(runner->readCounts(0, 4, counts));
+    EXPECT_EQ(counts[3].executed, 99u);
+    EXPECT_EQ(counts[3].taken, 99u);
+    EXPECT_FALSE(runner->readCounts(0x100000 - 2, 2, counts));
+    EXPECT_FALSE(runner->readCounts(1, 1, counts));
+}
+
+TEST_F(Library, BadParametersAndRomFilesAreRefused)
 {
     for (const char* parameter : {"code=63", "code=17M", "data=", "data=5000000000", "data=0x", "code=4Kx",
                                   "code=65", "speed=9", "trace=", "trace=\"open", "=", "code"}) {
@@ -119,7 +176,7 @@ TEST_F(LibraryTest, BadParametersAndRomFilesAreRefused)
     EXPECT_EQ(bytes[1], 0xDA);
 }
 
-TEST_F(LibraryTest, TraceShowsEachInstruction)
+TEST_F(Library, TraceShowsEachInstruction)
 {
     EXPECT_FALSE(sim->initialise(&events, ("trace=" + dir / "none/t.txt").c_str(), rom.c_str()));
     EXPECT_EQ(events.take(), Log{"cannot write trace file " + dir / "none/t.txt"});
@@ -142,7 +199,7 @@ TEST_F(LibraryTest, TraceShowsEachInstruction)
                           "000008: interrupt, requests 0001\n");
 }
 
-TEST_F(LibraryTest, AFullDiskUnderTheTraceIsToldAtTheEndOfARun)
+TEST_F(Library, AFullDiskUnderTheTraceIsToldAtTheEndOfARun)
 {
     ASSERT_TRUE(sim->initialise(&events, "trace=/dev/full", rom.c_str()));
     auto runAhead = reinterpret_cast<RunMAXQSIMAhead>(dlsym(m_handle, "runMAXQSIMAhead"));
@@ -158,7 +215,5 @@ TEST_F(LibraryTest, AFullDiskUnderTheTraceIsToldAtTheEndOfARun)
     EXPECT_EQ(events.take(), Log{});
     EXPECT_EQ(run.steps, 2u);
 }
-
-} // namespace
 
 } // namespace maxq30

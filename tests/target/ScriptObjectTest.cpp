@@ -1,5 +1,6 @@
 // The script object TargetInterface: every function, from a script.
 #include "script/engine/ESContext.h"
+#include "script/native/ESLibrary.h"
 #include "support/TempDir.h"
 #include "target/FakeTarget.h"
 
@@ -12,7 +13,7 @@ struct ScriptObject : ::testing::Test {
 
     void SetUp() override
     {
-        ESContext::mkexec(nullptr, &context);
+        ESLibrary::mkexec(nullptr, &context);
         target.installScriptObject(&context);
     }
     // The value as text, or what it failed with.

@@ -6,8 +6,12 @@
 // -p prints the completion value. Exit status 0 on a normal completion, 1 after a failure, 130 after
 // Ctrl-C.
 #include "script/engine/ESContext.h"
+#include "script/engine/ESException.h"
+#include "script/engine/ESValue.h"
+#include "script/engine/limits.h"
 #include "script/host/BuiltinScript.h"
 #include "script/host/HostEvaluation.h"
+#include "script/native/ESLibrary.h"
 #include "support/HException.h"
 
 #include <QFile>
@@ -91,7 +95,7 @@ int run(const Arguments& arguments)
 
     BuiltinScript script;
     InterruptibleContext context;
-    ESContext::mkexec(nullptr, &context);
+    ESLibrary::mkexec(nullptr, &context);
     script.install(&context, arguments.count, arguments.rest);
     std::signal(SIGINT, onInterrupt);
 

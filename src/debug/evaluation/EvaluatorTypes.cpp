@@ -114,8 +114,8 @@ ExpressionType ZOFFExpressionEvaluator::cast(const BaseType* type, const Express
         wanted = getType(type);
     } catch (const ParserException&) {
         throw;
-    } catch (const HException& failure) { // the limits of types
-        throw ParserException(failure.message());
+    } catch (const HException&) { // the limits of types
+        throw ParserException("type is too large");
     }
     std::unique_ptr<MyMarker> marker;
     if (value.getType() == ExpressionType::Marker) {
@@ -137,9 +137,9 @@ int64_t ZOFFExpressionEvaluator::elementCount(const Expression& size)
     count.evaluate();
     if (count.getType() != ExpressionType::Signed && count.getType() != ExpressionType::Unsigned)
         throw ParserException("bad index type");
-    return count.getType() == ExpressionType::Signed
-               ? count.getInteger()
-               : int64_t(std::min<uint64_t>(count.getUInteger(), std::numeric_limits<int64_t>::max()));
+    if (count.getType() == ExpressionType::Signed && count.getInteger() < 0)
+        throw ParserException("bad index type");
+    return int64_t(std::min<uint64_t>(count.getUInteger(), std::numeric_limits<int64_t>::max()));
 }
 
 // Made in the current pool.

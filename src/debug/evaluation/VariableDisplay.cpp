@@ -79,7 +79,9 @@ void VariableDisplay::formatVariable(const QString& name, const QString& path, c
 {
     try {
         ZOFFExpressionEvaluator::MemoryBuffer buffer(m_evaluator, marker, true);
-        if (marker.isBitField())
+        if (m_evaluator.m_unreadable) // wholly
+            add({name, path, marker.type, marker, 0}, ExpressionType());
+        else if (marker.isBitField())
             formatBits(name, path, marker);
         else
             formatType({name, path, marker.type, marker, 0});

@@ -5,6 +5,7 @@
 #include "script/engine/ESContext.h"
 #include "script/host/HostEvaluation.h"
 #include "script/native/Builtin.h"
+#include "script/native/ESLibrary.h"
 #include "support/HException.h"
 
 namespace {
@@ -34,10 +35,15 @@ std::string written(ESContext* context, int argc, const ESValue* argv)
 
 ConsoleScriptSystem::ConsoleScriptSystem() : m_context(std::make_unique<ConsoleContext>(this))
 {
-    ESContext::mkexec(nullptr, m_context.get());
+    ESLibrary::mkexec(nullptr, m_context.get());
 }
 
 ConsoleScriptSystem::~ConsoleScriptSystem() = default;
+
+bool ConsoleScriptSystem::defines(const QString& name) const
+{
+    return ESContext::hasProperty(m_context->globalObject(), ESStringPool::intern(name));
+}
 
 bool ConsoleScriptSystem::stopRequested() const
 {
@@ -72,7 +78,7 @@ ESObject* OutputObject::install(ESContext* context, const char* name, const char
 
 void OutputObject::call(ESContext* context, ESObject* function, ESObject* self, int argc, ESValue* argv)
 {
-    if (function->builtinId != FirstFreeId) {
+    if (function->builtinId() != FirstFreeId) {
         ESQObject::call(context, function, self, argc, argv);
         return;
     }

@@ -76,7 +76,9 @@ void MAXQ30Simulator::connect(bool)
     if (isConnected())
         disconnect();
     QString mapFile = memoryMapFile();
-    MemoryMap* map = mapFile.isEmpty() ? nullptr : MemoryMapOpenFiles::getMemoryMapFile(mapFile);
+    MemoryMap* map = mapFile.isEmpty()
+                         ? nullptr
+                         : MemoryMapOpenFiles::getMemoryMapFile(mapFile, macroSystem.globalMacros(true));
     if (!map)
         throw HException("cannot load memory map file: " + mapFile);
     Bracket connecting([this] { disconnect(); });

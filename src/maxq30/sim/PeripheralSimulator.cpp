@@ -3,6 +3,7 @@
 #include "script/engine/ESContext.h"
 #include "script/host/HostEvaluation.h"
 #include "script/host/ScriptSystem.h"
+#include "script/native/ESLibrary.h"
 #include "script/native/ESNativeGlobal.h"
 #include "support/HException.h"
 #include "support/Numbers.h"
@@ -27,13 +28,13 @@ public:
 PeripheralSimulator::PeripheralSimulator(const QString& fileName, TargetInterface* target)
     : m_context(std::make_unique<PeripheralContext>()), m_fileName(QFileInfo(fileName).fileName())
 {
-    ESContext::mkexec(nullptr, m_context.get());
+    ESLibrary::mkexec(nullptr, m_context.get());
     install(m_context.get(), 0, nullptr);
     target->installScriptObject(m_context.get());
     std::optional<QString> text = QTx::readText(fileName);
     if (!text)
         return;
-    m_context->globalClass()->addToLoadPath(QFileInfo(fileName).absolutePath());
+    ESNativeGlobal::of(m_context.get())->addToLoadPath(QFileInfo(fileName).absolutePath());
     executeJavaScript(*text + QLatin1Char('\n'));
 }
 

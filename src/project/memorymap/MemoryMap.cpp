@@ -1,20 +1,20 @@
 #include "project/memorymap/MemoryMap.h"
 
-#include "project/limits.h"
+#include "project/xml/limits.h"
 
 #include <QFile>
 #include <QFileInfo>
 
 bool MemoryMap::load(const QString& file, const QString& macros, bool expand)
 {
-    return load1(MacroSystem::replaceMacros(macroSystem.globalMacros(true), file), macros, expand);
+    return load1(MacroText::replaceMacros(fileMacros(), file), macros, expand);
 }
 
 bool MemoryMap::load1(const QString& file, const QString& macros, bool expand)
 {
     m_fileName = file;
     m_warnings.clear();
-    m_given = MacroSystem::macrosFromStringList(MacroSystem::stringListFromString(macros));
+    m_given = MacroText::macrosFromStringList(MacroText::stringListFromString(macros));
     bool loaded = XMLPP2::load(QFile::encodeName(file).constData(), macros.toUtf8().constData(), expand);
     if (loaded && root()) {
         processImports(root(), file, expand, 0);
@@ -51,8 +51,8 @@ void MemoryMap::processImports(XMLElement* root, const QString& file, bool expan
             if (!element->hasAttribute("filename")) {
                 warning(QStringLiteral("missing filename in <Import>"));
             } else if (mayNest(depth)) {
-                name = nameFrom(file, MacroSystem::replaceMacros(macroSystem.globalMacros(true),
-                                                                 element->attributeText("filename")));
+                name = nameFrom(file,
+                                MacroText::replaceMacros(fileMacros(), element->attributeText("filename")));
                 imported = loadMaterial(name);
             }
             if (imported) {
@@ -108,12 +108,12 @@ namespace {
 // Calls `visit` for each element below `top` in document order, until it says true.
 template <typename Visit> void walk(const MemoryMapElement* top, bool recursive, Visit visit)
 {
-    const XMLNode* node = top ? top->firstElement() : nullptr;
+    XMLNode* node = top ? top->firstElement() : nullptr;
     while (node) {
-        auto* element = static_cast<MemoryMapElement*>(const_cast<XMLNode*>(node));
+        auto* element = static_cast<MemoryMapElement*>(node);
         if (visit(element))
             return;
-        const XMLNode* next = recursive ? node->firstElement() : nullptr;
+        XMLNode* next = recursive ? node->firstElement() : nullptr;
         while (!next && node != top) {
             next = node->nextElement();
             if (!next)

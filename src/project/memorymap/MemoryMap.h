@@ -15,8 +15,9 @@ class MemoryMap : public XMLPP2 {
 public:
     MemoryMap() : XMLPP2(false) {}
 
-    // Global and system macros in the file name are expanded; `macros` are items name=value joined by
-    // ";". False when the file does not load (see errorText()); what else is wrong stands in warnings().
+    // The file macros (setFileMacros) in the name, and in those of imported maps, are expanded; `macros` are
+    // items name=value joined by ";". False when the file does not load (see errorText()); what else is wrong
+    // stands in warnings().
     bool load(const QString& file, const QString& macros, bool expand);
     bool loadFromString(const QString& text);
     // Writes the map as it is now, with the preprocessor elements resolved.

@@ -5,7 +5,7 @@
 
 class MemoryMapOpenFiles {
 public:
-    // The map, with global and system macros given to it and expansion on; null when the file does not
-    // load. It stays here; the pointer is good until a call finds that the file changed.
-    static MemoryMap* getMemoryMapFile(const QString& file);
+    // The map, with the macros given to it and expansion on; null when the file does not load. It stays
+    // here; the pointer is good until a call finds that the file changed.
+    static MemoryMap* getMemoryMapFile(const QString& file, const MacroText::Macros& macros);
 };

@@ -1,8 +1,8 @@
 #include "project/xml/XMLDocument.h"
 
-#include "project/limits.h"
 #include "project/xml/XMLParser.h"
 #include "project/xml/XMLWriter.h"
+#include "project/xml/limits.h"
 
 #include <QFile>
 #include <QSaveFile>
@@ -75,7 +75,7 @@ bool XMLDocument::readFile(const char* path, QByteArray& bytes)
 {
     OpenFile file(path);
     size_t size = 0;
-    if (!file.isOpen() || !file.isRegular(size) || size > ProjectLimits::DocumentBytes)
+    if (!file.isOpen() || !file.isRegular(size) || size > XMLLimits::DocumentBytes)
         return false;
     bytes = QByteArray(qsizetype(size), Qt::Uninitialized);
     ssize_t got = file.read(bytes.data(), size);

@@ -1,6 +1,6 @@
 #include "project/xml/XMLPP2.h"
 
-#include "project/limits.h"
+#include "project/xml/limits.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -33,8 +33,8 @@ uint32_t number(const QString& text)
 bool XMLPP2::load(const char* path, const char* macros, bool expand)
 {
     QString file = QFile::decodeName(path);
-    beginLoad(file, MacroSystem::macrosFromStringList(
-                        MacroSystem::stringListFromString(QString::fromUtf8(macros ? macros : ""))));
+    beginLoad(file, MacroText::macrosFromStringList(
+                        MacroText::stringListFromString(QString::fromUtf8(macros ? macros : ""))));
     if (!XMLDocument::load(path))
         return false;
     if (root())
@@ -63,7 +63,7 @@ void XMLPP2::expandAttributeMacros(XMLElement* element, const Macros& macros)
     for (XMLAttribute* attribute = element->getAttributeList(); attribute; attribute = attribute->next) {
         if (!strchr(attribute->value, '$'))
             continue;
-        QByteArray value = MacroSystem::replaceMacros(macros, xmlText(attribute->value)).toUtf8();
+        QByteArray value = MacroText::replaceMacros(macros, xmlText(attribute->value)).toUtf8();
         attribute->value = XMLNode::mkString(value.constData(), unsigned(value.size()));
         produced(size_t(value.size()));
     }
@@ -98,8 +98,8 @@ XMLElement* XMLPP2::copyElementAndExpandAttributeMacros(XMLElement* element, con
 
 void XMLPP2::process(XMLNode* parent, const Context& context, Macros& macros)
 {
-    if (context.depth > ProjectLimits::ElementDepth) {
-        stop(QStringLiteral("elements nest more than %1 deep").arg(ProjectLimits::ElementDepth));
+    if (context.depth > XMLLimits::ElementDepth) {
+        stop(QStringLiteral("elements nest more than %1 deep").arg(XMLLimits::ElementDepth));
         while (parent->firstChild())
             parent->removeChild(parent->firstChild());
         return;
@@ -218,18 +218,18 @@ void XMLPP2::stop(const QString& reason)
 void XMLPP2::produced(size_t bytes)
 {
     m_produced += bytes;
-    if (m_produced > ProjectLimits::ProducedBytes)
-        stop(QStringLiteral("the document grows beyond %1 bytes").arg(ProjectLimits::ProducedBytes));
+    if (m_produced > XMLLimits::ProducedBytes)
+        stop(QStringLiteral("the document grows beyond %1 bytes").arg(XMLLimits::ProducedBytes));
 }
 
 bool XMLPP2::mayNest(unsigned depth)
 {
     if (m_stopped)
         return false;
-    if (depth >= ProjectLimits::IncludeDepth)
-        stop(QStringLiteral("include files nest more than %1 deep").arg(ProjectLimits::IncludeDepth));
-    else if (m_includes >= ProjectLimits::Includes)
-        stop(QStringLiteral("more than %1 include files").arg(ProjectLimits::Includes));
+    if (depth >= XMLLimits::IncludeDepth)
+        stop(QStringLiteral("include files nest more than %1 deep").arg(XMLLimits::IncludeDepth));
+    else if (m_includes >= XMLLimits::Includes)
+        stop(QStringLiteral("more than %1 include files").arg(XMLLimits::Includes));
     return !m_stopped;
 }
 
@@ -273,8 +273,8 @@ void XMLPP2::include(XMLElement* element, const Context& context, Macros& macros
     if (!element->hasAttribute("filename")) {
         error(message("missing filename in <include>"));
     } else if (mayNest(context.includes)) {
-        file = nameFrom(context.file, MacroSystem::replaceMacros(macroSystem.systemMacros(),
-                                                                 element->attributeText("filename")));
+        file = nameFrom(context.file,
+                        MacroText::replaceMacros(m_fileMacros, element->attributeText("filename")));
         root = loadMaterial(file);
     }
     if (!root || m_stopped) {
@@ -294,8 +294,8 @@ void XMLPP2::include(XMLElement* element, const Context& context, Macros& macros
     if (element->hasAttribute("macros")) {
         QString text = element->attributeText("macros").remove(u'\n');
         Macros merged = macros;
-        MacroSystem::overwriteMacros(
-            merged, MacroSystem::macrosFromStringList(MacroSystem::stringListFromString(text)));
+        MacroText::overwriteMacros(merged,
+                                   MacroText::macrosFromStringList(MacroText::stringListFromString(text)));
         inside.expand = true;
         expandAll(material, merged);
         process(material, inside, merged);
@@ -317,7 +317,7 @@ void XMLPP2::repeat(XMLElement* element, const Context& context, Macros& macros)
     QString index = element->attributeText("index");
     auto optional = [&](const char* name, uint32_t otherwise) {
         return element->hasAttribute(name)
-                   ? number(MacroSystem::replaceMacros(macros, element->attributeText(name)))
+                   ? number(MacroText::replaceMacros(macros, element->attributeText(name)))
                    : otherwise;
     };
     uint32_t add = optional("add", 0);
@@ -333,8 +333,8 @@ void XMLPP2::repeat(XMLElement* element, const Context& context, Macros& macros)
     const size_t copyBytes = size_t(table.size()) * sizeof(QString);
     produced(copyBytes);
     for (uint64_t i = number(element->attributeText("start")); i < end; i += incr) {
-        if (++m_rounds > ProjectLimits::ForRounds)
-            stop(QStringLiteral("<for> makes more than %1 rounds").arg(ProjectLimits::ForRounds));
+        if (++m_rounds > XMLLimits::ForRounds)
+            stop(QStringLiteral("<for> makes more than %1 rounds").arg(XMLLimits::ForRounds));
         if (m_stopped)
             break;
         uint32_t value = uint32_t(i);

@@ -7,16 +7,19 @@
 // its own work on a copy of the table.
 #pragma once
 
-#include "project/MacroSystem.h"
+#include "project/xml/MacroText.h"
 #include "project/xml/XMLDocument.h"
 
 #include <QStringList>
 
 class XMLPP2 : public XMLDocument {
 public:
-    using Macros = MacroSystem::Macros;
+    using Macros = MacroText::Macros;
 
     using XMLDocument::XMLDocument;
+
+    // With what the names of included files are expanded, whatever the document's own table says.
+    void setFileMacros(const Macros& macros) { m_fileMacros = macros; }
 
     // `macros` are items `name=value` joined by ";". With `expand`, attribute values are expanded
     // before an element is looked at. Answers false when the file does not load; faults of the macro
@@ -58,6 +61,7 @@ protected:
         unsigned includes; // of files inside each other
     };
     void process(XMLNode* parent, const Context& context, Macros& macros);
+    const Macros& fileMacros() const { return m_fileMacros; }
 
 private:
     void processElement(XMLElement* element, const Context& context, Macros& macros);
@@ -74,6 +78,7 @@ private:
     void produced(size_t bytes);
 
     Macros m_macros;
+    Macros m_fileMacros;
     QStringList m_files;
     bool m_stopped = false; // a limit was passed: nothing more is included or copied
     unsigned m_includes = 0;

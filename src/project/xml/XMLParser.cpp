@@ -1,7 +1,7 @@
 #include "project/xml/XMLParser.h"
 
-#include "project/limits.h"
 #include "project/xml/XMLDocument.h"
+#include "project/xml/limits.h"
 
 #include <algorithm>
 #include <array>
@@ -111,7 +111,7 @@ const char* XMLParser::statusText(Status status)
     return "";
 }
 
-static_assert(ProjectLimits::ElementDepth == 1000, "the text of TooDeep names the limit");
+static_assert(XMLLimits::ElementDepth == 1000, "the text of TooDeep names the limit");
 
 XMLElement* XMLParser::parse(XMLDocument* document, const char* text)
 {
@@ -293,7 +293,7 @@ bool XMLParser::startTag()
         return fail(BadTagName);
     if (m_open.empty() && m_root)
         return fail(SeveralRoots);
-    if (m_open.size() >= ProjectLimits::ElementDepth)
+    if (m_open.size() >= XMLLimits::ElementDepth)
         return fail(TooDeep);
     XMLElement* element = m_document->mkXMLElement(XMLNode::mkString(tag.data(), unsigned(tag.size())));
     if (m_open.empty()) {

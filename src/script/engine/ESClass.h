@@ -1,7 +1,7 @@
-// The behaviour of a kind of objects. A host class derives from this and overrides `call`: each of its
-// script functions is an object whose class pointer leads to the host's instance and whose builtin id
-// selects the operation (see Builtin.h). The instance must outlive the contexts that it is
-// installed in.
+// The behaviour of a kind of objects. Each script function of a host class is an object whose class pointer
+// leads to the host's instance; its row (see Builtin.h) has the handler of the call, or else `call` is
+// overridden and selects the operation by the function's builtin id. The instance must outlive the contexts
+// that it is installed in.
 #pragma once
 
 #include "script/engine/ESValue.h"
@@ -11,6 +11,20 @@
 class ESContext;
 struct ESObject;
 class ESString;
+
+// One call of a native function.
+struct ESCall {
+    ESContext* context;
+    ESObject* function;
+    ESObject* self;
+    int argc;
+    ESValue* argv; // argv[0] exists even when argc is 0
+
+    // The argument at an index, or undefined past the end.
+    ESValue argument(int index) const { return index < argc ? argv[index] : g_undefined; }
+};
+// Carries out a native function and returns its result.
+using ESHandler = ESValue (*)(const ESCall& call);
 
 class ESClass {
 public:
@@ -32,8 +46,8 @@ public:
     virtual bool deleteProperty(ESContext*, ESObject*, ESString* name);
     virtual void defaultValue(ESContext*, ESObject*, int hint, ESValue* result);
 
-    // Carries out a native function. The result goes to argv[0], which exists even when argc is 0;
-    // arguments are read before it is written.
+    // Carries out a native function whose row has no handler. The result goes to argv[0], which exists even
+    // when argc is 0; arguments are read before it is written.
     virtual void call(ESContext*, ESObject* function, ESObject* self, int argc, ESValue* argv);
     // The object that `new function(...)` makes, or null to have a plain one made and `call`ed.
     virtual ESObject* construct(ESContext*, ESObject* function, int argc, ESValue* argv);

@@ -69,36 +69,23 @@ void ESCode::discard()
     lines.clear();
 }
 
-namespace {
-
-#define ES_OPERANDS(name, operands) ESOperands::operands,
-constexpr ESOperands opcodeOperands[] = {ES_OPCODES(ES_OPERANDS)};
-#undef ES_OPERANDS
-#define ES_NAME(name, operands) #name,
-constexpr const char* opcodeNames[] = {ES_OPCODES(ES_NAME)};
-#undef ES_NAME
-
-} // namespace
-
-ESOperands ESCode::operands(uint8_t opcode)
+int ESCode::depthChange(int offset, bool jumps) const
 {
-    return opcodeOperands[opcode];
-}
-
-const char* ESCode::mnemonic(uint8_t opcode)
-{
-    return opcodeNames[opcode];
-}
-
-int ESCode::size(uint8_t opcode)
-{
-    switch (opcodeOperands[opcode]) {
-    case ESOperands::None: return 1;
-    case ESOperands::Flag: return 2;
+    const ESOpcodeInfo& info = OpcodeTable[code[size_t(offset)]];
+    int change = jumps ? info.jump : info.next;
+    switch (info.operands) {
+    case ESOperands::Count: return change - operandAt(offset + 1);
     case ESOperands::SlotCount:
-    case ESOperands::NameCount: return 5;
-    default: return 3;
+    case ESOperands::NameCount: return change - operandAt(offset + 3);
+    case ESOperands::Flag: return change + code[size_t(offset) + 1];
+    case ESOperands::None:
+    case ESOperands::Number:
+    case ESOperands::String:
+    case ESOperands::Function:
+    case ESOperands::Slot:
+    case ESOperands::Target: return change;
     }
+    return change;
 }
 
 ESThread& ESCode::makeThread()

@@ -28,7 +28,11 @@ public:
     // holds them, so `this` of such a call is the global object even where names are looked up.
     std::vector<ESString*> calleeTemporaries;
     // Names in slot order: parameters first, marked as such, then locals and temporaries.
-    ESPropertyArray variables;
+    struct Variable {
+        ESString* name;
+        unsigned attributes;
+    };
+    std::vector<Variable> variables;
     int formalCount = 0;
     int localCount = 0;
     bool needsArguments = false; // an `arguments` object is made on each call
@@ -51,10 +55,11 @@ public:
     void setOperand(int offset, int operand);
     void discard();
 
-    static ESOperands operands(uint8_t opcode);
-    static const char* mnemonic(uint8_t opcode);
+    static ESOperands operands(uint8_t opcode) { return OpcodeTable[opcode].operands; }
     // Bytes of the instruction with its operands.
-    static int size(uint8_t opcode);
+    static int size(uint8_t opcode) { return 1 + operandBytes(OpcodeTable[opcode].operands); }
+    // What the instruction at an offset does to the depth of the stack.
+    int depthChange(int offset, bool jumps) const;
 
     // The form that the machine runs, made on first use.
     ESThread& thread() { return m_thread ? *m_thread : makeThread(); }

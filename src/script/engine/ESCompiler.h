@@ -30,7 +30,7 @@ public:
     ~ESCompiler();
 
     void setSource(const QString& source);
-    // Compiles all of the source and answers the code of its top level.
+    // Compiles all of the source and returns the code of its top level.
     std::unique_ptr<ESCode> parse();
     // Makes a function of a comma-separated list of identifiers and a body.
     ESObject* parseFunction(const QString& parameters, const QString& body);

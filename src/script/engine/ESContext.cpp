@@ -6,30 +6,14 @@
 #include "script/engine/ESCompiler.h"
 #include "script/engine/ESFrame.h"
 #include "script/engine/ESThread.h"
-#include "script/native/ESNativeArray.h"
-#include "script/native/ESNativeBoolean.h"
-#include "script/native/ESNativeDate.h"
-#include "script/native/ESNativeError.h"
-#include "script/native/ESNativeFunction.h"
-#include "script/native/ESNativeGlobal.h"
-#include "script/native/ESNativeMath.h"
-#include "script/native/ESNativeNumber.h"
-#include "script/native/ESNativeObject.h"
-#include "script/native/ESNativeString.h"
 
 namespace {
-
-// Variables of a function that are reached by name live in an object of this class.
-class ESActivation : public ESClass {
-public:
-    ESActivation() : ESClass("activation", Access::Plain) {}
-};
 
 // Function code stays for the life of the process, and so does this vector.
 std::vector<std::unique_ptr<ESCode>>& codeVector()
 {
-    static auto* m_codeVector = new std::vector<std::unique_ptr<ESCode>>;
-    return *m_codeVector;
+    static auto* g_codeVector = new std::vector<std::unique_ptr<ESCode>>;
+    return *g_codeVector;
 }
 
 } // namespace
@@ -37,14 +21,14 @@ std::vector<std::unique_ptr<ESCode>>& codeVector()
 // Puts the machine's state back on every way out of an eval.
 struct ESContext::StateGuard {
     explicit StateGuard(ESContext* c)
-        : context(c), A(c->m_A), sp(c->m_sp), scope(c->m_scope), self(c->m_self), frames(c->m_frameCount),
+        : context(c), sp(c->m_sp), scope(c->m_scope), self(c->m_self), frames(c->m_frameCount),
           nativeLevel(c->m_nativeLevel), file(c->m_sourceFile)
     {
         ++c->m_evalDepth;
     }
     ~StateGuard()
     {
-        context->m_A = A;
+        context->m_A = g_undefined;
         context->m_sp = sp;
         context->m_scope = scope;
         context->m_self = self;
@@ -57,9 +41,8 @@ struct ESContext::StateGuard {
     StateGuard& operator=(const StateGuard&) = delete;
 
     ESContext* context;
-    ESValue A;
     ESValue* sp;
-    ESObject* scope;
+    ESScope* scope;
     ESObject* self;
     int frames;
     int nativeLevel;
@@ -69,87 +52,48 @@ struct ESContext::StateGuard {
 ESContext::ESContext(Ask ask) : m_ask(ask)
 {
     internWellKnownStrings();
+    ESCollector::enter(this);
 }
 
-ESContext::~ESContext() = default;
-
-void ESContext::mkexec(ESObject* global, ESContext* context)
+ESContext::~ESContext()
 {
-    ESContext& c = *context;
-    c.m_stack = std::make_unique<ESValue[]>(ESLimits::StackSlots + ESLimits::StackMargin);
-    c.m_sp = c.m_stack.get();
-    c.m_limit = c.m_sp + ESLimits::StackSlots;
+    ESCollector::leave(this);
+}
+
+void ESContext::begin(ESObject* global)
+{
+    m_stack = std::make_unique<ESValue[]>(ESLimits::StackSlots + ESLimits::StackMargin);
+    m_sp = m_stack.get();
+    m_limit = m_sp + ESLimits::StackSlots;
     // Each frame lies on at least one stack slot, but for those of an eval.
-    c.m_frames = std::make_unique<ESFrame[]>(ESLimits::StackSlots + ESLimits::NativeNesting + 2);
+    m_frames = std::make_unique<ESFrame[]>(ESLimits::StackSlots + ESLimits::NativeNesting + 2);
 
-    auto objectClass = std::make_unique<ESNativeObject>();
-    auto booleanClass = std::make_unique<ESNativeBoolean>();
-    auto arrayClass = std::make_unique<ESNativeArray>();
-    auto globalClass = std::make_unique<ESNativeGlobal>();
-    auto numberClass = std::make_unique<ESNativeNumber>();
-    auto mathClass = std::make_unique<ESNativeMath>();
-    auto stringClass = std::make_unique<ESNativeString>();
-    auto functionClass = std::make_unique<ESNativeFunction>();
-    auto dateClass = std::make_unique<ESNativeDate>();
-    c.m_errorClass = std::make_unique<ESNativeError>();
-    c.m_rangeErrorClass = std::make_unique<ESNativeRangeError>();
-    c.m_referenceErrorClass = std::make_unique<ESNativeReferenceError>();
-    c.m_syntaxErrorClass = std::make_unique<ESNativeSyntaxError>();
-    c.m_typeErrorClass = std::make_unique<ESNativeTypeError>();
-    c.m_evalErrorClass = std::make_unique<ESNativeEvalError>();
-    c.m_activationClass = std::make_unique<ESActivation>();
+    ESObject* root = mkobj(nullptr, m_realm.cls(ESRealm::Object));
+    m_realm.setPrototype(ESRealm::Object, root);
+    m_heap.setPlain(root, m_realm.cls(ESRealm::Object));
+    m_realm.setPrototype(ESRealm::Function, mknative(root, m_realm.cls(ESRealm::Function), nullptr, 0));
+    m_realm.setPrototype(ESRealm::Array, mkobj(root, m_realm.cls(ESRealm::Array)));
+    const struct {
+        ESRealm::Kind kind;
+        ESValue internal;
+    } prototypes[] = {
+        {ESRealm::String, ESValue(g_emptyString)},
+        {ESRealm::Number, ESValue(0.0)},
+        {ESRealm::Boolean, g_false},
+        {ESRealm::Date, ESValue(NaN)},
+    };
+    for (const auto& row : prototypes)
+        m_realm.setPrototype(row.kind, mkobj(root, m_realm.cls(row.kind), row.internal));
+    arrayPrototype()->define(g_lengthString, ESProperty::DontEnum, ESValue(0.0));
 
-    // The text of a global object under conversion, and the receivers of calls on primitives, need no
-    // more than an object.
-    c.m_objectPrototype = c.mkobj(nullptr, objectClass.get());
-    c.m_functionPrototype = c.mkobj(c.m_objectPrototype, functionClass.get());
-    c.m_stringPrototype = c.mkobj(c.m_objectPrototype, stringClass.get(), ESValue(g_emptyString));
-    c.m_numberPrototype = c.mkobj(c.m_objectPrototype, numberClass.get(), ESValue(0.0));
-    c.m_booleanPrototype = c.mkobj(c.m_objectPrototype, booleanClass.get(), g_false);
-    c.m_arrayPrototype = c.mkobj(c.m_objectPrototype, arrayClass.get());
-    c.m_arrayPrototype->define(g_lengthString, ESProperty::DontEnum, ESValue(0.0));
-    c.m_datePrototype = c.mkobj(c.m_objectPrototype, dateClass.get(), ESValue(NaN));
-    c.m_global = global ? global : c.mkobj(c.m_objectPrototype, globalClass.get());
-    c.m_global->value = ESValue(ESStringPool::intern("[object global]"));
-    if (!c.m_global->cls)
-        c.m_global->cls = globalClass.get();
-    c.m_self = c.m_global;
-    c.m_stringReceiver = c.mkobj(c.m_stringPrototype, stringClass.get());
-    c.m_numberReceiver = c.mkobj(c.m_numberPrototype, numberClass.get());
-
-    auto* object = objectClass.get();
-    auto* boolean = booleanClass.get();
-    auto* array = arrayClass.get();
-    auto* number = numberClass.get();
-    auto* math = mathClass.get();
-    auto* string = stringClass.get();
-    auto* function = functionClass.get();
-    auto* date = dateClass.get();
-    c.m_objectClass = std::move(objectClass);
-    c.m_booleanClass = std::move(booleanClass);
-    c.m_arrayClass = std::move(arrayClass);
-    c.m_globalClass = std::move(globalClass);
-    c.m_numberClass = std::move(numberClass);
-    c.m_mathClass = std::move(mathClass);
-    c.m_stringClass = std::move(stringClass);
-    c.m_functionClass = std::move(functionClass);
-    c.m_dateClass = std::move(dateClass);
-
-    object->install(context);
-    boolean->install(context);
-    array->install(context);
-    c.m_globalClass->install(context);
-    c.m_errorClass->install(context);
-    c.m_rangeErrorClass->install(context);
-    c.m_referenceErrorClass->install(context);
-    c.m_syntaxErrorClass->install(context);
-    c.m_typeErrorClass->install(context);
-    c.m_evalErrorClass->install(context);
-    number->install(context);
-    math->install(context);
-    string->install(context);
-    function->install(context);
-    date->install(context);
+    m_global = global ? global : mkobj(root, nullptr, g_undefined);
+    if (!m_global->cls)
+        m_global->setClass(m_realm.cls(ESRealm::Global));
+    m_global->setInternal(ESValue(ESStringPool::intern("[object global]")));
+    m_global->setFlag(ESObject::Fixed);
+    m_self = m_global;
+    m_stringReceiver = mkobj(stringPrototype(), m_realm.cls(ESRealm::String), g_undefined);
+    m_numberReceiver = mkobj(numberPrototype(), m_realm.cls(ESRealm::Number), g_undefined);
 }
 
 bool ESContext::carryOnExecuting()
@@ -180,6 +124,7 @@ ESCompletion ESContext::eval(const QString& source, const QString& file)
         throw ESFatalError("virtual machine stack too small");
     StateGuard guard(this);
     ++m_nativeLevel;
+    bool inside = std::exchange(m_evalInside, false);
     if (m_evalDepth == 1)
         m_stopped = false;
     if (!file.isNull())
@@ -192,6 +137,7 @@ ESCompletion ESContext::eval(const QString& source, const QString& file)
             compiler.setSource(source);
             code = compiler.parse();
         }
+        m_evalInside = inside;
         completion.value = exec(code.get());
     } catch (const ESException& exception) {
         completion.type = ESCompletion::Thrown;
@@ -208,6 +154,37 @@ ESCompletion ESContext::eval(const QString& source, const QString& file)
         throw ESFatalError("out of memory");
     }
     return completion;
+}
+
+ESCompletion ESContext::evalInside(const QString& source, const QString& file)
+{
+    m_evalInside = true;
+    return eval(source, file);
+}
+
+void ESContext::setMemoryLimit(size_t bytes)
+{
+    m_heap.setLimit(bytes);
+    ESStringPool::setLimit(bytes);
+}
+
+void ESContext::mark(ESMarker& marker)
+{
+    for (ESValue* at = m_stack.get(); at != m_sp; ++at)
+        marker.value(*at);
+    marker.value(m_A);
+    for (int i = 0; i < m_frameCount; ++i) {
+        for (ESObject* object : {m_frames[size_t(i)].callerSelf, m_frames[size_t(i)].made})
+            if (object)
+                marker.object(object);
+    }
+    for (ESObject* object : {m_self, m_global, m_stringReceiver, m_numberReceiver})
+        if (object)
+            marker.object(object);
+    for (int kind = 0; kind < ESRealm::KindCount; ++kind)
+        if (ESObject* prototype = m_realm.prototype(ESRealm::Kind(kind)))
+            marker.object(prototype);
+    m_heap.markValues(marker);
 }
 
 ESValue ESContext::exec(ESCode* code)
@@ -258,23 +235,23 @@ int ESContext::errorLine() const
 void ESContext::throwException(ESObject* errorConstructor, const QString& text)
 {
     QString message = QStringLiteral("line %1: ").arg(errorLine()) + text;
-    ESValue argument(ESStringPool::intern(message));
+    ESValue argument(ESStringPool::text(message));
     throw ESException(ESValue(construct(errorConstructor, 1, &argument)));
 }
 
 void ESContext::throwError(const QString& text)
 {
-    throwException(m_errorClass->object(), text);
+    throwException(m_realm.constructor(ESRealm::Error), text);
 }
 
 void ESContext::throwTypeError(const QString& text)
 {
-    throwException(m_typeErrorClass->object(), text);
+    throwException(m_realm.constructor(ESRealm::TypeError), text);
 }
 
 void ESContext::throwRangeError(const QString& text)
 {
-    throwException(m_rangeErrorClass->object(), text);
+    throwException(m_realm.constructor(ESRealm::RangeError), text);
 }
 
 void ESContext::throwSyntaxError(int line, const QString& text)
@@ -283,7 +260,7 @@ void ESContext::throwSyntaxError(int line, const QString& text)
     m_errorLine = line;
     int frames = std::exchange(m_frameCount, 0);
     try {
-        throwException(m_syntaxErrorClass->object(), text);
+        throwException(m_realm.constructor(ESRealm::SyntaxError), text);
     } catch (...) {
         m_frameCount = frames;
         throw;
@@ -292,78 +269,41 @@ void ESContext::throwSyntaxError(int line, const QString& text)
 
 bool ESContext::iserrorobj(const ESValue& v) const
 {
-    return v.isObject() && isPrototypeOf(m_errorClass->prototype(), v);
+    return v.isObject() && isPrototypeOf(m_realm.prototype(ESRealm::Error), v);
 }
 
 // Objects.
 
-void ESContext::addChunk()
-{
-    m_chunks.push_back(std::make_unique<ESObject[]>(ESLimits::ObjectChunk));
-    for (int i = ESLimits::ObjectChunk; i-- > 0;) {
-        ESObject& object = m_chunks.back()[size_t(i)];
-        object.allObjects = std::exchange(m_allObjects, &object);
-        object.nextFree = std::exchange(m_freeObjects, &object);
-    }
-}
-
-ESObject* ESContext::mkobj()
-{
-    if (!m_freeObjects) [[unlikely]]
-        addChunk();
-    ESObject* object = m_freeObjects;
-    m_freeObjects = object->nextFree;
-    object->nextFree = nullptr;
-    return object;
-}
-
 ESObject* ESContext::mkobj(ESObject* prototype, ESClass* cls)
 {
-    ESObject* object = mkobj();
-    object->prototype = prototype;
-    object->cls = cls;
-    return object;
+    bool array = cls && cls->access() == ESClass::Access::Array;
+    return m_heap.make(array ? ESObject::Array : ESObject::Plain, prototype, cls);
 }
 
 ESObject* ESContext::mkobj(ESObject* prototype, ESClass* cls, const ESValue& internal)
 {
-    ESObject* object = mkobj(prototype, cls);
-    object->value = internal;
+    ESObject* object = m_heap.make(ESObject::Boxed, prototype, cls);
+    object->setInternal(internal);
     return object;
 }
 
-ESObject* ESContext::mkobj(ESObject* prototype, ESClosure* call, ESClosure* construct, ESClass* cls)
+ESNativeFunctionObject* ESContext::mknative(ESObject* prototype, ESClass* cls, ESHandler handler,
+                                            int formalCount)
 {
-    ESObject* object = mkobj(prototype, cls);
-    object->call = call;
-    object->construct = construct;
-    return object;
+    auto* function = static_cast<ESNativeFunctionObject*>(m_heap.make(ESObject::Native, prototype, cls));
+    function->handler = handler;
+    function->formalCount = formalCount;
+    return function;
 }
 
-ESClosure* ESContext::mkclosure(int formalCount)
+ESObject* ESContext::mkfunction(ESCode* code, ESScope* scope)
 {
-    if (!m_closuresLeft) {
-        m_closureChunks.push_back(std::make_unique<ESClosure[]>(ESLimits::ObjectChunk));
-        m_closuresLeft = ESLimits::ObjectChunk;
-    }
-    ESClosure* closure = &m_closureChunks.back()[size_t(--m_closuresLeft)];
-    closure->formalCount = formalCount;
-    return closure;
-}
-
-ESObject* ESContext::mkfunction(ESCode* code, ESObject* scope)
-{
-    ESClosure* closure = mkclosure(code->formalCount);
-    closure->localCount = code->localCount;
-    closure->code = code;
-    closure->scope = scope;
-    ESObject* function = mkobj(m_functionPrototype, closure, closure, m_functionClass.get());
-    ESObject* prototype = mkplain();
-    prototype->properties.reserve(1);
-    prototype->append(g_constructorString, ESProperty::DontEnum, ESValue(function));
-    function->properties.reserve(2);
-    function->append(g_lengthString, ESProperty::DontEnum, ESValue(double(code->formalCount)));
-    function->append(g_prototypeString, ESProperty::DontEnum, ESValue(prototype));
+    auto* function =
+        static_cast<ESFunctionObject*>(m_heap.make(ESObject::Function, functionPrototype(), functionClass()));
+    function->code = code;
+    function->scope = scope;
+    for (; scope && !scope->captured; scope = scope->next)
+        scope->captured = true;
     return function;
 }
 
@@ -382,20 +322,23 @@ ESObject* ESContext::newObject(ESObject*, int argc, const ESValue* argv)
     }
 }
 
-ESObject* ESContext::newArray(int length, const ESValue* values)
+ESArray* ESContext::newArray(int length, const ESValue* values)
 {
-    ESObject* array = mkobj(m_arrayPrototype, m_arrayClass.get());
-    array->properties.reserve(uint32_t(length) + 1);
+    auto* array = static_cast<ESArray*>(m_heap.make(ESObject::Array, arrayPrototype(), arrayClass()));
     array->append(g_lengthString, ESProperty::DontEnum, ESValue(double(length)));
+    array->reserveElements(uint32_t(length));
     for (int i = 0; i < length; ++i)
-        array->append(ESStringPool::number(i), 0, values[i]);
+        array->insert(uint32_t(i), values[i]);
     return array;
 }
 
 void ESContext::valinstant(ESObject* object, unsigned attributes, ESString* name, const ESValue& value)
 {
     put(object, name, value);
-    if (ESProperty* slot = object->find(name))
+    ESArray* array = object->array();
+    if (array && attributes && name->arrayIndex() >= 0 && array->at(unsigned(name->arrayIndex())))
+        object->define(name, attributes, value);
+    else if (ESProperty* slot = object->find(name))
         slot->attributes = uint8_t(attributes);
 }
 
@@ -407,4 +350,28 @@ void ESContext::varinstant(ESObject* object, unsigned attributes, ESString* name
 void ESContext::fvarinstant(ESObject* object, unsigned attributes, ESString* name, ESObject* function)
 {
     valinstant(object, attributes, name, ESValue(function));
+}
+
+// What the conversions ask for.
+
+ESContext::Method ESContext::callMethod(ESObject* object, ESString* name, ESValue* result)
+{
+    ESValue method = get(object, name);
+    if (!method.isObject() || !method.object()->isCallable())
+        return Method::Missing;
+    call(method.object(), object, 0, nullptr, result);
+    return m_stopped ? Method::Stopped : Method::Called;
+}
+
+ESObject* ESContext::wrap(const ESValue& primitive)
+{
+    ESRealm::Kind kind = primitive.isBoolean()  ? ESRealm::Boolean
+                         : primitive.isNumber() ? ESRealm::Number
+                                                : ESRealm::String;
+    return mkobj(m_realm.prototype(kind), m_realm.cls(kind), primitive);
+}
+
+bool ESContext::prefersText(const ESObject* object) const
+{
+    return object->cls == m_realm.cls(ESRealm::Date);
 }

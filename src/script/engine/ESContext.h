@@ -1,16 +1,19 @@
-// One script world: its objects, its global names, and the machine that runs code in it. Make one, call
-// mkexec, install host objects, then eval source texts; all of them share the global object.
+// One script world: its objects, its global names, and the machine that runs code in it. Make one, have
+// ESLibrary fill it, install host objects, then eval source texts; all of them share the global object.
 //
 //     ESContext context;
-//     ESContext::mkexec(nullptr, &context);
+//     ESLibrary::mkexec(nullptr, &context);
 //     ESCompletion result = context.eval("1 + 2");
 //
 // A context belongs to one thread. Nothing that a script made is freed before the context is.
 #pragma once
 
 #include "script/engine/ESClass.h"
+#include "script/engine/ESConversions.h"
 #include "script/engine/ESException.h"
+#include "script/engine/ESHeap.h"
 #include "script/engine/ESObject.h"
+#include "script/engine/ESRealm.h"
 #include "script/engine/ESStringPool.h"
 #include "script/engine/ESValue.h"
 #include "script/engine/limits.h"
@@ -22,8 +25,6 @@
 #include <vector>
 
 class ESCode;
-class ESNativeError;
-class ESNativeGlobal;
 struct ESFrame;
 
 // What came of an eval: a normal end with the value of the last statement, or a thrown value.
@@ -46,9 +47,15 @@ struct ESWarning {
     }
 };
 
-class ESContext {
+// The class of the objects that hold a function's variables.
+class ESActivation : public ESClass {
 public:
-    // How often carryOnExecuting is asked. A plain ESContext, whose answer is known, is never asked.
+    ESActivation() : ESClass("activation", Access::Plain) {}
+};
+
+class ESContext : public ESConversions {
+public:
+    // How often carryOnExecuting is asked. A plain ESContext always goes on and is never asked.
     enum class Ask {
         EachInstruction, // before every instruction
         NowAndThen       // every ESLimits::HookStride jumps and calls; costs next to nothing
@@ -58,8 +65,9 @@ public:
     ESContext(const ESContext&) = delete;
     ESContext& operator=(const ESContext&) = delete;
 
-    // Builds the native classes, their objects and the stack. A null global object has one made.
-    static void mkexec(ESObject* global, ESContext* context);
+    // Makes the stack, the prototypes and, for null, a global object. The realm has the classes already, and
+    // they put their members in afterwards.
+    void begin(ESObject* global);
 
     // False ends all running code at once; the eval then completes normally, and stopped() tells.
     virtual bool carryOnExecuting();
@@ -71,9 +79,11 @@ public:
     // whatever host calls throw pass through. In every case the machine's state is afterwards what it was
     // before. The file name is for warnings only.
     ESCompletion eval(const QString& source, const QString& file = QString());
+    // An eval on behalf of a native function that holds no values of its own meanwhile.
+    ESCompletion evalInside(const QString& source, const QString& file = QString());
     // Runs code at top level and returns its value.
     ESValue exec(ESCode* code);
-    // The warnings of all compilations since the last call, but for those that were answered before.
+    // The warnings of all compilations since the last call, but for those that it had already.
     std::vector<ESWarning> takeWarnings();
     void addWarning(int line, const QString& text);
 
@@ -96,18 +106,17 @@ public:
     [[noreturn]] void throwSyntaxError(int line, const QString& text);
     int errorLine() const;
 
-    // Objects from the free list, which addChunk fills.
-    ESObject* mkobj();
+    // Objects of this context's heap.
+    ESObject* mkobj() { return m_heap.make(ESObject::Plain, nullptr, nullptr); }
     ESObject* mkobj(ESObject* prototype, ESClass* cls);
     ESObject* mkobj(ESObject* prototype, ESClass* cls, const ESValue& internal);
-    ESObject* mkobj(ESObject* prototype, ESClosure* call, ESClosure* construct, ESClass* cls);
-    void addChunk();
-    ESClosure* mkclosure(int formalCount);
-    ESObject* mkplain() { return mkobj(m_objectPrototype, m_objectClass.get()); }
+    ESObject* mkplain() { return m_heap.make(ESObject::Plain, objectPrototype(), objectClass()); }
+    // A native function; the class gets its calls where there is no handler.
+    ESNativeFunctionObject* mknative(ESObject* prototype, ESClass* cls, ESHandler handler, int formalCount);
     // A function object with its own `prototype` object.
-    ESObject* mkfunction(ESCode* code, ESObject* scope);
+    ESObject* mkfunction(ESCode* code, ESScope* scope);
     ESObject* newObject(ESObject* function, int argc, const ESValue* argv);
-    ESObject* newArray(int length, const ESValue* values);
+    ESArray* newArray(int length, const ESValue* values);
 
     // Make a property with the object's own `put` and give it the attributes.
     void valinstant(ESObject* object, unsigned attributes, ESString* name, const ESValue& value);
@@ -117,90 +126,61 @@ public:
     // Property access through the object's class.
     ESValue get(ESObject* object, ESString* name)
     {
-        return object->cls->access() == ESClass::Access::Own ? object->cls->get(this, object, name)
-                                                             : plainGet(object, name);
+        return object->is(ESObject::OwnAccess) ? object->cls->get(this, object, name)
+                                               : plainGet(object, name);
     }
     void put(ESObject* object, ESString* name, const ESValue& value)
     {
-        if (object->cls->access() == ESClass::Access::Plain)
-            plainPut(object, name, value);
-        else
+        if (object->is(ESObject::OwnPut))
             object->cls->put(this, object, name, value);
+        else
+            plainPut(object, name, value);
     }
-    ESValue getIndex(ESObject* object, unsigned index);
+    ESValue getIndex(ESObject* object, unsigned index)
+    {
+        if (ESArray* array = object->array())
+            if (ESValue* element = array->at(index))
+                return *element;
+        return object->is(ESObject::OwnAccess) ? getOwnIndex(object, index)
+                                               : indexGet(object, index, nullptr);
+    }
+    void putIndex(ESObject* object, unsigned index, const ESValue& value)
+    {
+        if (object->kind() == ESObject::Array && index < 2147483647)
+            putElement(static_cast<ESArray*>(object), index, value, nullptr);
+        else
+            put(object, ESStringPool::number(index), value);
+    }
+    // What arrays do for an element: `length` stays above it. The name may be null.
+    static void putElement(ESArray* array, unsigned index, const ESValue& value, ESString* name);
     // What ESClass does itself.
     static ESValue plainGet(ESObject* object, ESString* name)
     {
+        if (name->arrayIndex() >= 0) [[unlikely]]
+            return indexGet(object, unsigned(name->arrayIndex()), name);
         for (; object; object = object->prototype)
             if (ESProperty* slot = object->find(name))
                 return slot->value();
         return g_undefined;
     }
+    // Looks an index up along the prototypes. A null name is looked for when it is needed.
+    static ESValue indexGet(ESObject* object, unsigned index, ESString* name);
     static void plainPut(ESObject* object, ESString* name, const ESValue& value);
 
     // Tests and changes past the object's class.
     static bool hasProperty(ESObject* object, ESString* name);
-    static bool hasOwnProperty(ESObject* object, ESString* name) { return object->find(name); }
+    static bool hasOwnProperty(ESObject* object, ESString* name);
+    // For a text that need be no name.
+    static bool hasOwnKey(ESObject* object, ESString* text);
     static bool propertyIsEnumerable(ESObject* object, ESString* name);
     static bool deleteProperty(ESObject* object, ESString* name);
     static bool deleteProperty(ESObject* object, unsigned index);
     static bool isPrototypeOf(ESObject* object, const ESValue& value);
 
-    // Names along the scope chain, the global object last. dynamicGet answers the object that held it.
+    // Names along the scope chain, the global object last. dynamicGet returns the object that held it.
     ESObject* dynamicGet(ESString* name, ESValue& value);
     void dynamicPut(ESString* name, const ESValue& value);
     bool dynamicDelete(ESString* name);
-
-    // Conversions. The hints of the primitive ones are type tags: 3 number, 4 string, 6 none.
-    enum Hint { NumberHint = 3, StringHint = 4, NoHint = 6 };
-    static bool toBoolean(const ESValue& value);
-    static ESValue es_not(const ESValue& value) { return ESValue::boolean(!toBoolean(value)); }
-    static bool identical(const ESValue& a, const ESValue& b);
-    bool equal(ESValue a, ESValue b);
-    bool less(const ESValue& a, const ESValue& b);
-    bool lessOrEqual(const ESValue& a, const ESValue& b);
-    QString toString(const ESValue& value, int radix = 10);
-    ESString* toEString(const ESValue& value);
-    double ToNumber(const ESValue& value)
-    {
-        return value.isNumber() ? value.number() : convertToNumber(value);
-    }
-    void hardToNumber(ESValue& value) { value = ESValue(convertToNumber(value)); }
-    static int32_t toInt32(double number) { return int32_t(toUint32(number)); }
-    static uint32_t toUint32(double number)
-    {
-        // Truncation to 64 bits is the sign times the floor of the magnitude; its low half is the remainder.
-        if (number > -9.2e18 && number < 9.2e18)
-            return uint32_t(int64_t(number));
-        return hugeToUint32(number);
-    }
-    int32_t toInt32(const ESValue& value) { return toInt32(ToNumber(value)); }
-    uint32_t toUint32(const ESValue& value) { return toUint32(ToNumber(value)); }
-    uint16_t toUint16(const ESValue& value) { return uint16_t(toUint32(value)); }
-    double toInteger(const ESValue& value);
-    ESObject* ToObject(const ESValue& value)
-    {
-        return value.isObject() ? value.object() : convertToObject(value);
-    }
-    void hardToObject(ESValue& value) { value = ESValue(convertToObject(value)); }
-    void hardToPrimitive(ESValue& value, int hint);
-    void defaultValue(ESObject* object, int hint, ESValue* result);
-    void coerceToVal(ESValue& value, int hint)
-    {
-        if (value.isObject())
-            hardToPrimitive(value, hint);
-    }
-    void coerceToObj(ESValue& value)
-    {
-        if (!value.isObject())
-            hardToObject(value);
-    }
-    ESValue CoerceToVal(ESValue value, int hint) { return coerceToVal(value, hint), value; }
-    ESValue CoerceToObj(ESValue value) { return coerceToObj(value), value; }
-    // The operators of the machine on any two values.
-    ESValue binary(int opcode, const ESValue& left, const ESValue& right);
-    ESValue add(ESValue left, ESValue right);
-    static ESString* numberToEString(double number);
 
     // Arrays for host code. The to... forms raise "array argument expected" for another value.
     ESObject* fromByteArray(const unsigned char* data, unsigned count);
@@ -212,27 +192,33 @@ public:
     std::unique_ptr<unsigned long[]> toUint32Array(const ESValue& value, unsigned& count);
     std::unique_ptr<unsigned[]> toWordArray(const ESValue& value, unsigned& count);
 
-    bool isarray(const ESValue& v) const { return v.isObject() && v.object()->cls == m_arrayClass.get(); }
-    bool isstrobj(const ESValue& v) const { return v.isObject() && v.object()->cls == m_stringClass.get(); }
-    bool isnumobj(const ESValue& v) const { return v.isObject() && v.object()->cls == m_numberClass.get(); }
-    bool isboolobj(const ESValue& v) const { return v.isObject() && v.object()->cls == m_booleanClass.get(); }
-    bool isdateobj(const ESValue& v) const { return v.isObject() && v.object()->cls == m_dateClass.get(); }
+    bool isarray(const ESValue& v) const { return isOf(v, ESRealm::Array); }
+    bool isstrobj(const ESValue& v) const { return isOf(v, ESRealm::String); }
+    bool isnumobj(const ESValue& v) const { return isOf(v, ESRealm::Number); }
+    bool isboolobj(const ESValue& v) const { return isOf(v, ESRealm::Boolean); }
+    bool isdateobj(const ESValue& v) const { return isOf(v, ESRealm::Date); }
     // An object of Error or one of its kinds.
     bool iserrorobj(const ESValue& v) const;
 
+    ESRealm& realm() { return m_realm; }
+    ESHeap& heap() { return m_heap; }
+    // What the context's objects may take together with all strings; ESLimits::MemoryBytes if nothing is set.
+    // Beyond that a script ends in ESFatalError "out of memory".
+    void setMemoryLimit(size_t bytes);
+    // For the collector: marks what the context leads to; and asks at the next jump or call of a script.
+    void mark(ESMarker& marker);
+    void hurry() { m_budget = 0; }
     ESObject* globalObject() const { return m_global; }
-    ESObject* objectPrototype() const { return m_objectPrototype; }
-    ESObject* functionPrototype() const { return m_functionPrototype; }
-    ESObject* stringPrototype() const { return m_stringPrototype; }
-    ESObject* numberPrototype() const { return m_numberPrototype; }
-    ESObject* booleanPrototype() const { return m_booleanPrototype; }
-    ESObject* arrayPrototype() const { return m_arrayPrototype; }
-    ESObject* datePrototype() const { return m_datePrototype; }
-    ESClass* objectClass() const { return m_objectClass.get(); }
-    ESClass* functionClass() const { return m_functionClass.get(); }
-    ESClass* arrayClass() const { return m_arrayClass.get(); }
-    ESNativeGlobal* globalClass() const { return m_globalClass.get(); }
-    ESNativeError* error() const { return m_errorClass.get(); }
+    ESObject* objectPrototype() const { return m_realm.prototype(ESRealm::Object); }
+    ESObject* functionPrototype() const { return m_realm.prototype(ESRealm::Function); }
+    ESObject* stringPrototype() const { return m_realm.prototype(ESRealm::String); }
+    ESObject* numberPrototype() const { return m_realm.prototype(ESRealm::Number); }
+    ESObject* booleanPrototype() const { return m_realm.prototype(ESRealm::Boolean); }
+    ESObject* arrayPrototype() const { return m_realm.prototype(ESRealm::Array); }
+    ESObject* datePrototype() const { return m_realm.prototype(ESRealm::Date); }
+    ESClass* objectClass() const { return m_realm.cls(ESRealm::Object); }
+    ESClass* functionClass() const { return m_realm.cls(ESRealm::Function); }
+    ESClass* arrayClass() const { return m_realm.cls(ESRealm::Array); }
 
     // All functions ever compiled, for the whole process; CLOSURE carries the index.
     static int registerFunctionCode(std::unique_ptr<ESCode> code);
@@ -240,48 +226,61 @@ public:
     // Frees it, for a process that goes through many contexts. No context may be alive.
     static void forgetFunctionCode();
 
+protected:
+    Method callMethod(ESObject* object, ESString* name, ESValue* result) override;
+    ESObject* wrap(const ESValue& primitive) override;
+    bool isGlobal(const ESObject* object) const override { return object == m_global; }
+    bool prefersText(const ESObject* object) const override;
+    [[noreturn]] void typeError(const QString& text) override { throwTypeError(text); }
+
 private:
-    friend class ESNativeClasses;
+    bool isOf(const ESValue& v, ESRealm::Kind kind) const
+    {
+        return v.isObject() && v.object()->cls == m_realm.cls(kind);
+    }
     struct StateGuard;
+    struct Run;
+    void rest();
     struct NativeLevel;
     template <bool Strict> ESValue run();
     bool strict() const;
     bool askToGoOn();
     ESValue abandon(int entry);
-    void enter(ESObject* function, ESCode* code, ESObject* scope, ESObject* self, int argc, bool entry,
+    void enter(ESObject* function, ESCode* code, ESScope* scope, ESObject* self, int argc, bool entry,
                ESObject* made = nullptr);
+    void callNative(ESNativeFunctionObject* function, ESObject* self, int argc, ESValue* argv)
+    {
+        if (function->handler)
+            argv[0] = function->handler({this, function, self, argc, argv});
+        else
+            function->cls->call(this, function, self, argc, argv);
+    }
     ESObject* makeArguments(ESObject* function, const ESValue* argv, int argc);
     ESObject* receiver(const ESValue& value, ESObject* function);
     ESValue memberOf(const ESValue& value, ESString* name);
+    void leaveScopes(ESScope* outside);
     void pushActivation(ESCode* code, const ESValue* argv, int argc);
-    void putElement(ESObject* object, ESString* name, const ESValue& value);
+    ESValue getOwnIndex(ESObject* object, unsigned index);
     void padArguments(int formalCount, int& argc);
     void checkSpace(int slots) const;
     ESObject* newInstance(ESObject* function);
     ESObject* enumerate(ESObject* object);
     ESValue getByKey(const ESValue& object, const ESValue& key);
     void putByKey(const ESValue& object, const ESValue& key, const ESValue& value);
+    bool deleteByKey(ESObject* object, const ESValue& key);
     ESValue incrementMember(const ESValue& object, const ESValue& key, int delta, bool post);
     ESValue incrementDynamic(ESString* name, int delta, bool post);
     ESObject* callee(const ESValue& value);
-    double convertToNumber(const ESValue& value);
-    ESObject* convertToObject(const ESValue& value);
-    static uint32_t hugeToUint32(double number);
     template <typename Out> std::unique_ptr<Out[]> toBuffer(const ESValue& value, unsigned& count);
     template <typename In> ESObject* fromBuffer(const In* data, unsigned count);
 
+    ESHeap m_heap;
+    ESRealm m_realm;
     ESValue m_A;
     std::unique_ptr<ESValue[]> m_stack;
     ESValue* m_sp = nullptr;    // next free slot
     ESValue* m_limit = nullptr; // behind the last usable slot
-    ESObject* m_scope = nullptr;
-    ESObject* m_objectPrototype = nullptr;
-    ESObject* m_functionPrototype = nullptr;
-    ESObject* m_stringPrototype = nullptr;
-    ESObject* m_numberPrototype = nullptr;
-    ESObject* m_booleanPrototype = nullptr;
-    ESObject* m_arrayPrototype = nullptr;
-    ESObject* m_datePrototype = nullptr;
+    ESScope* m_scope = nullptr;
     ESObject* m_global = nullptr;
     // Receivers for native methods of strings and numbers that are called on a primitive.
     ESObject* m_stringReceiver = nullptr;
@@ -292,24 +291,15 @@ private:
     std::unique_ptr<ESFrame[]> m_frames;
     int m_frameCount = 0;
     int m_nativeLevel = 0;
+    bool m_evalInside = false;
     int m_budget = ESLimits::HookStride;
     Ask m_ask;
     bool m_stopped = false;
     int m_evalDepth = 0;
     int m_errorLine = 0; // of the last compile error; a running frame knows its own
 
-    std::unique_ptr<ESNativeGlobal> m_globalClass;
-    std::unique_ptr<ESClass> m_arrayClass, m_functionClass;
-    std::unique_ptr<ESNativeError> m_errorClass, m_evalErrorClass, m_rangeErrorClass, m_referenceErrorClass,
-        m_syntaxErrorClass, m_typeErrorClass;
-    std::unique_ptr<ESClass> m_numberClass, m_stringClass, m_booleanClass, m_dateClass, m_objectClass,
-        m_mathClass, m_activationClass;
-
-    ESObject* m_freeObjects = nullptr;
-    ESObject* m_allObjects = nullptr;
-    std::vector<std::unique_ptr<ESObject[]>> m_chunks;
-    std::vector<std::unique_ptr<ESClosure[]>> m_closureChunks;
-    int m_closuresLeft = 0;
+    // Variables of a function that are reached by name live in an object of this class.
+    ESActivation m_activationClass;
 
     QString m_sourceFile;
     std::vector<ESWarning> m_warnings; // not taken yet

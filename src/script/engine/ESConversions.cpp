@@ -1,37 +1,38 @@
-// Conversions between the types of values, and the operators on values of any type.
-#include "script/engine/ESCode.h"
-#include "script/engine/ESContext.h"
+#include "script/engine/ESConversions.h"
+
+#include "script/engine/ESException.h"
 #include "script/engine/ESNumberText.h"
+#include "script/engine/ESOpcodes.h"
+#include "script/engine/ESStringPool.h"
 
 #include <charconv>
 #include <cmath>
+#include <cstring>
 
 namespace {
 
-QString textOf(const ESValue& value)
+QStringView textOf(const ESValue& value)
 {
-    return value.type() == ESValue::String ? value.string()->text() : *value.text();
+    return value.type() == ESValue::String ? value.string()->view() : QStringView(*value.text());
 }
 
-ESString* interned(const ESValue& value)
+ESString* owned(const ESValue& value)
 {
-    return value.type() == ESValue::String ? value.string() : ESStringPool::intern(*value.text());
+    return value.type() == ESValue::String ? value.string() : ESStringPool::text(*value.text());
 }
 
 // A double as text: whole numbers as 64-bit integers in the radix, beyond that clamped; others with six
-// significant digits.
-QByteArray formatNumber(double number, int radix)
+// significant digits. Returns the length.
+int formatNumber(double number, int radix, char (&buffer)[80])
 {
-    char buffer[80];
     char* end = buffer + sizeof buffer;
+    auto word = [&](const char* text) { return int(stpcpy(buffer, text) - buffer); };
     if (std::isnan(number))
-        return "NaN";
+        return word("NaN");
     if (std::isinf(number))
-        return number < 0 ? "-Infinity" : "Infinity";
-    if (number != std::trunc(number)) {
-        auto result = std::to_chars(buffer, end, number, std::chars_format::general, 6);
-        return QByteArray(buffer, qsizetype(result.ptr - buffer));
-    }
+        return word(number < 0 ? "-Infinity" : "Infinity");
+    if (number != std::trunc(number))
+        return int(std::to_chars(buffer, end, number, std::chars_format::general, 6).ptr - buffer);
     if (radix < 2 || radix > 36)
         radix = 10;
     constexpr double TwoTo63 = 9223372036854775808.0;
@@ -46,8 +47,7 @@ QByteArray formatNumber(double number, int radix)
         whole = magnitude < 2 * TwoTo63 ? uint64_t(magnitude) : ~uint64_t(0);
     if (number < 0)
         *at++ = '-';
-    auto result = std::to_chars(at, end, whole, radix);
-    return QByteArray(buffer, qsizetype(result.ptr - buffer));
+    return int(std::to_chars(at, end, whole, radix).ptr - buffer);
 }
 
 double parseNumber(QStringView text)
@@ -74,7 +74,7 @@ double parseNumber(QStringView text)
 
 } // namespace
 
-bool ESContext::toBoolean(const ESValue& value)
+bool ESConversions::toBoolean(const ESValue& value)
 {
     switch (value.type()) {
     case ESValue::Undefined:
@@ -88,11 +88,17 @@ bool ESContext::toBoolean(const ESValue& value)
     }
 }
 
-bool ESContext::identical(const ESValue& a, const ESValue& b)
+bool ESConversions::identical(const ESValue& a, const ESValue& b)
 {
     if (a.isString() && b.isString()) {
-        if (a.type() == ESValue::String && b.type() == ESValue::String)
-            return a.string() == b.string();
+        if (a.type() == ESValue::String && b.type() == ESValue::String) {
+            const ESString* left = a.string();
+            const ESString* right = b.string();
+            if (left == right)
+                return true;
+            if ((left->isName() && right->isName()) || left->length() != right->length())
+                return false;
+        }
         return textOf(a) == textOf(b);
     }
     if (a.type() != b.type())
@@ -106,7 +112,7 @@ bool ESContext::identical(const ESValue& a, const ESValue& b)
     }
 }
 
-bool ESContext::equal(ESValue a, ESValue b)
+bool ESConversions::equal(ESValue a, ESValue b)
 {
     for (;;) {
         if (a.type() == b.type() || (a.isString() && b.isString()))
@@ -128,7 +134,7 @@ bool ESContext::equal(ESValue a, ESValue b)
     }
 }
 
-bool ESContext::less(const ESValue& left, const ESValue& right)
+bool ESConversions::less(const ESValue& left, const ESValue& right)
 {
     ESValue a = CoerceToVal(left, NumberHint);
     ESValue b = CoerceToVal(right, NumberHint);
@@ -138,7 +144,7 @@ bool ESContext::less(const ESValue& left, const ESValue& right)
     return l < ToNumber(b);
 }
 
-bool ESContext::lessOrEqual(const ESValue& left, const ESValue& right)
+bool ESConversions::lessOrEqual(const ESValue& left, const ESValue& right)
 {
     ESValue a = CoerceToVal(left, NumberHint);
     ESValue b = CoerceToVal(right, NumberHint);
@@ -148,24 +154,30 @@ bool ESContext::lessOrEqual(const ESValue& left, const ESValue& right)
     return l <= ToNumber(b);
 }
 
-ESString* ESContext::numberToEString(double number)
+ESString* ESConversions::numberToEString(double number, int radix)
 {
-    if (number >= 0 && number <= 4294967295.0) {
-        unsigned whole = unsigned(number);
+    // The texts of the numbers that are met most often are kept as names.
+    if (radix == 10 && number >= 0 && number < ESLimits::NumberStrings) {
+        auto whole = unsigned(number);
         if (whole == number)
             return ESStringPool::number(whole);
     }
-    QByteArray text = formatNumber(number, 10);
-    return ESStringPool::intern(text.constData());
+    char buffer[80];
+    int length = formatNumber(number, radix, buffer);
+    return ESStringPool::text(buffer, length);
 }
 
-QString ESContext::toString(const ESValue& value, int radix)
+QString ESConversions::toString(const ESValue& value, int radix)
 {
     switch (value.type()) {
     case ESValue::Undefined: return g_undefinedString->text();
     case ESValue::Null: return g_nullString->text();
     case ESValue::Boolean: return (value.bits() ? g_trueString : g_falseString)->text();
-    case ESValue::Number: return QString::fromLatin1(formatNumber(value.number(), radix));
+    case ESValue::Number: {
+        char buffer[80];
+        int length = formatNumber(value.number(), radix, buffer);
+        return QString::fromLatin1(buffer, length);
+    }
     case ESValue::Text: return *value.text();
     case ESValue::String: return value.string()->text();
     case ESValue::Object: {
@@ -177,7 +189,7 @@ QString ESContext::toString(const ESValue& value, int radix)
     }
 }
 
-ESString* ESContext::toEString(const ESValue& value)
+ESString* ESConversions::toEString(const ESValue& value)
 {
     switch (value.type()) {
     case ESValue::String: return value.string();
@@ -187,11 +199,14 @@ ESString* ESContext::toEString(const ESValue& value)
         hardToPrimitive(primitive, StringHint);
         return toEString(primitive);
     }
-    default: return ESStringPool::intern(toString(value, 10));
+    case ESValue::Undefined: return g_undefinedString;
+    case ESValue::Null: return g_nullString;
+    case ESValue::Boolean: return value.bits() ? g_trueString : g_falseString;
+    default: return ESStringPool::text(toString(value, 10));
     }
 }
 
-double ESContext::convertToNumber(const ESValue& value)
+double ESConversions::convertToNumber(const ESValue& value)
 {
     switch (value.type()) {
     case ESValue::Undefined: return NaN;
@@ -209,7 +224,7 @@ double ESContext::convertToNumber(const ESValue& value)
     }
 }
 
-uint32_t ESContext::hugeToUint32(double number)
+uint32_t ESConversions::hugeToUint32(double number)
 {
     if (std::isnan(number) || std::isinf(number))
         return 0;
@@ -217,31 +232,31 @@ uint32_t ESContext::hugeToUint32(double number)
     return uint32_t(int64_t(low));
 }
 
-double ESContext::toInteger(const ESValue& value)
+double ESConversions::toInteger(const ESValue& value)
 {
     double number = ToNumber(value);
     return std::isnan(number) ? 0 : std::trunc(number);
 }
 
-ESObject* ESContext::convertToObject(const ESValue& value)
+ESObject* ESConversions::convertToObject(const ESValue& value)
 {
     switch (value.type()) {
-    case ESValue::Undefined: throwTypeError(QStringLiteral("can't convert undefined to an object"));
-    case ESValue::Null: throwTypeError(QStringLiteral("can't convert null to an object"));
-    case ESValue::Boolean: return mkobj(m_booleanPrototype, m_booleanClass.get(), value);
-    case ESValue::Number: return mkobj(m_numberPrototype, m_numberClass.get(), value);
+    case ESValue::Undefined: typeError(QStringLiteral("can't convert undefined to an object"));
+    case ESValue::Null: typeError(QStringLiteral("can't convert null to an object"));
+    case ESValue::Boolean:
+    case ESValue::Number: return wrap(value);
     case ESValue::Text:
-    case ESValue::String: return mkobj(m_stringPrototype, m_stringClass.get(), ESValue(interned(value)));
+    case ESValue::String: return wrap(ESValue(owned(value)));
     case ESValue::Object: return value.object();
     default: throw ESFatalError("unknown type in toObject");
     }
 }
 
-void ESContext::hardToPrimitive(ESValue& value, int hint)
+void ESConversions::hardToPrimitive(ESValue& value, int hint)
 {
     if (!value.isObject())
         return;
-    if (value.object() == m_global) {
+    if (isGlobal(value.object())) {
         value = ESValue(ESStringPool::intern("[object global]"));
         return;
     }
@@ -252,31 +267,29 @@ void ESContext::hardToPrimitive(ESValue& value, int hint)
     value = result;
 }
 
-void ESContext::defaultValue(ESObject* object, int hint, ESValue* result)
+void ESConversions::defaultValue(ESObject* object, int hint, ESValue* result)
 {
-    bool textFirst = hint == StringHint || (hint == NoHint && object->cls == m_dateClass.get());
+    bool textFirst = hint == StringHint || (hint == NoHint && prefersText(object));
     ESString* order[] = {textFirst ? g_toStringString : g_valueOfString,
                          textFirst ? g_valueOfString : g_toStringString};
     for (ESString* name : order) {
-        ESValue method = get(object, name);
-        if (!method.isObject() || !method.object()->call)
-            continue;
-        ESValue answer;
-        call(method.object(), object, 0, nullptr, &answer);
-        if (!answer.isUndefined() && !answer.isObject()) {
-            *result = answer;
+        ESValue returned;
+        switch (callMethod(object, name, &returned)) {
+        case Method::Missing: continue;
+        case Method::Called:
+            if (returned.isUndefined() || returned.isObject())
+                continue;
+            *result = returned;
             return;
-        }
-        // A stopped script answers nothing any more; there is no fault in that.
-        if (m_stopped) {
-            *result = g_undefined;
+        case Method::Stopped: // has no result, and that is no fault
+            *result = returned.isObject() ? g_undefined : returned;
             return;
         }
     }
-    throwTypeError(QStringLiteral("type error: no default value"));
+    typeError(QStringLiteral("type error: no default value"));
 }
 
-ESValue ESContext::add(ESValue left, ESValue right)
+ESValue ESConversions::add(ESValue left, ESValue right)
 {
     coerceToVal(left, NoHint);
     coerceToVal(right, NoHint);
@@ -288,7 +301,7 @@ ESValue ESContext::add(ESValue left, ESValue right)
     return ESValue(l + ToNumber(right));
 }
 
-ESValue ESContext::binary(int opcode, const ESValue& left, const ESValue& right)
+ESValue ESConversions::binary(int opcode, const ESValue& left, const ESValue& right)
 {
     if (opcode == VM_ADD)
         return add(left, right);

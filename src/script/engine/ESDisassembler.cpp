@@ -6,7 +6,7 @@ QString ESCompiler::printInsn(const ESCode* code, int offset)
     uint8_t op = code->code[size_t(offset)];
     if (op >= VM_OpcodeCount)
         return QStringLiteral("%1 ?%2").arg(offset).arg(op);
-    QString text = QStringLiteral("%1 %2").arg(offset, 5).arg(QLatin1String(ESCode::mnemonic(op)));
+    QString text = QStringLiteral("%1 %2").arg(offset, 5).arg(QLatin1String(OpcodeTable[op].mnemonic));
     auto operand = [&](int at) { return int(code->operandAt(offset + at)); };
     auto name = [&] { return ESStringPool::get(code->indexOf(operand(1)))->text(); };
     switch (ESCode::operands(op)) {

@@ -238,7 +238,7 @@ void ESGenerator::ifStatement(ESNode* node)
     patchHere(end);
 }
 
-// Emits the test of a loop and its jump, taken when the condition has the given sense; answers the new
+// Emits the test of a loop and its jump, taken when the condition has the given sense; returns the new
 // head of the jump's chain.
 int ESGenerator::gencond(ESNode* node, bool sense, int list)
 {

@@ -32,11 +32,11 @@ constexpr std::array<uint8_t, 256> makeClasses()
     return classes;
 }
 
-constexpr std::array<uint8_t, 256> classes = makeClasses();
+constexpr std::array<uint8_t, 256> ClassTable = makeClasses();
 
 bool is(char16_t c, int characterClass)
 {
-    return c < classes.size() && (classes[c] & characterClass);
+    return c < ClassTable.size() && (ClassTable[c] & characterClass);
 }
 
 int digitValue(char16_t c)
@@ -50,7 +50,7 @@ struct Operator {
 };
 
 // Longest first.
-constexpr Operator operators[] = {
+constexpr Operator OperatorTable[] = {
     {">>>=", ESToken::UshrAssign},    {"===", ESToken::StrictEqual},
     {"!==", ESToken::StrictNotEqual}, {">>>", ESToken::ShiftRightUnsigned},
     {"<<=", ESToken::ShlAssign},      {">>=", ESToken::ShrAssign},
@@ -65,7 +65,7 @@ constexpr Operator operators[] = {
     {"|=", ESToken::OrAssign},        {"^=", ESToken::XorAssign},
 };
 
-constexpr char singles[] = "(),:;?[]{}~!%&*+-./<=>^|";
+constexpr char SingleTable[] = "(),:;?[]{}~!%&*+-./<=>^|";
 
 } // namespace
 
@@ -171,7 +171,7 @@ int ESLexer::scan()
 
 int ESLexer::scanOperator()
 {
-    for (const Operator& candidate : operators) {
+    for (const Operator& candidate : OperatorTable) {
         int length = int(std::strlen(candidate.text));
         int i = 0;
         while (i < length && at(m_position + i) == char16_t(candidate.text[i]))
@@ -182,7 +182,7 @@ int ESLexer::scanOperator()
         }
     }
     char16_t c = at(m_position);
-    if (c && c < 128 && std::strchr(singles, int(c))) {
+    if (c && c < 128 && std::strchr(SingleTable, int(c))) {
         ++m_position;
         return int(c);
     }

@@ -5,7 +5,7 @@ namespace {
 
 // Binary operators by level, weakest first; within a level they group from the left.
 constexpr int LevelWidth = 4;
-constexpr int prectab[][LevelWidth] = {
+constexpr int Prectab[][LevelWidth] = {
     {ESToken::LogicalOr},
     {ESToken::LogicalAnd},
     {'|'},
@@ -17,13 +17,13 @@ constexpr int prectab[][LevelWidth] = {
     {'+', '-'},
     {'*', '/', '%'},
 };
-constexpr int levels = int(std::size(prectab));
+constexpr int LevelCount = int(std::size(Prectab));
 
 // The level of a binary operator, or -1.
 int levelOf(int token)
 {
-    for (int level = 0; level < levels; ++level)
-        for (int candidate : prectab[level])
+    for (int level = 0; level < LevelCount; ++level)
+        for (int candidate : Prectab[level])
             if (candidate && candidate == token)
                 return level;
     return -1;
@@ -212,7 +212,7 @@ ESNode* ESCompiler::memberSuffix(ESNode* object)
     if (key->kind == ESToken::StringLiteral)
         constant = key->name;
     else if (key->kind == ESToken::NumberLiteral)
-        constant = ESContext::numberToEString(m_code->numbers[size_t(key->number)]);
+        constant = ESStringPool::name(ESContext::numberToEString(m_code->numbers[size_t(key->number)]));
     if (!constant)
         return make('[', object, key);
     ESNode* node = make('.', object);
@@ -307,7 +307,7 @@ ESNode* ESCompiler::objectLiteral()
         if (token == ESToken::Identifier || token == ESToken::StringLiteral)
             key = m_lexer.name();
         else if (token == ESToken::NumberLiteral)
-            key = ESContext::numberToEString(m_lexer.number());
+            key = ESStringPool::name(ESContext::numberToEString(m_lexer.number()));
         else
             fail(m_lexer.line(),
                  QStringLiteral("number, string, or identifier expected in object initialiser"));

@@ -33,92 +33,6 @@ int arithmeticStep(int opcode)
     return STEP_ADD_S + (opcode - VM_ADD) / 2 * ArithmeticForms;
 }
 
-bool isCompareJump(int step)
-{
-    return step >= STEP_JLT_S && step <= STEP_JNID_KR;
-}
-
-bool isJump(int step)
-{
-    switch (step) {
-    case STEP_NEXT:
-    case STEP_LOGAND:
-    case STEP_LOGOR:
-    case STEP_J:
-    case STEP_JT:
-    case STEP_JF:
-    case STEP_JT_R:
-    case STEP_JF_R:
-    case STEP_JT_DROP:
-    case STEP_CASE: return true;
-    default: return isCompareJump(step);
-    }
-}
-
-// What an instruction does to the stack when it goes on behind itself, and when it jumps.
-struct StackEffect {
-    int next;
-    int jump;
-};
-
-StackEffect stackEffect(const ESCode& code, int offset)
-{
-    int op = code.code[size_t(offset)];
-    auto count = [&](int at) { return int(code.operandAt(offset + at)); };
-    switch (op) {
-    case VM_CALLW:
-    case VM_CALLG:
-    case VM_CALLA:
-    case VM_CALLAM:
-    case VM_CALLL:
-    case VM_CALLLM: return {1 - count(3), 0};
-    case VM_CALLF: return {-count(3), 0};
-    case VM_CALLX: return {-1 - count(1), 0};
-    case VM_NEWA: return {-count(1), 0};
-    case VM_MKARRAY: return {1 - count(1), 0};
-    case VM_PREINCX:
-    case VM_POSTINCX:
-    case VM_PREDECX:
-    case VM_POSTDECX: return {code.code[size_t(offset) + 1] ? 0 : -1, 0};
-    case VM_LOGAND:
-    case VM_LOGOR:
-    case VM_NEXT: return {-1, 0};
-    case VM_JT:
-    case VM_JF: return {-1, -1};
-    case VM_JT_DROP: return {-1, -2};
-    case VM_JLT: return {-2, -2};
-    case VM_PUTF: return {-2, 0};
-    case VM_PUTX: return {-3, 0};
-    case VM_NEW:
-    case VM_VOID:
-    case VM_TYPEOF:
-    case VM_ENUM:
-    case VM_ENDWITH:
-    case VM_GETF:
-    case VM_LOGNOT:
-    case VM_BITNOT:
-    case VM_POS:
-    case VM_NEG:
-    case VM_J:
-    case VM_RET: return {0, 0};
-    case VM_DROP:
-    case VM_WITH:
-    case VM_INITF:
-    case VM_GETX:
-    case VM_DELETEX: return {-1, 0};
-    default: break;
-    }
-    if (op >= VM_PUTW && op <= VM_PUTLM)
-        return {-1, 0};
-    if (op >= VM_ADD && op <= VM_USHRX)
-        return {(op - VM_ADD) % 2 ? -2 : -1, 0};
-    if (op >= VM_INC && op <= VM_DECLM)
-        return {0, 0};
-    if (op >= VM_LT && op <= VM_NONIDENTITY)
-        return {-1, 0};
-    return {1, 0};
-}
-
 } // namespace
 
 ESThread::ESThread(ESCode& code) : m_code(code)
@@ -131,8 +45,14 @@ ESThread::ESThread(ESCode& code) : m_code(code)
     makeTables();
     m_depthAt = {};
     m_isTarget = {};
-    for (const ESProperty& variable : code.variables)
-        m_names |= variable.name->nameBit();
+    for (const ESCode::Variable& variable : code.variables) {
+        ESProperty slot;
+        slot.nameIndex = uint32_t(variable.name->index());
+        slot.attributes = uint8_t(variable.attributes);
+        bool parameter = int(m_parameterSlots.size()) < code.formalCount;
+        (parameter ? m_parameterSlots : m_localSlots).push_back(slot);
+        m_names = uint16_t(m_names | variable.name->nameBit());
+    }
 }
 
 // Follows all paths and notes the greatest depth. Depths agree wherever paths meet.
@@ -157,14 +77,19 @@ void ESThread::measureStack(const ESCode& code)
         int depth = depthAt[size_t(offset)];
         deepest = std::max(deepest, depth);
         int op = code.code[size_t(offset)];
-        StackEffect effect = stackEffect(code, offset);
-        if (hasTarget(op))
-            visit(code.operandAt(offset + 1), depth + effect.jump);
-        if (op != VM_J && op != VM_RET && op != VM_RETU)
-            visit(offset + ESCode::size(uint8_t(op)), depth + effect.next);
+        switch (OpcodeTable[op].flow) {
+        case ESFlow::Branch:
+            visit(code.operandAt(offset + 1), depth + code.depthChange(offset, true));
+            [[fallthrough]];
+        case ESFlow::Next:
+            visit(offset + ESCode::size(uint8_t(op)), depth + code.depthChange(offset, false));
+            break;
+        case ESFlow::Goto: visit(code.operandAt(offset + 1), depth + code.depthChange(offset, true)); break;
+        case ESFlow::Return: break;
+        }
     }
-    // One more for the instruction that stores A before it looks for a callee.
-    m_stackNeed = deepest + 2 + (code.needsFrame ? 0 : code.localCount);
+    // More for the instruction that stores A before it looks for a callee, and for a key that is pushed.
+    m_stackNeed = deepest + 3 + (code.needsFrame ? 0 : code.localCount);
 }
 
 // Lets a jump that lands on a jump go where it would end up, and turns `&&` and `||` in conditions into
@@ -280,17 +205,29 @@ void ESThread::translateOne(const std::vector<uint8_t>& bytes, int offset)
         step.b = post;
     };
 
+    // A member that is named by an array index is taken as an element with that key.
+    auto elementKey = [&](int code) {
+        ESString* name = ESStringPool::get(m_code.indexOf(first));
+        if (name->arrayIndex() < 0)
+            return false;
+        constant(ESValue(double(name->arrayIndex())));
+        add(step, line);
+        step = ESStep();
+        step.op = uint16_t(code);
+        step.a = second;
+        add(step, line);
+        return true;
+    };
+
     if (int arithmetic = arithmeticStep(op); arithmetic >= 0) {
         plain(arithmetic);
         add(step, line);
         return;
     }
-    if (op >= VM_ADD && op <= VM_USHRX) {
-        withSlot(STEP_MEMBEROP, op - 1);
-        add(step, line);
-        return;
-    }
-    switch (op) {
+    // Only code that no compiler made has another opcode.
+    if (op >= VM_OpcodeCount)
+        qFatal("%s", qPrintable(QStringLiteral("unknown instruction %1 at %2").arg(op).arg(offset)));
+    switch (ESVmOpcode(op)) {
     case VM_NUM: constant(ESValue(m_code.numbers[size_t(first)])); break;
     case VM_NUM_0:
     case VM_NUM_1:
@@ -335,7 +272,11 @@ void ESThread::translateOne(const std::vector<uint8_t>& bytes, int offset)
         named(STEP_CALLW);
         step.a = std::ranges::find(m_code.calleeTemporaries, step.u.name) != m_code.calleeTemporaries.end();
         break;
-    case VM_CALLF: named(STEP_CALLF); break;
+    case VM_CALLF:
+        if (elementKey(STEP_CALLX))
+            return;
+        named(STEP_CALLF);
+        break;
     case VM_CALLG: withSlot(STEP_CALLG, first); break;
     case VM_CALLA: withSlot(STEP_CALLR, first); break;
     case VM_CALLL: withSlot(STEP_CALLR, formals + first); break;
@@ -343,7 +284,11 @@ void ESThread::translateOne(const std::vector<uint8_t>& bytes, int offset)
     case VM_CALLLM: withSlot(STEP_CALLLM, first); break;
     case VM_CALLX: withSlot(STEP_CALLX, first); break;
     case VM_GETW: named(STEP_GETW); break;
-    case VM_GETF: named(STEP_GETF); break;
+    case VM_GETF:
+        if (elementKey(STEP_GETX))
+            return;
+        named(STEP_GETF);
+        break;
     case VM_GETG: withSlot(STEP_GETG, first); break;
     case VM_GETA: withSlot(STEP_GETR, first); break;
     case VM_GETL: withSlot(STEP_GETR, formals + first); break;
@@ -351,7 +296,11 @@ void ESThread::translateOne(const std::vector<uint8_t>& bytes, int offset)
     case VM_GETLM: withSlot(STEP_GETLM, first); break;
     case VM_GETX: plain(STEP_GETX); break;
     case VM_PUTW: named(STEP_PUTW); break;
-    case VM_PUTF: named(STEP_PUTF); break;
+    case VM_PUTF:
+        if (elementKey(STEP_PUTX))
+            return;
+        named(STEP_PUTF);
+        break;
     case VM_PUTG: withSlot(STEP_PUTG, first); break;
     case VM_PUTA: withSlot(STEP_PUTR, first); break;
     case VM_PUTL: withSlot(STEP_PUTR, formals + first); break;
@@ -402,9 +351,29 @@ void ESThread::translateOne(const std::vector<uint8_t>& bytes, int offset)
     case VM_JLT: addJump(STEP_JLT_S, first, line); return;
     case VM_RET: plain(STEP_RET); break;
     case VM_RETU: plain(STEP_RETU); break;
-    default:
-        // Only code that no compiler made has such an opcode.
-        qFatal("%s", qPrintable(QStringLiteral("unknown instruction %1 at %2").arg(op).arg(offset)));
+    case VM_ADDX:
+    case VM_SUBX:
+    case VM_MULX:
+    case VM_DIVX:
+    case VM_MODX:
+    case VM_BITANDX:
+    case VM_BITORX:
+    case VM_BITXORX:
+    case VM_SHLX:
+    case VM_SHRX:
+    case VM_USHRX: withSlot(STEP_MEMBEROP, op - 1); break;
+    case VM_ADD:
+    case VM_SUB:
+    case VM_MUL:
+    case VM_DIV:
+    case VM_MOD:
+    case VM_BITAND:
+    case VM_BITOR:
+    case VM_BITXOR:
+    case VM_SHL:
+    case VM_SHR:
+    case VM_USHR:
+    case VM_OpcodeCount: return; // left above
     }
     add(step, line);
 }

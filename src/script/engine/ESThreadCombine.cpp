@@ -5,16 +5,6 @@
 
 namespace {
 
-bool isArithmetic(int step)
-{
-    return step >= STEP_ADD_S && step <= STEP_USHR_RKP;
-}
-
-bool isCompareJump(int step)
-{
-    return step >= STEP_JLT_S && step <= STEP_JNID_KR;
-}
-
 bool isNumber(const ESStep& step)
 {
     return step.op == STEP_CONST && step.b == ESValue::Number;

@@ -5,7 +5,8 @@
 namespace {
 
 #define ES_TEXT(name, text) text,
-constexpr const char* texts[] = {ES_SYMBOL_TOKENS(ES_TEXT) ES_WORD_TOKENS(ES_TEXT) ES_NODE_KINDS(ES_TEXT)};
+constexpr const char* TextTable[] = {ES_SYMBOL_TOKENS(ES_TEXT) ES_WORD_TOKENS(ES_TEXT)
+                                         ES_NODE_KINDS(ES_TEXT)};
 #undef ES_TEXT
 
 QHash<QString, int> makeKeywords()
@@ -24,7 +25,7 @@ QString ESToken::text(int token)
     if (token >= 0 && token < 128)
         return QString(QChar(token));
     if (token > BeforeFirst && token < Last)
-        return QString::fromLatin1(texts[token - BeforeFirst - 1]);
+        return QString::fromLatin1(TextTable[token - BeforeFirst - 1]);
     return QStringLiteral("token<%1>").arg(token);
 }
 

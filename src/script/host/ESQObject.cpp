@@ -16,6 +16,24 @@ QMetaProperty findProperty(QObject* object, const QString& name)
     return object->metaObject()->property(index);
 }
 
+ESQObject* instance(const ESCall& call)
+{
+    return static_cast<ESQObject*>(call.function->cls);
+}
+
+constexpr Builtin RowTable[] = {
+    {"SetProperty", "ESQObject.prototype.SetProperty", 2, false, 0,
+     [](const ESCall& call) {
+         ESQObject::setProperty(instance(call), call.context, call.argv);
+         return call.argv[0];
+     }},
+    {"GetProperty", "ESQObject.prototype.GetProperty", 1, false, 1,
+     [](const ESCall& call) {
+         ESQObject::getProperty(instance(call), call.context, call.argv);
+         return call.argv[0];
+     }},
+};
+
 } // namespace
 
 ESQObject::ESQObject() : ESClass("ESQObject") {}
@@ -28,28 +46,19 @@ ESObject* ESQObject::installScriptObject(ESContext* context)
     context->valinstant(context->globalObject(), ESProperty::DontEnum, ESStringPool::intern(className()),
                         object);
     ESObject* prototype = context->functionPrototype();
-    biinst(context, object, {"SetProperty", "ESQObject.prototype.SetProperty", 2, false, SetPropertyId},
-           prototype, this);
-    biinst(context, object, {"GetProperty", "ESQObject.prototype.GetProperty", 1, false, GetPropertyId},
-           prototype, this);
+    for (const Builtin& row : RowTable)
+        biinst(context, object, row, prototype, this);
     return object;
 }
 
-void ESQObject::call(ESContext* context, ESObject* function, ESObject*, int, ESValue* argv)
-{
-    switch (function->builtinId) {
-    case SetPropertyId: setProperty(this, context, argv); return;
-    case GetPropertyId: getProperty(this, context, argv); return;
-    default: return;
-    }
-}
+void ESQObject::call(ESContext*, ESObject*, ESObject*, int, ESValue*) {}
 
 void ESQObject::getProperty(QObject* object, ESContext* context, ESValue* argv)
 {
     QString name = context->toString(argv[0], 10);
     QMetaProperty property = findProperty(object, name);
     QVariant value = property.read(object);
-    auto string = [](const QString& text) { return ESValue(ESStringPool::intern(text)); };
+    auto string = [](const QString& text) { return ESValue(ESStringPool::text(text)); };
     if (property.isEnumType()) {
         argv[0] = string(QString::fromUtf8(property.enumerator().valueToKey(value.toInt())));
         return;

@@ -15,7 +15,7 @@ public:
     // Makes the global object that is named after the most derived class. A subclass calls this first and
     // adds its own functions, with ids from FirstFreeId.
     virtual ESObject* installScriptObject(ESContext* context);
-    // A subclass handles its ids and hands the rest on to this.
+    // For rows of a subclass that have no handler; here, nothing.
     void call(ESContext* context, ESObject* function, ESObject* self, int argc, ESValue* argv) override;
 
     // The property named by argv[0], of any QObject: into argv[0], or from argv[1]. Throw HException
@@ -25,5 +25,5 @@ public:
     using QObject::setProperty;
 
 protected:
-    enum { SetPropertyId = 0, GetPropertyId = 1, FirstFreeId = 2 };
+    enum { FirstFreeId = 2 };
 };

@@ -3,10 +3,12 @@
 //
 //     ESObject* object = context->mkobj(context->objectPrototype(), context->objectClass());
 //     context->valinstant(context->globalObject(), ESProperty::DontEnum, ESStringPool::intern("Lamp"),
-//     object); biinst(context, object, {"on", "Lamp.prototype.on", 1, false, 0},
-//     context->functionPrototype(), this);
+//                         object);
+//     biinst(context, object, {"on", "Lamp.prototype.on", 1, false, 0, turnOn}, context->functionPrototype(),
+//            this);
 //
-// and gets its calls in `call` of the ESClass given last, with the row's id in function->builtinId.
+// A row's handler carries the call out; call.function->cls is the instance that was given last. A row without
+// a handler has its calls arrive in `call` of that instance, with the row's id in function->builtinId().
 #pragma once
 
 #include "script/engine/ESContext.h"
@@ -17,9 +19,10 @@ struct Builtin {
     int argumentCount;    // its `length`; a call with fewer finds undefined in the missing slots
     bool constructor;
     int id; // 0 and up
+    ESHandler handler = nullptr;
 };
 
-// A function object as a DontEnum property of the owner. Answers the function.
+// A function object as a DontEnum property of the owner. Returns the function.
 ESObject* biinst(ESContext* context, ESObject* owner, const Builtin& row, ESObject* prototype, ESClass* cls);
 // A constructor, linked with the prototype of what it constructs; no property of anything yet.
 ESObject* mkbiobj(ESContext* context, const Builtin& row, ESObject* prototype, ESClass* cls);

@@ -1,13 +1,8 @@
 #include "script/native/ESNative.h"
 
-void ESNative::badCall(ESContext* context)
-{
-    context->throwError(QStringLiteral("bad signature in builtin call"));
-}
-
 void ESNative::call(ESContext* context, ESObject*, ESObject*, int, ESValue*)
 {
-    badCall(context);
+    context->throwError(QStringLiteral("bad signature in builtin call"));
 }
 
 ESObject* ESNative::construct(ESContext* context, ESObject*, int, ESValue*)

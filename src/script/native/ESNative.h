@@ -1,5 +1,5 @@
-// Base of the classes that every context has. A function id that a class does not know is answered with
-// an Error.
+// Base of the classes that every context has: each puts its objects and functions in from a table of rows
+// with handlers. A row without a handler throws Error "bad signature in builtin call" when it is called.
 #pragma once
 
 #include "script/native/Builtin.h"
@@ -15,11 +15,20 @@ public:
 protected:
     explicit ESNative(const char* className, Access access = Access::Plain) : ESClass(className, access) {}
 
-    [[noreturn]] static void badCall(ESContext* context);
+    // A row of a constructor, whose calls without `new` go to the handler; and one of a member.
+    static constexpr Builtin constructorRow(const char* name, int argumentCount, ESHandler handler)
+    {
+        return {name, name, argumentCount, true, 0, handler};
+    }
+    static constexpr Builtin row(const char* name, const char* fullName, int argumentCount, ESHandler handler)
+    {
+        return {name, fullName, argumentCount, false, 1, handler};
+    }
+
     // The members of a prototype: each row becomes a function of this class.
     template <size_t N> void installMembers(ESContext* context, ESObject* owner, const Builtin (&rows)[N])
     {
-        owner->properties.reserve(owner->properties.count() + uint32_t(N) + 2);
+        owner->reserve(owner->slotCount() + uint32_t(N) + 2);
         for (const Builtin& row : rows)
             biinst(context, owner, row, context->functionPrototype(), this);
     }

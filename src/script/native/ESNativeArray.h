@@ -8,7 +8,6 @@ public:
     ESNativeArray();
     void install(ESContext* context) override;
     void put(ESContext* context, ESObject* array, ESString* name, const ESValue& value) override;
-    void call(ESContext* context, ESObject* function, ESObject* self, int argc, ESValue* argv) override;
     ESObject* construct(ESContext* context, ESObject* function, int argc, ESValue* argv) override;
 
     // Stores by index; undefined deletes the element instead.
@@ -18,12 +17,13 @@ public:
 
 private:
     static void setLength(ESContext* context, ESObject* array, const ESValue& value);
-    ESObject* make(ESContext* context, int argc, const ESValue* argv);
-    static ESValue concat(ESContext* context, ESObject* self, int argc, const ESValue* argv);
-    static ESValue pop(ESContext* context, ESObject* self);
-    static ESValue push(ESContext* context, ESObject* self, int argc, const ESValue* argv);
-    static void reverse(ESContext* context, ESObject* self);
-    static ESValue shift(ESContext* context, ESObject* self);
-    static ESValue slice(ESContext* context, ESObject* self, const ESValue& start, const ESValue& end);
-    static void sort(ESContext* context, ESObject* self, const ESValue& comparator);
+    static ESObject* make(ESContext* context, int argc, const ESValue* argv);
+    static ESValue toString(const ESCall& call);
+    static ESValue concat(const ESCall& call);
+    static ESValue pop(const ESCall& call);
+    static ESValue push(const ESCall& call);
+    static ESValue reverse(const ESCall& call);
+    static ESValue shift(const ESCall& call);
+    static ESValue slice(const ESCall& call);
+    static ESValue sort(const ESCall& call);
 };

@@ -2,42 +2,38 @@
 
 namespace {
 
-enum { Constructor, ToString, ValueOf };
+ESValue make(const ESCall& call)
+{
+    return ESValue::boolean(ESContext::toBoolean(call.argument(0)));
+}
 
-constexpr Builtin constructorRow = {"Boolean", "Boolean", 1, true, Constructor};
-constexpr Builtin members[] = {
-    {"toString", "Boolean.prototype.toString", 0, false, ToString},
-    {"valueOf", "Boolean.prototype.valueOf", 0, false, ValueOf},
-};
+ESValue valueOf(const ESCall& call)
+{
+    if (!call.context->isboolobj(ESValue(call.self)))
+        call.context->throwTypeError(
+            QStringLiteral("Boolean.prototype.toString called on non-Boolean object"));
+    return call.self->internal();
+}
+
+ESValue toString(const ESCall& call)
+{
+    return ESValue(call.context->toEString(valueOf(call)));
+}
 
 } // namespace
 
-ESNativeBoolean::ESNativeBoolean() : ESNative("Boolean") {}
-
 void ESNativeBoolean::install(ESContext* context)
 {
-    installConstructor(context, constructorRow, context->booleanPrototype());
-    installMembers(context, context->booleanPrototype(), members);
+    static constexpr Builtin MemberTable[] = {
+        row("toString", "Boolean.prototype.toString", 0, toString),
+        row("valueOf", "Boolean.prototype.valueOf", 0, valueOf),
+    };
+    installConstructor(context, constructorRow("Boolean", 1, make), context->booleanPrototype());
+    installMembers(context, context->booleanPrototype(), MemberTable);
 }
 
-void ESNativeBoolean::call(ESContext* context, ESObject* function, ESObject* self, int argc, ESValue* argv)
+ESObject* ESNativeBoolean::construct(ESContext* context, ESObject*, int argc, ESValue* argv)
 {
-    int id = function->builtinId;
-    if (id == Constructor) {
-        argv[0] = ESValue::boolean(ESContext::toBoolean(biarg(argc, argv, 0)));
-        return;
-    }
-    if (id != ToString && id != ValueOf)
-        badCall(context);
-    if (self->cls != this)
-        context->throwTypeError(QStringLiteral("Boolean.prototype.toString called on non-Boolean object"));
-    argv[0] = id == ToString ? ESValue(context->toEString(self->value)) : self->value;
-}
-
-ESObject* ESNativeBoolean::construct(ESContext* context, ESObject* function, int argc, ESValue* argv)
-{
-    if (function->builtinId != Constructor)
-        return ESNative::construct(context, function, argc, argv);
     ESValue value = ESValue::boolean(ESContext::toBoolean(biarg(argc, argv, 0)));
     return context->mkobj(context->booleanPrototype(), this, value);
 }

@@ -5,8 +5,7 @@
 
 class ESNativeBoolean : public ESNative {
 public:
-    ESNativeBoolean();
+    ESNativeBoolean() : ESNative("Boolean") {}
     void install(ESContext* context) override;
-    void call(ESContext* context, ESObject* function, ESObject* self, int argc, ESValue* argv) override;
     ESObject* construct(ESContext* context, ESObject* function, int argc, ESValue* argv) override;
 };

@@ -8,87 +8,6 @@ namespace {
 constexpr double DayLength = 86400000;
 constexpr double LastTime = 8.64e15;
 
-enum {
-    Constructor,
-    ToString,
-    ToLocaleString,
-    ToUTCString,
-    ToDateString,
-    ToLocaleDateString,
-    ToTimeString,
-    ToLocaleTimeString,
-    ValueOf,
-    GetTime,
-    GetFullYear,
-    GetMonth,
-    GetDate,
-    GetDay,
-    GetHours,
-    GetMinutes,
-    GetSeconds,
-    GetMilliseconds,
-    GetTimezoneOffset,
-    SetTime,
-    SetMilliseconds,
-    SetSeconds,
-    SetMinutes,
-    SetHours,
-    SetDate,
-    SetMonth,
-    SetFullYear,
-};
-
-constexpr Builtin constructorRow = {"Date", "Date", 1, true, Constructor};
-
-#define ES_DATE(name, count, id)                                                                             \
-    {                                                                                                        \
-        name, "Date.prototype." name, count, false, id                                                       \
-    }
-constexpr Builtin members[] = {
-    ES_DATE("toString", 0, ToString),
-    ES_DATE("toLocaleString", 0, ToLocaleString),
-    ES_DATE("toUTCString", 0, ToUTCString),
-    ES_DATE("toDateString", 0, ToDateString),
-    ES_DATE("toLocaleDateString", 0, ToLocaleDateString),
-    ES_DATE("toTimeString", 0, ToTimeString),
-    ES_DATE("toLocaleTimeString", 0, ToLocaleTimeString),
-    ES_DATE("valueOf", 0, ValueOf),
-    ES_DATE("getTime", 0, GetTime),
-    ES_DATE("getFullYear", 0, GetFullYear),
-    ES_DATE("getUTCFullYear", 0, GetFullYear),
-    ES_DATE("getMonth", 0, GetMonth),
-    ES_DATE("getUTCMonth", 0, GetMonth),
-    ES_DATE("getDate", 0, GetDate),
-    ES_DATE("getUTCDate", 0, GetDate),
-    ES_DATE("getDay", 0, GetDay),
-    ES_DATE("getUTCDay", 0, GetDay),
-    ES_DATE("getHours", 0, GetHours),
-    ES_DATE("getUTCHours", 0, GetHours),
-    ES_DATE("getMinutes", 0, GetMinutes),
-    ES_DATE("getUTCMinutes", 0, GetMinutes),
-    ES_DATE("getSeconds", 0, GetSeconds),
-    ES_DATE("getUTCSeconds", 0, GetSeconds),
-    ES_DATE("getMilliseconds", 0, GetMilliseconds),
-    ES_DATE("getUTCMilliseconds", 0, GetMilliseconds),
-    ES_DATE("getTimezoneOffset", 0, GetTimezoneOffset),
-    ES_DATE("setTime", 1, SetTime),
-    ES_DATE("setMilliseconds", 1, SetMilliseconds),
-    ES_DATE("setUTCMilliseconds", 1, SetMilliseconds),
-    ES_DATE("setSeconds", 2, SetSeconds),
-    ES_DATE("setUTCSeconds", 2, SetSeconds),
-    ES_DATE("setMinutes", 2, SetMinutes),
-    ES_DATE("setUTCMinutes", 3, SetMinutes),
-    ES_DATE("setHours", 4, SetHours),
-    ES_DATE("setUTCHours", 4, SetHours),
-    ES_DATE("setDate", 1, SetDate),
-    ES_DATE("setUTCDate", 1, SetDate),
-    ES_DATE("setMonth", 2, SetMonth),
-    ES_DATE("setUTCMonth", 2, SetMonth),
-    ES_DATE("setFullYear", 3, SetFullYear),
-    ES_DATE("setUTCFullYear", 3, SetFullYear),
-};
-#undef ES_DATE
-
 double now()
 {
     QDateTime current = QDateTime::currentDateTime();
@@ -115,6 +34,19 @@ double fromFields(ESContext* context, int argc, const ESValue* argv)
                                   ESNativeDate::MakeTime(fields[3], fields[4], fields[5], fields[6]));
 }
 
+// The time value of the receiver.
+double timeOf(const ESCall& call)
+{
+    if (!call.context->isdateobj(ESValue(call.self)) || !call.self->internal().isNumber())
+        call.context->throwTypeError(QStringLiteral("Date object required"));
+    return call.self->internal().number();
+}
+
+bool isDate(double time)
+{
+    return std::isfinite(time) && std::fabs(time) <= LastTime;
+}
+
 double modulo(double value, double by)
 {
     double rest = std::fmod(value, by);
@@ -122,21 +54,6 @@ double modulo(double value, double by)
 }
 
 } // namespace
-
-ESNativeDate::ESNativeDate() : ESNative("Date") {}
-
-void ESNativeDate::install(ESContext* context)
-{
-    installConstructor(context, constructorRow, context->datePrototype());
-    installMembers(context, context->datePrototype(), members);
-    // A setter takes what it was not given from the date, so it has to see how many arguments there are.
-    for (const Builtin& row : members) {
-        if (row.id < SetTime)
-            continue;
-        ESValue setter = context->get(context->datePrototype(), ESStringPool::intern(row.name));
-        setter.object()->call->formalCount = 0;
-    }
-}
 
 double ESNativeDate::MakeTime(double hour, double min, double sec, double ms)
 {
@@ -235,101 +152,184 @@ double ESNativeDate::esdate(const QAzDateTime& date)
     return MakeDate(double(date.julianDayNumber()), double(date.time().msecsSinceStartOfDay()));
 }
 
-ESValue ESNativeDate::text(int id, double time)
+namespace {
+
+enum class Part { Both, Day, Time };
+
+template <Part part> ESValue toText(const ESCall& call)
 {
-    if (!std::isfinite(time) || std::fabs(time) > LastTime)
+    double time = timeOf(call);
+    if (!isDate(time))
         return ESValue(ESStringPool::intern("Invalid Date"));
-    QAzDateTime date = qdate(time);
+    QAzDateTime date = ESNativeDate::qdate(time);
     QString day = date.date().toString(Qt::TextDate);
     QString clock = date.time().toString(Qt::TextDate);
-    switch (id) {
-    case ToDateString:
-    case ToLocaleDateString: return ESValue(ESStringPool::intern(day));
-    case ToTimeString:
-    case ToLocaleTimeString: return ESValue(ESStringPool::intern(clock));
-    default: {
-        // The text format puts the time before the year.
-        qsizetype year = day.lastIndexOf(' ');
-        return ESValue(ESStringPool::intern(day.left(year + 1) + clock + day.mid(year)));
-    }
-    }
+    if (part != Part::Both)
+        return ESValue(ESStringPool::text(part == Part::Day ? day : clock));
+    // The text format puts the time before the year.
+    qsizetype year = day.lastIndexOf(' ');
+    return ESValue(ESStringPool::text(day.left(year + 1) + clock + day.mid(year)));
 }
 
-ESValue ESNativeDate::field(int id, double time)
+ESValue getTime(const ESCall& call)
 {
-    if (id == ValueOf || id == GetTime)
-        return ESValue(time);
-    if (id == GetTimezoneOffset)
-        return ESValue(0.0);
-    if (!std::isfinite(time) || std::fabs(time) > LastTime)
-        return ESValue(NaN);
-    switch (id) {
-    case GetFullYear: return ESValue(YearFromTime(time));
-    case GetMonth: return ESValue(MonthFromTime(time));
-    case GetDate: return ESValue(DateFromTime(time));
-    case GetDay: return ESValue(WeekDay(time));
-    case GetHours: return ESValue(HourFromTime(time));
-    case GetMinutes: return ESValue(MinFromTime(time));
-    case GetSeconds: return ESValue(SecFromTime(time));
-    default: return ESValue(msFromTime(time));
-    }
+    return ESValue(timeOf(call));
 }
 
-double ESNativeDate::changed(ESContext* context, int id, double time, int argc, const ESValue* argv)
+ESValue getTimezoneOffset(const ESCall& call)
 {
-    double given[4] = {NaN, NaN, NaN, NaN};
-    int count = std::min(argc, 4);
-    for (int i = 0; i < count; ++i)
-        given[i] = context->ToNumber(argv[i]);
-    if (id == SetTime)
-        return TimeClip(given[0]);
-    if (!std::isfinite(time) || std::fabs(time) > LastTime)
-        return NaN;
-    // The field that a setter begins with has to be there; the ones behind it may be.
-    auto pick = [&](int index, double current) {
-        return index == 0 || index < count ? given[index] : current;
+    timeOf(call);
+    return ESValue(0.0);
+}
+
+template <double (*field)(double)> ESValue get(const ESCall& call)
+{
+    double time = timeOf(call);
+    return ESValue(isDate(time) ? field(time) : NaN);
+}
+
+// What a setter was given, and the date that it takes the rest from: the field that it begins with has to
+// be there, those behind it may be.
+struct Change {
+    double time;
+    int count;
+    double given[4];
+
+    double pick(int index, double (*current)(double)) const
+    {
+        return index == 0 || index < count ? given[index] : current(time);
+    }
+};
+
+template <double (*change)(const Change&)> ESValue set(const ESCall& call)
+{
+    Change the{timeOf(call), std::min(call.argc, 4), {NaN, NaN, NaN, NaN}};
+    for (int i = 0; i < the.count; ++i)
+        the.given[i] = call.context->ToNumber(call.argv[i]);
+    call.self->setInternal(ESValue(isDate(the.time) ? ESNativeDate::TimeClip(change(the)) : NaN));
+    return call.self->internal();
+}
+
+ESValue setTime(const ESCall& call)
+{
+    timeOf(call);
+    double given = call.argc > 0 ? call.context->ToNumber(call.argv[0]) : NaN;
+    for (int i = 1; i < std::min(call.argc, 4); ++i)
+        call.context->ToNumber(call.argv[i]);
+    call.self->setInternal(ESValue(ESNativeDate::TimeClip(given)));
+    return call.self->internal();
+}
+
+using D = ESNativeDate;
+
+double changedMilliseconds(const Change& c)
+{
+    return D::MakeDate(D::Day(c.time), D::MakeTime(D::HourFromTime(c.time), D::MinFromTime(c.time),
+                                                   D::SecFromTime(c.time), c.given[0]));
+}
+
+double changedSeconds(const Change& c)
+{
+    return D::MakeDate(D::Day(c.time), D::MakeTime(D::HourFromTime(c.time), D::MinFromTime(c.time),
+                                                   c.given[0], c.pick(1, D::msFromTime)));
+}
+
+double changedMinutes(const Change& c)
+{
+    return D::MakeDate(D::Day(c.time), D::MakeTime(D::HourFromTime(c.time), c.given[0],
+                                                   c.pick(1, D::SecFromTime), c.pick(2, D::msFromTime)));
+}
+
+double changedHours(const Change& c)
+{
+    return D::MakeDate(D::Day(c.time), D::MakeTime(c.given[0], c.pick(1, D::MinFromTime),
+                                                   c.pick(2, D::SecFromTime), c.pick(3, D::msFromTime)));
+}
+
+double changedDate(const Change& c)
+{
+    return D::MakeDate(D::MakeDay(D::YearFromTime(c.time), D::MonthFromTime(c.time), c.given[0]),
+                       D::TimeWithinDay(c.time));
+}
+
+double changedMonth(const Change& c)
+{
+    return D::MakeDate(D::MakeDay(D::YearFromTime(c.time), c.given[0], c.pick(1, D::DateFromTime)),
+                       D::TimeWithinDay(c.time));
+}
+
+double changedFullYear(const Change& c)
+{
+    return D::MakeDate(D::MakeDay(c.given[0], c.pick(1, D::MonthFromTime), c.pick(2, D::DateFromTime)),
+                       D::TimeWithinDay(c.time));
+}
+
+} // namespace
+
+void ESNativeDate::install(ESContext* context)
+{
+    static constexpr auto Member = [](const char* name, const char* fullName, int count, ESHandler handler) {
+        return row(name, fullName, count, handler);
     };
-
-    double day = Day(time);
-    double clock = TimeWithinDay(time);
-    double hour = HourFromTime(time);
-    double minute = MinFromTime(time);
-    double second = SecFromTime(time);
-    double ms = msFromTime(time);
-    switch (id) {
-    case SetMilliseconds: clock = MakeTime(hour, minute, second, given[0]); break;
-    case SetSeconds: clock = MakeTime(hour, minute, given[0], pick(1, ms)); break;
-    case SetMinutes: clock = MakeTime(hour, given[0], pick(1, second), pick(2, ms)); break;
-    case SetHours: clock = MakeTime(given[0], pick(1, minute), pick(2, second), pick(3, ms)); break;
-    case SetDate: day = MakeDay(YearFromTime(time), MonthFromTime(time), given[0]); break;
-    case SetMonth: day = MakeDay(YearFromTime(time), given[0], pick(1, DateFromTime(time))); break;
-    default: day = MakeDay(given[0], pick(1, MonthFromTime(time)), pick(2, DateFromTime(time))); break;
-    }
-    return TimeClip(MakeDate(day, clock));
+#define ES_DATE(name, count, handler) Member(name, "Date.prototype." name, count, handler)
+    static constexpr Builtin GetterTable[] = {
+        ES_DATE("toString", 0, toText<Part::Both>),
+        ES_DATE("toLocaleString", 0, toText<Part::Both>),
+        ES_DATE("toUTCString", 0, toText<Part::Both>),
+        ES_DATE("toDateString", 0, toText<Part::Day>),
+        ES_DATE("toLocaleDateString", 0, toText<Part::Day>),
+        ES_DATE("toTimeString", 0, toText<Part::Time>),
+        ES_DATE("toLocaleTimeString", 0, toText<Part::Time>),
+        ES_DATE("valueOf", 0, getTime),
+        ES_DATE("getTime", 0, getTime),
+        ES_DATE("getFullYear", 0, ::get<YearFromTime>),
+        ES_DATE("getUTCFullYear", 0, ::get<YearFromTime>),
+        ES_DATE("getMonth", 0, ::get<MonthFromTime>),
+        ES_DATE("getUTCMonth", 0, ::get<MonthFromTime>),
+        ES_DATE("getDate", 0, ::get<DateFromTime>),
+        ES_DATE("getUTCDate", 0, ::get<DateFromTime>),
+        ES_DATE("getDay", 0, ::get<WeekDay>),
+        ES_DATE("getUTCDay", 0, ::get<WeekDay>),
+        ES_DATE("getHours", 0, ::get<HourFromTime>),
+        ES_DATE("getUTCHours", 0, ::get<HourFromTime>),
+        ES_DATE("getMinutes", 0, ::get<MinFromTime>),
+        ES_DATE("getUTCMinutes", 0, ::get<MinFromTime>),
+        ES_DATE("getSeconds", 0, ::get<SecFromTime>),
+        ES_DATE("getUTCSeconds", 0, ::get<SecFromTime>),
+        ES_DATE("getMilliseconds", 0, ::get<msFromTime>),
+        ES_DATE("getUTCMilliseconds", 0, ::get<msFromTime>),
+        ES_DATE("getTimezoneOffset", 0, getTimezoneOffset),
+    };
+    static constexpr Builtin SetterTable[] = {
+        ES_DATE("setTime", 1, setTime),
+        ES_DATE("setMilliseconds", 1, set<changedMilliseconds>),
+        ES_DATE("setUTCMilliseconds", 1, set<changedMilliseconds>),
+        ES_DATE("setSeconds", 2, set<changedSeconds>),
+        ES_DATE("setUTCSeconds", 2, set<changedSeconds>),
+        ES_DATE("setMinutes", 2, set<changedMinutes>),
+        ES_DATE("setUTCMinutes", 3, set<changedMinutes>),
+        ES_DATE("setHours", 4, set<changedHours>),
+        ES_DATE("setUTCHours", 4, set<changedHours>),
+        ES_DATE("setDate", 1, set<changedDate>),
+        ES_DATE("setUTCDate", 1, set<changedDate>),
+        ES_DATE("setMonth", 2, set<changedMonth>),
+        ES_DATE("setUTCMonth", 2, set<changedMonth>),
+        ES_DATE("setFullYear", 3, set<changedFullYear>),
+        ES_DATE("setUTCFullYear", 3, set<changedFullYear>),
+    };
+#undef ES_DATE
+    // `Date()` without `new` has no meaning here.
+    installConstructor(context, constructorRow("Date", 1, nullptr), context->datePrototype());
+    installMembers(context, context->datePrototype(), GetterTable);
+    installMembers(context, context->datePrototype(), SetterTable);
+    // A setter takes what it was not given from the date, so it has to see how many arguments there are.
+    for (const Builtin& setter : SetterTable)
+        nativeFunction(context->get(context->datePrototype(), ESStringPool::intern(setter.name)).object())
+            ->formalCount = 0;
 }
 
-void ESNativeDate::call(ESContext* context, ESObject* function, ESObject* self, int argc, ESValue* argv)
+ESObject* ESNativeDate::construct(ESContext* context, ESObject*, int argc, ESValue* argv)
 {
-    int id = function->builtinId;
-    if (id <= Constructor || id > SetFullYear)
-        badCall(context);
-    if (self->cls != this || !self->value.isNumber())
-        context->throwTypeError(QStringLiteral("Date object required"));
-    double time = self->value.number();
-    if (id <= ToLocaleTimeString) {
-        argv[0] = text(id, time);
-    } else if (id <= GetTimezoneOffset) {
-        argv[0] = field(id, time);
-    } else {
-        self->value = ESValue(changed(context, id, time, argc, argv));
-        argv[0] = self->value;
-    }
-}
-
-ESObject* ESNativeDate::construct(ESContext* context, ESObject* function, int argc, ESValue* argv)
-{
-    if (function->builtinId != Constructor)
-        return ESNative::construct(context, function, argc, argv);
     double time;
     if (argc == 0) {
         time = now();

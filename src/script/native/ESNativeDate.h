@@ -7,9 +7,8 @@
 
 class ESNativeDate : public ESNative {
 public:
-    ESNativeDate();
+    ESNativeDate() : ESNative("Date") {}
     void install(ESContext* context) override;
-    void call(ESContext* context, ESObject* function, ESObject* self, int argc, ESValue* argv) override;
     ESObject* construct(ESContext* context, ESObject* function, int argc, ESValue* argv) override;
 
     // The operations of date arithmetic; NaN goes in and out for "no date".
@@ -34,9 +33,4 @@ public:
     // Between a finite time value and a date with a time of day.
     static QAzDateTime qdate(double time);
     static double esdate(const QAzDateTime& date);
-
-private:
-    static ESValue text(int id, double time);
-    static ESValue field(int id, double time);
-    static double changed(ESContext* context, int id, double time, int argc, const ESValue* argv);
 };

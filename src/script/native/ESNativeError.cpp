@@ -1,10 +1,22 @@
 #include "script/native/ESNativeError.h"
 
+namespace {
+
+ESValue make(const ESCall& call)
+{
+    return ESValue(call.function->cls->construct(call.context, call.function, call.argc, call.argv));
+}
+
+} // namespace
+
 void ESNativeError::install(ESContext* context)
 {
-    ESNativeError* base = context->error();
-    m_prototype = context->mkobj(base == this ? context->objectPrototype() : base->prototype(), this);
-    m_object = installConstructor(context, {className(), className(), 1, true, 0}, m_prototype);
+    ESRealm& realm = context->realm();
+    bool base = m_kind == ESRealm::Error;
+    m_prototype = context->mkobj(base ? context->objectPrototype() : realm.prototype(ESRealm::Error), this);
+    m_object = installConstructor(context, constructorRow(className(), 1, make), m_prototype);
+    realm.setPrototype(m_kind, m_prototype);
+    realm.setConstructor(m_kind, m_object);
     installFunctions(context);
 }
 
@@ -15,17 +27,8 @@ void ESNativeError::installFunctions(ESContext* context)
     context->valinstant(m_prototype, ESProperty::DontEnum, g_messageString, ESValue(g_emptyString));
 }
 
-void ESNativeError::call(ESContext* context, ESObject* function, ESObject*, int argc, ESValue* argv)
+ESObject* ESNativeError::construct(ESContext* context, ESObject*, int argc, ESValue* argv)
 {
-    if (function->builtinId != 0)
-        badCall(context);
-    argv[0] = ESValue(construct(context, function, argc, argv));
-}
-
-ESObject* ESNativeError::construct(ESContext* context, ESObject* function, int argc, ESValue* argv)
-{
-    if (function->builtinId != 0)
-        return ESNative::construct(context, function, argc, argv);
     ESObject* error = context->mkobj(m_prototype, this);
     ESValue message = biarg(argc, argv, 0);
     if (!message.isUndefined())

@@ -5,9 +5,8 @@
 
 class ESNativeError : public ESNative {
 public:
-    ESNativeError() : ESNativeError("Error") {}
+    ESNativeError() : ESNativeError("Error", ESRealm::Error) {}
     void install(ESContext* context) override;
-    void call(ESContext* context, ESObject* function, ESObject* self, int argc, ESValue* argv) override;
     ESObject* construct(ESContext* context, ESObject* function, int argc, ESValue* argv) override;
 
     // The members `name` and `message` of the prototype.
@@ -18,9 +17,10 @@ public:
     ESObject* prototype() const { return m_prototype; }
 
 protected:
-    explicit ESNativeError(const char* kind) : ESNative(kind) {}
+    ESNativeError(const char* name, ESRealm::Kind kind) : ESNative(name), m_kind(kind) {}
 
 private:
+    ESRealm::Kind m_kind;
     ESObject* m_object = nullptr;
     ESObject* m_prototype = nullptr;
 };
@@ -28,7 +28,7 @@ private:
 #define ES_ERROR_KIND(kind)                                                                                  \
     class ESNative##kind : public ESNativeError {                                                            \
     public:                                                                                                  \
-        ESNative##kind() : ESNativeError(#kind) {}                                                           \
+        ESNative##kind() : ESNativeError(#kind, ESRealm::kind) {}                                            \
     };
 ES_ERROR_KIND(EvalError)
 ES_ERROR_KIND(RangeError)

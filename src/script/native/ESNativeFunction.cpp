@@ -6,28 +6,8 @@
 
 namespace {
 
-enum { Constructor, ToString, Prototype };
-
-constexpr Builtin constructorRow = {"Function", "Function", 1, true, Constructor};
-constexpr Builtin members[] = {{"toString", "Function.prototype.toString", 0, false, ToString}};
-
-} // namespace
-
-ESNativeFunction::ESNativeFunction() : ESNative("Function") {}
-
-void ESNativeFunction::install(ESContext* context)
-{
-    ESObject* prototype = context->functionPrototype();
-    installConstructor(context, constructorRow, prototype);
-    installMembers(context, prototype, members);
-    // It is a function itself, which takes anything and gives undefined.
-    prototype->call = context->mkclosure(0);
-    prototype->builtinId = Prototype;
-    prototype->value = ESValue(ESStringPool::intern("Function.prototype"));
-}
-
 // The last argument is the body, those before it are the parameters.
-ESObject* ESNativeFunction::compile(ESContext* context, int argc, const ESValue* argv)
+ESObject* compile(ESContext* context, int argc, const ESValue* argv)
 {
     QStringList parameters;
     for (int i = 0; i + 1 < argc; ++i)
@@ -36,19 +16,31 @@ ESObject* ESNativeFunction::compile(ESContext* context, int argc, const ESValue*
     return ESCompiler(context).parseFunction(parameters.join(QLatin1Char(',')), body);
 }
 
-void ESNativeFunction::call(ESContext* context, ESObject* function, ESObject*, int argc, ESValue* argv)
+ESValue toString(const ESCall&)
 {
-    switch (function->builtinId) {
-    case Constructor: argv[0] = ESValue(compile(context, argc, argv)); return;
-    case ToString: argv[0] = ESValue(ESStringPool::intern("<<function>>")); return;
-    case Prototype: argv[0] = g_undefined; return;
-    default: badCall(context);
-    }
+    return ESValue(ESStringPool::intern("<<function>>"));
 }
 
-ESObject* ESNativeFunction::construct(ESContext* context, ESObject* function, int argc, ESValue* argv)
+} // namespace
+
+void ESNativeFunction::install(ESContext* context)
 {
-    if (function->builtinId != Constructor)
-        return ESNative::construct(context, function, argc, argv);
+    static constexpr Builtin Constructor = constructorRow("Function", 1, [](const ESCall& call) {
+        return ESValue(compile(call.context, call.argc, call.argv));
+    });
+    static constexpr Builtin MemberTable[] = {row("toString", "Function.prototype.toString", 0, toString)};
+
+    ESObject* prototype = context->functionPrototype();
+    installConstructor(context, Constructor, prototype);
+    installMembers(context, prototype, MemberTable);
+    // It is a function itself, which takes anything and gives undefined.
+    ESNativeFunctionObject* function = nativeFunction(prototype);
+    function->handler = [](const ESCall&) { return g_undefined; };
+    function->id = 1;
+    function->value = ESValue(ESStringPool::intern("Function.prototype"));
+}
+
+ESObject* ESNativeFunction::construct(ESContext* context, ESObject*, int argc, ESValue* argv)
+{
     return compile(context, argc, argv);
 }

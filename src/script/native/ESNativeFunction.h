@@ -5,11 +5,7 @@
 
 class ESNativeFunction : public ESNative {
 public:
-    ESNativeFunction();
+    ESNativeFunction() : ESNative("Function") {}
     void install(ESContext* context) override;
-    void call(ESContext* context, ESObject* function, ESObject* self, int argc, ESValue* argv) override;
     ESObject* construct(ESContext* context, ESObject* function, int argc, ESValue* argv) override;
-
-private:
-    ESObject* compile(ESContext* context, int argc, const ESValue* argv);
 };

@@ -7,17 +7,6 @@
 
 namespace {
 
-enum { Eval = 1, ParseInt, ParseFloat, IsNaN, IsFinite, Load };
-
-constexpr Builtin members[] = {
-    {"eval", "eval", 1, false, Eval},
-    {"parseInt", "parseInt", 2, false, ParseInt},
-    {"parseFloat", "parseFloat", 1, false, ParseFloat},
-    {"isNaN", "isNaN", 1, false, IsNaN},
-    {"isFinite", "isFinite", 1, false, IsFinite},
-    {"load", "load", 1, false, Load},
-};
-
 int digitOf(QChar c)
 {
     char16_t u = c.unicode();
@@ -90,9 +79,48 @@ double parseFloat(const QString& source)
     return negative ? -value : value;
 }
 
+ESValue eval(const ESCall& call)
+{
+    ESValue argument = call.argument(0);
+    if (!argument.isString())
+        return argument;
+    ESCompletion completion = call.context->evalInside(call.context->toString(argument));
+    return completion.type == ESCompletion::Normal ? completion.value : g_undefined;
+}
+
+ESValue parseIntCall(const ESCall& call)
+{
+    QString text = call.context->toString(call.argument(0));
+    return ESValue(parseInt(text, call.context->toInt32(call.argument(1))));
+}
+
+ESValue parseFloatCall(const ESCall& call)
+{
+    return ESValue(parseFloat(call.context->toString(call.argument(0))));
+}
+
+ESValue isNaNCall(const ESCall& call)
+{
+    return ESValue::boolean(std::isnan(call.context->ToNumber(call.argument(0))));
+}
+
+ESValue isFiniteCall(const ESCall& call)
+{
+    return ESValue::boolean(std::isfinite(call.context->ToNumber(call.argument(0))));
+}
+
+ESValue load(const ESCall& call)
+{
+    QString name = call.context->toString(call.argument(0), 10);
+    return ESValue::boolean(ESNativeGlobal::of(call.context)->load(call.context, name));
+}
+
 } // namespace
 
-ESNativeGlobal::ESNativeGlobal() : ESNative("global") {}
+ESNativeGlobal* ESNativeGlobal::of(ESContext* context)
+{
+    return static_cast<ESNativeGlobal*>(context->realm().cls(ESRealm::Global));
+}
 
 void ESNativeGlobal::install(ESContext* context)
 {
@@ -101,7 +129,15 @@ void ESNativeGlobal::install(ESContext* context)
     context->valinstant(global, attributes, ESStringPool::intern("NaN"), ESValue(NaN));
     context->valinstant(global, attributes, ESStringPool::intern("Infinity"), ESValue(Infinity));
     context->valinstant(global, attributes, g_undefinedString, g_undefined);
-    installMembers(context, global, members);
+    static constexpr Builtin MemberTable[] = {
+        row("eval", "eval", 1, eval),
+        row("parseInt", "parseInt", 2, parseIntCall),
+        row("parseFloat", "parseFloat", 1, parseFloatCall),
+        row("isNaN", "isNaN", 1, isNaNCall),
+        row("isFinite", "isFinite", 1, isFiniteCall),
+        row("load", "load", 1, ::load),
+    };
+    installMembers(context, global, MemberTable);
 }
 
 bool ESNativeGlobal::evalFromFile(ESContext* context, const QString& name)
@@ -111,7 +147,7 @@ bool ESNativeGlobal::evalFromFile(ESContext* context, const QString& name)
         return false;
     QByteArray bytes = file.read(ESLimits::StringLength + 1);
     file.close();
-    context->eval(QString::fromUtf8(bytes), name);
+    context->evalInside(QString::fromUtf8(bytes), name);
     return true;
 }
 
@@ -124,29 +160,4 @@ bool ESNativeGlobal::load(ESContext* context, const QString& name)
         if (evalFromFile(context, m_loadPath[i] + QLatin1Char('/') + name))
             return true;
     return false;
-}
-
-void ESNativeGlobal::call(ESContext* context, ESObject* function, ESObject*, int argc, ESValue* argv)
-{
-    ESValue argument = biarg(argc, argv, 0);
-    switch (function->builtinId) {
-    case Eval:
-        if (argument.isString()) {
-            ESCompletion completion = context->eval(context->toString(argument));
-            argv[0] = completion.type == ESCompletion::Normal ? completion.value : g_undefined;
-        } else {
-            argv[0] = argument;
-        }
-        return;
-    case ParseInt: {
-        QString text = context->toString(argument);
-        argv[0] = ESValue(parseInt(text, context->toInt32(biarg(argc, argv, 1))));
-        return;
-    }
-    case ParseFloat: argv[0] = ESValue(parseFloat(context->toString(argument))); return;
-    case IsNaN: argv[0] = ESValue::boolean(std::isnan(context->ToNumber(argument))); return;
-    case IsFinite: argv[0] = ESValue::boolean(std::isfinite(context->ToNumber(argument))); return;
-    case Load: argv[0] = ESValue::boolean(load(context, context->toString(argument, 10))); return;
-    default: badCall(context);
-    }
 }

@@ -7,15 +7,17 @@
 
 class ESNativeGlobal : public ESNative {
 public:
-    ESNativeGlobal();
+    ESNativeGlobal() : ESNative("global") {}
+    // The one of a context.
+    static ESNativeGlobal* of(ESContext* context);
     void install(ESContext* context) override;
-    void call(ESContext* context, ESObject* function, ESObject* self, int argc, ESValue* argv) override;
 
     // Appends a directory; they are tried in order, after the name as it stands.
     void addToLoadPath(const QString& directory) { m_loadPath.append(directory); }
+    // Evaluates the first file that can be opened; false when none can.
+    bool load(ESContext* context, const QString& name);
 
 private:
-    bool load(ESContext* context, const QString& name);
     static bool evalFromFile(ESContext* context, const QString& file);
 
     QStringList m_loadPath;

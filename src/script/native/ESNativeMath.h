@@ -5,7 +5,6 @@
 
 class ESNativeMath : public ESNative {
 public:
-    ESNativeMath();
+    ESNativeMath() : ESNative("Math") {}
     void install(ESContext* context) override;
-    void call(ESContext* context, ESObject* function, ESObject* self, int argc, ESValue* argv) override;
 };

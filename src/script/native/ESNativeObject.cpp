@@ -2,54 +2,57 @@
 
 namespace {
 
-enum { Constructor, ToString, ToLocaleString, ValueOf, HasOwnProperty, IsPrototypeOf, PropertyIsEnumerable };
+ESValue make(const ESCall& call)
+{
+    return ESValue(call.context->newObject(call.function, call.argc, call.argv));
+}
 
-constexpr Builtin constructorRow = {"Object", "Object", 1, true, Constructor};
-constexpr Builtin members[] = {
-    {"toString", "Object.prototype.toString", 0, false, ToString},
-    {"toLocaleString", "Object.prototype.toLocaleString", 0, false, ToLocaleString},
-    {"valueOf", "Object.prototype.valueOf", 0, false, ValueOf},
-    {"hasOwnProperty", "Object.prototype.hasOwnProperty", 1, false, HasOwnProperty},
-    {"isPrototypeOf", "Object.prototype.isPrototypeOf", 1, false, IsPrototypeOf},
-    {"propertyIsEnumerable", "Object.prototype.propertyIsEnumerable", 1, false, PropertyIsEnumerable},
-};
+ESValue toString(const ESCall& call)
+{
+    QString name = QString::fromUtf8(call.self->cls->className());
+    return ESValue(ESStringPool::text(QStringLiteral("[object %1]").arg(name)));
+}
+
+ESValue valueOf(const ESCall& call)
+{
+    return ESValue(call.self);
+}
+
+ESValue hasOwnProperty(const ESCall& call)
+{
+    return ESValue::boolean(ESContext::hasOwnKey(call.self, call.context->toEString(call.argument(0))));
+}
+
+ESValue isPrototypeOf(const ESCall& call)
+{
+    return ESValue::boolean(ESContext::isPrototypeOf(call.self, call.argument(0)));
+}
+
+ESValue propertyIsEnumerable(const ESCall& call)
+{
+    ESString* text = call.context->toEString(call.argument(0));
+    if (!ESContext::hasOwnKey(call.self, text))
+        return g_false;
+    return ESValue::boolean(ESContext::propertyIsEnumerable(call.self, ESStringPool::name(text)));
+}
 
 } // namespace
 
-ESNativeObject::ESNativeObject() : ESNative("Object") {}
-
 void ESNativeObject::install(ESContext* context)
 {
-    installConstructor(context, constructorRow, context->objectPrototype());
-    installMembers(context, context->objectPrototype(), members);
-}
-
-void ESNativeObject::call(ESContext* context, ESObject* function, ESObject* self, int argc, ESValue* argv)
-{
-    ESValue argument = biarg(argc, argv, 0);
-    switch (function->builtinId) {
-    case Constructor: argv[0] = ESValue(context->newObject(function, argc, argv)); return;
-    case ToString:
-    case ToLocaleString: {
-        QString text = QStringLiteral("[object %1]").arg(QString::fromUtf8(self->cls->className()));
-        argv[0] = ESValue(ESStringPool::intern(text));
-        return;
-    }
-    case ValueOf: argv[0] = ESValue(self); return;
-    case HasOwnProperty:
-        argv[0] = ESValue::boolean(ESContext::hasOwnProperty(self, context->toEString(argument)));
-        return;
-    case IsPrototypeOf: argv[0] = ESValue::boolean(ESContext::isPrototypeOf(self, argument)); return;
-    case PropertyIsEnumerable:
-        argv[0] = ESValue::boolean(ESContext::propertyIsEnumerable(self, context->toEString(argument)));
-        return;
-    default: badCall(context);
-    }
+    static constexpr Builtin MemberTable[] = {
+        row("toString", "Object.prototype.toString", 0, toString),
+        row("toLocaleString", "Object.prototype.toLocaleString", 0, toString),
+        row("valueOf", "Object.prototype.valueOf", 0, valueOf),
+        row("hasOwnProperty", "Object.prototype.hasOwnProperty", 1, hasOwnProperty),
+        row("isPrototypeOf", "Object.prototype.isPrototypeOf", 1, isPrototypeOf),
+        row("propertyIsEnumerable", "Object.prototype.propertyIsEnumerable", 1, propertyIsEnumerable),
+    };
+    installConstructor(context, constructorRow("Object", 1, make), context->objectPrototype());
+    installMembers(context, context->objectPrototype(), MemberTable);
 }
 
 ESObject* ESNativeObject::construct(ESContext* context, ESObject* function, int argc, ESValue* argv)
 {
-    if (function->builtinId != Constructor)
-        return ESNative::construct(context, function, argc, argv);
     return context->newObject(function, argc, argv);
 }

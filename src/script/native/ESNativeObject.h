@@ -5,8 +5,7 @@
 
 class ESNativeObject : public ESNative {
 public:
-    ESNativeObject();
+    ESNativeObject() : ESNative("Object") {}
     void install(ESContext* context) override;
-    void call(ESContext* context, ESObject* function, ESObject* self, int argc, ESValue* argv) override;
     ESObject* construct(ESContext* context, ESObject* function, int argc, ESValue* argv) override;
 };

@@ -4,52 +4,6 @@
 
 namespace {
 
-enum {
-    Constructor,
-    FromCharCode,
-    ToString,
-    ValueOf,
-    CharAt,
-    CharCodeAt,
-    Concat,
-    IndexOf,
-    LastIndexOf,
-    LocaleCompare,
-    Match,
-    Replace,
-    Search,
-    Slice,
-    Split,
-    Substring,
-    ToLowerCase,
-    ToLocaleLowerCase,
-    ToUpperCase,
-    ToLocaleUpperCase
-};
-
-constexpr Builtin constructorRow = {"String", "String", 1, true, Constructor};
-constexpr Builtin fromCharCodeRow = {"fromCharCode", "String.fromCharCode", 0, false, FromCharCode};
-constexpr Builtin members[] = {
-    {"toString", "String.prototype.toString", 0, false, ToString},
-    {"valueOf", "String.prototype.valueOf", 0, false, ValueOf},
-    {"charAt", "String.prototype.charAt", 1, false, CharAt},
-    {"charCodeAt", "String.prototype.charCodeAt", 1, false, CharCodeAt},
-    {"concat", "String.prototype.concat", 0, false, Concat},
-    {"indexOf", "String.prototype.indexOf", 2, false, IndexOf},
-    {"lastIndexOf", "String.prototype.lastIndexOf", 2, false, LastIndexOf},
-    {"localeCompare", "String.prototype.localeCompare", 1, false, LocaleCompare},
-    {"match", "String.prototype.match", 1, false, Match},
-    {"replace", "String.prototype.replace", 2, false, Replace},
-    {"search", "String.prototype.search", 1, false, Search},
-    {"slice", "String.prototype.slice", 2, false, Slice},
-    {"split", "String.prototype.split", 2, false, Split},
-    {"substring", "String.prototype.substring", 2, false, Substring},
-    {"toLowerCase", "String.prototype.toLowerCase", 0, false, ToLowerCase},
-    {"toLocaleLowerCase", "String.prototype.toLocaleLowerCase", 0, false, ToLocaleLowerCase},
-    {"toUpperCase", "String.prototype.toUpperCase", 0, false, ToUpperCase},
-    {"toLocaleUpperCase", "String.prototype.toLocaleUpperCase", 0, false, ToLocaleUpperCase},
-};
-
 // A position as an int: infinities are the ends of the integer range.
 int position(ESContext* context, const ESValue& value, int missing)
 {
@@ -58,45 +12,138 @@ int position(ESContext* context, const ESValue& value, int missing)
     return int(std::clamp(context->toInteger(value), -2147483648.0, 2147483647.0));
 }
 
-} // namespace
-
-ESNativeString::ESNativeString() : ESNative("String", Access::Own) {}
-
-void ESNativeString::install(ESContext* context)
+// The text of a receiver. It may be an object that serves all primitive strings, so the text is taken at
+// once.
+ESString* subjectOf(const ESCall& call)
 {
-    ESObject* constructor = installConstructor(context, constructorRow, context->stringPrototype());
-    biinst(context, constructor, fromCharCodeRow, context->functionPrototype(), this);
-    installMembers(context, context->stringPrototype(), members);
+    if (call.context->isstrobj(ESValue(call.self)))
+        return call.self->internal().string();
+    return call.context->toEString(ESValue(call.self));
 }
 
-ESValue ESNativeString::get(ESContext*, ESObject* object, ESString* name)
+ESValue made(QStringView text)
 {
-    // Functions of this class have a `length` of their own.
-    if (name == g_lengthString && !object->call)
-        return ESValue(object->value.isString() ? double(object->value.string()->length()) : 0.0);
-    return ESContext::plainGet(object, name);
+    return ESValue(ESStringPool::text(text));
 }
 
-void ESNativeString::put(ESContext*, ESObject* object, ESString* name, const ESValue& value)
+ESValue fromCharCode(const ESCall& call)
 {
-    if (name != g_lengthString || object->call)
-        ESContext::plainPut(object, name, value);
-}
-
-ESValue ESNativeString::fromCharCode(ESContext* context, int argc, const ESValue* argv)
-{
-    if (argc == 1)
-        return ESValue(ESStringPool::character(context->toUint16(argv[0])));
+    if (call.argc == 1)
+        return ESValue(ESStringPool::character(call.context->toUint16(call.argv[0])));
     QString text;
-    for (int i = 0; i < argc; ++i)
-        text += QChar(context->toUint16(argv[i]));
-    return ESValue(ESStringPool::intern(text));
+    for (int i = 0; i < call.argc; ++i)
+        text += QChar(call.context->toUint16(call.argv[i]));
+    return made(text);
 }
 
-ESValue ESNativeString::match(ESContext* context, ESString* text, const ESValue& pattern)
+template <const char* text> ESValue ownValue(const ESCall& call)
 {
-    ESString* wanted = context->toEString(pattern);
-    qsizetype at = text->text().indexOf(wanted->text());
+    if (!call.context->isstrobj(ESValue(call.self)))
+        call.context->throwTypeError(QLatin1String(text));
+    return call.self->internal();
+}
+
+constexpr char NoStringForToString[] = "String.prototype.toString called on non-String object";
+constexpr char NoStringForValueOf[] = "String.prototype.valueOf called on non-String object";
+
+ESValue charAt(const ESCall& call)
+{
+    ESString* subject = subjectOf(call);
+    double at = call.context->toInteger(call.argument(0));
+    bool inside = at >= 0 && at < subject->length();
+    return ESValue(inside ? ESStringPool::character(subject->unit(int(at))) : g_emptyString);
+}
+
+ESValue charCodeAt(const ESCall& call)
+{
+    ESString* subject = subjectOf(call);
+    double at = call.context->toInteger(call.argument(0));
+    bool inside = at >= 0 && at < subject->length();
+    return ESValue(inside ? double(subject->unit(int(at))) : NaN);
+}
+
+ESValue concat(const ESCall& call)
+{
+    ESString* subject = subjectOf(call);
+    for (int i = 0; i < call.argc; ++i)
+        subject = ESStringPool::concat(subject, call.context->toEString(call.argv[i]));
+    return ESValue(subject);
+}
+
+ESValue indexOf(const ESCall& call)
+{
+    ESString* subject = subjectOf(call);
+    ESString* wanted = call.context->toEString(call.argument(0));
+    int from = std::max(0, position(call.context, call.argument(1), 0));
+    const int length = subject->length();
+    if (from > length)
+        return ESValue(wanted->length() ? -1.0 : length);
+    return ESValue(double(subject->view().indexOf(wanted->view(), from)));
+}
+
+ESValue lastIndexOf(const ESCall& call)
+{
+    ESString* subject = subjectOf(call);
+    ESString* wanted = call.context->toEString(call.argument(0));
+    int from = std::max(0, position(call.context, call.argument(1), 2147483647));
+    int last = subject->length() - wanted->length();
+    if (last < 0)
+        return ESValue(-1.0);
+    return ESValue(double(subject->view().lastIndexOf(wanted->view(), std::min(from, last))));
+}
+
+ESValue localeCompare(const ESCall& call)
+{
+    QString text = subjectOf(call)->text();
+    return ESValue(double(text.localeAwareCompare(call.context->toString(call.argument(0)))));
+}
+
+ESValue search(const ESCall& call)
+{
+    ESString* subject = subjectOf(call);
+    ESString* wanted = call.context->toEString(call.argument(0));
+    return ESValue(double(subject->view().indexOf(wanted->view())));
+}
+
+ESValue slice(const ESCall& call)
+{
+    ESString* subject = subjectOf(call);
+    const int64_t length = subject->length();
+    auto fromEnd = [length](int at) {
+        return std::clamp(at < 0 ? at + length : int64_t(at), int64_t(0), length);
+    };
+    int64_t start = fromEnd(position(call.context, call.argument(0), 0));
+    int64_t end = fromEnd(position(call.context, call.argument(1), int(length)));
+    return ESValue(ESStringPool::part(subject, int(start), int(std::max(int64_t(0), end - start))));
+}
+
+ESValue substring(const ESCall& call)
+{
+    ESString* subject = subjectOf(call);
+    const int length = subject->length();
+    int start = std::clamp(position(call.context, call.argument(0), 0), 0, length);
+    int end = std::clamp(position(call.context, call.argument(1), length), 0, length);
+    if (start > end)
+        std::swap(start, end);
+    return ESValue(ESStringPool::part(subject, start, end - start));
+}
+
+ESValue toLowerCase(const ESCall& call)
+{
+    return made(subjectOf(call)->text().toLower());
+}
+
+ESValue toUpperCase(const ESCall& call)
+{
+    return made(subjectOf(call)->text().toUpper());
+}
+
+ESValue match(const ESCall& call)
+{
+    ESContext* context = call.context;
+    ESString* text = subjectOf(call);
+    ESString* wanted = context->toEString(call.argument(0));
+    qsizetype at = text->view().indexOf(wanted->view());
     if (at < 0)
         return g_null;
     ESValue found(wanted);
@@ -106,19 +153,21 @@ ESValue ESNativeString::match(ESContext* context, ESString* text, const ESValue&
     return ESValue(array);
 }
 
-ESValue ESNativeString::replace(ESContext* context, const QString& text, const ESValue& pattern,
-                                const ESValue& replacement)
+ESValue replace(const ESCall& call)
 {
-    QString wanted = context->toString(pattern);
+    ESContext* context = call.context;
+    ESString* subject = subjectOf(call);
+    const QString text = subject->text();
+    QString wanted = context->toString(call.argument(0));
+    ESValue replacement = call.argument(1);
     qsizetype at = text.indexOf(wanted);
-    bool function = replacement.isObject() && replacement.object()->call;
+    bool function = replacement.isObject() && replacement.object()->isCallable();
     QString form = function ? QString() : context->toString(replacement);
     if (at < 0)
-        return ESValue(ESStringPool::intern(text));
+        return ESValue(subject);
     QString inserted;
     if (function) {
-        ESValue arguments[] = {ESValue(ESStringPool::intern(wanted)), ESValue(double(at)),
-                               ESValue(ESStringPool::intern(text))};
+        ESValue arguments[] = {made(wanted), ESValue(double(at)), ESValue(subject)};
         ESValue result;
         context->call(replacement.object(), context->globalObject(), 3, arguments, &result);
         inserted = context->toString(result);
@@ -135,123 +184,90 @@ ESValue ESNativeString::replace(ESContext* context, const QString& text, const E
                 throw ESFatalError("string too long");
         }
     }
-    return ESValue(ESStringPool::intern(text.left(at) + inserted + text.mid(at + wanted.size())));
+    return made(text.left(at) + inserted + text.mid(at + wanted.size()));
 }
 
-ESValue ESNativeString::split(ESContext* context, const QString& text, const ESValue& separator,
-                              const ESValue& limit)
+ESValue split(const ESCall& call)
 {
+    ESContext* context = call.context;
+    ESString* subject = subjectOf(call);
+    ESValue separator = call.argument(0);
+    ESValue limit = call.argument(1);
     uint32_t most = limit.isUndefined() ? 0xFFFFFFFFu : context->toUint32(limit);
-    QString wanted = separator.isUndefined() ? QString() : context->toString(separator);
-    ESObject* array = context->newArray(0, nullptr);
-    unsigned count = 0;
-    auto add = [&](QStringView piece) {
-        if (count < most)
-            context->put(array, ESStringPool::number(count++), ESValue(ESStringPool::intern(piece)));
-    };
+    ESString* wanted = separator.isUndefined() ? g_emptyString : context->toEString(separator);
+    ESArray* array = context->newArray(0, nullptr);
+    auto add = [&](ESString* piece) { context->putIndex(array, array->count, ESValue(piece)); };
+
+    const int length = subject->length();
     if (separator.isUndefined()) {
-        add(text);
-    } else if (wanted.isEmpty()) {
-        for (qsizetype i = 0; i < text.size() && count < most; ++i)
-            add(QStringView(text).mid(i, 1));
+        if (most)
+            add(subject);
+    } else if (!wanted->length()) {
+        for (int i = 0; i < length && array->count < most; ++i)
+            add(ESStringPool::character(subject->unit(i)));
     } else {
-        qsizetype start = 0;
-        for (qsizetype at; count < most && (at = text.indexOf(wanted, start)) >= 0;
-             start = at + wanted.size())
-            add(QStringView(text).mid(start, at - start));
-        add(QStringView(text).mid(start));
+        int start = 0;
+        while (array->count < most) {
+            qsizetype at = subject->view().indexOf(wanted->view(), start);
+            add(ESStringPool::part(subject, start, int(at < 0 ? length : at) - start));
+            if (at < 0)
+                break;
+            start = int(at) + wanted->length();
+        }
     }
     return ESValue(array);
 }
 
-void ESNativeString::call(ESContext* context, ESObject* function, ESObject* self, int argc, ESValue* argv)
-{
-    ESValue first = biarg(argc, argv, 0);
-    ESValue second = biarg(argc, argv, 1);
-    int id = function->builtinId;
-    switch (id) {
-    case Constructor: argv[0] = ESValue(context->toEString(first)); return;
-    case FromCharCode: argv[0] = fromCharCode(context, argc, argv); return;
-    case ToString:
-    case ValueOf:
-        if (self->cls != this)
-            context->throwTypeError(
-                QStringLiteral("String.prototype.%1 called on non-String object")
-                    .arg(id == ToString ? QStringLiteral("toString") : QStringLiteral("valueOf")));
-        argv[0] = self->value;
-        return;
-    default: break;
-    }
-    if (id < Constructor || id > ToLocaleUpperCase)
-        badCall(context);
+} // namespace
 
-    // The receiver may be one that serves all primitive strings, so its text is taken at once.
-    ESString* subject = self->cls == this ? self->value.string() : context->toEString(ESValue(self));
-    const int length = subject->length();
-    if (id == CharAt || id == CharCodeAt) {
-        double at = context->toInteger(first);
-        bool inside = at >= 0 && at < length;
-        if (id == CharAt)
-            argv[0] = ESValue(inside ? ESStringPool::character(subject->unit(int(at))) : g_emptyString);
-        else
-            argv[0] = ESValue(inside ? double(subject->unit(int(at))) : NaN);
-        return;
-    }
-    const QString text = subject->text();
-    switch (id) {
-    case Concat: {
-        for (int i = 0; i < argc; ++i)
-            subject = ESStringPool::concat(subject, context->toEString(argv[i]));
-        argv[0] = ESValue(subject);
-        return;
-    }
-    case IndexOf: {
-        QString wanted = context->toString(first);
-        int from = std::max(0, position(context, second, 0));
-        argv[0] = ESValue(from <= length     ? double(text.indexOf(wanted, from))
-                          : wanted.isEmpty() ? length
-                                             : -1.0);
-        return;
-    }
-    case LastIndexOf: {
-        QString wanted = context->toString(first);
-        int from = std::max(0, position(context, second, 2147483647));
-        int last = length - int(wanted.size());
-        argv[0] = ESValue(last < 0 ? -1.0 : double(text.lastIndexOf(wanted, std::min(from, last))));
-        return;
-    }
-    case LocaleCompare: argv[0] = ESValue(double(text.localeAwareCompare(context->toString(first)))); return;
-    case Match: argv[0] = match(context, subject, first); return;
-    case Replace: argv[0] = replace(context, text, first, second); return;
-    case Search: argv[0] = ESValue(double(text.indexOf(context->toString(first)))); return;
-    case Slice: {
-        auto fromEnd = [length](int at) {
-            return int(std::clamp(at < 0 ? int64_t(at) + length : at, int64_t(0), int64_t(length)));
-        };
-        int start = fromEnd(position(context, first, 0));
-        int end = fromEnd(position(context, second, length));
-        argv[0] = ESValue(ESStringPool::intern(QStringView(text).mid(start, std::max(0, end - start))));
-        return;
-    }
-    case Split: argv[0] = split(context, text, first, second); return;
-    case Substring: {
-        int start = std::clamp(position(context, first, 0), 0, length);
-        int end = std::clamp(position(context, second, length), 0, length);
-        if (start > end)
-            std::swap(start, end);
-        argv[0] = ESValue(ESStringPool::intern(QStringView(text).mid(start, end - start)));
-        return;
-    }
-    case ToLowerCase:
-    case ToLocaleLowerCase: argv[0] = ESValue(ESStringPool::intern(text.toLower())); return;
-    default: argv[0] = ESValue(ESStringPool::intern(text.toUpper())); return;
-    }
+void ESNativeString::install(ESContext* context)
+{
+    static constexpr Builtin FromCharCode = row("fromCharCode", "String.fromCharCode", 0, fromCharCode);
+    static constexpr Builtin MemberTable[] = {
+        row("toString", "String.prototype.toString", 0, ownValue<NoStringForToString>),
+        row("valueOf", "String.prototype.valueOf", 0, ownValue<NoStringForValueOf>),
+        row("charAt", "String.prototype.charAt", 1, charAt),
+        row("charCodeAt", "String.prototype.charCodeAt", 1, charCodeAt),
+        row("concat", "String.prototype.concat", 0, concat),
+        row("indexOf", "String.prototype.indexOf", 2, indexOf),
+        row("lastIndexOf", "String.prototype.lastIndexOf", 2, lastIndexOf),
+        row("localeCompare", "String.prototype.localeCompare", 1, localeCompare),
+        row("match", "String.prototype.match", 1, match),
+        row("replace", "String.prototype.replace", 2, replace),
+        row("search", "String.prototype.search", 1, search),
+        row("slice", "String.prototype.slice", 2, slice),
+        row("split", "String.prototype.split", 2, split),
+        row("substring", "String.prototype.substring", 2, substring),
+        row("toLowerCase", "String.prototype.toLowerCase", 0, toLowerCase),
+        row("toLocaleLowerCase", "String.prototype.toLocaleLowerCase", 0, toLowerCase),
+        row("toUpperCase", "String.prototype.toUpperCase", 0, toUpperCase),
+        row("toLocaleUpperCase", "String.prototype.toLocaleUpperCase", 0, toUpperCase),
+    };
+    static constexpr ESHandler Make = [](const ESCall& call) {
+        return ESValue(call.context->toEString(call.argument(0)));
+    };
+    ESObject* constructor =
+        installConstructor(context, constructorRow("String", 1, Make), context->stringPrototype());
+    biinst(context, constructor, FromCharCode, context->functionPrototype(), this);
+    installMembers(context, context->stringPrototype(), MemberTable);
 }
 
-ESObject* ESNativeString::construct(ESContext* context, ESObject* function, int argc, ESValue* argv)
+ESValue ESNativeString::get(ESContext*, ESObject* object, ESString* name)
 {
-    if (function->builtinId != Constructor)
-        return ESNative::construct(context, function, argc, argv);
+    // Functions of this class have a `length` of their own.
+    if (name == g_lengthString && !object->isCallable())
+        return ESValue(object->internal().isString() ? double(object->internal().string()->length()) : 0.0);
+    return ESContext::plainGet(object, name);
+}
+
+void ESNativeString::put(ESContext*, ESObject* object, ESString* name, const ESValue& value)
+{
+    if (name != g_lengthString || object->isCallable())
+        ESContext::plainPut(object, name, value);
+}
+
+ESObject* ESNativeString::construct(ESContext* context, ESObject*, int argc, ESValue* argv)
+{
     return context->mkobj(context->stringPrototype(), this,
                           ESValue(context->toEString(biarg(argc, argv, 0))));
 }

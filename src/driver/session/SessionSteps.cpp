@@ -1,0 +1,138 @@
+#include "driver/session/SessionSteps.h"
+
+#include "driver/session/Loader.h"
+#include "driver/session/Options.h"
+#include "loadfile/LoadFileFactory.h"
+#include "project/BuildSystem.h"
+#include "project/ProjectSystem.h"
+#include "support/HException.h"
+#include "support/Numbers.h"
+
+#include <QFileInfo>
+
+#include <strings.h>
+
+void SessionSteps::selectTarget()
+{
+    if (m_options.targetName.isEmpty())
+        throw HException("no target interface specified (use -target)");
+    m_loader.setTarget(m_options.targetName);
+    for (const QString& setting : std::as_const(m_options.propertySettings))
+        applyPropertySetting(setting);
+}
+
+void SessionSteps::selectFiles()
+{
+    m_loader.setEnableDifferentialDownload(m_options.differentialDownload);
+    if (m_options.loadAddress)
+        m_loader.setLoadAddress(*m_options.loadAddress);
+    if (!m_options.fileType.isEmpty())
+        selectFileType();
+    if (!m_options.solutionFile.isEmpty())
+        selectProject();
+    collectLoadFiles();
+}
+
+void SessionSteps::load()
+{
+    TargetInterface* target = m_loader.targetInterface();
+    target->reset(true, true);
+    target->loadBegin();
+    try {
+        if (m_options.download)
+            m_loader.downloadLoadFiles();
+        if (m_options.verify)
+            m_loader.verifyLoadFiles();
+    } catch (...) {
+        target->abandonLoad();
+        throw;
+    }
+    target->loadEnd();
+}
+
+void SessionSteps::applyPropertySetting(const QString& setting)
+{
+    qsizetype equals = setting.indexOf(QLatin1Char('='));
+    if (equals <= 0 || equals + 1 == setting.size())
+        throw HException("format for option should be \"-setprop PROPERTY=VALUE\"");
+    QString name = setting.left(equals);
+    PropertyValueList properties(false);
+    m_loader.targetInterface()->getProperties(properties);
+    for (PropertyValue* property : properties)
+        if (property->propertyClass()->shortDescription() == name) {
+            property->setValue(setting.mid(equals + 1));
+            return;
+        }
+    throw HException(QLatin1String("unknown property: ") + name);
+}
+
+void SessionSteps::selectFileType()
+{
+    QByteArray wanted = m_options.fileType.toLocal8Bit();
+    for (const LoadFileTypeInfo& type : LoadFileFactory::instance()->types())
+        if (strcasecmp(type.name, wanted.constData()) == 0) {
+            m_loader.setFiletype(type.name);
+            return;
+        }
+    throw HException(QStringLiteral("unknown file type \"%1\"").arg(m_options.fileType));
+}
+
+void SessionSteps::selectProject()
+{
+    projectSystem->loadSolution(QFileInfo(m_options.solutionFile).absoluteFilePath(), nullptr, nullptr);
+    const QMap<QString, ProjectElement*> projects = projectSystem->solutionProjects(nullptr);
+    QString list =
+        QStringLiteral("\n\nProjects in \"%1\":\n").arg(QFileInfo(m_options.solutionFile).fileName());
+    for (auto project = projects.begin(); project != projects.end(); ++project)
+        list += QLatin1String("\n  ") + project.key();
+    if (m_options.projectName.isEmpty())
+        throw HException(QLatin1String("no project specified (use -project)") + list);
+    if (!projectSystem->haveSolution())
+        throw HException("no solution specified (use -solution)");
+
+    const QString given = m_options.projectName.simplified();
+    for (auto project = projects.begin(); project != projects.end(); ++project)
+        if (project.key().simplified() == given)
+            m_options.projectName = project.key();
+    m_activeProject = projectSystem->findProject(projectSystem->solutionElement(), m_options.projectName);
+    if (!m_activeProject)
+        throw HException(QStringLiteral("invalid project \"%1\"").arg(m_options.projectName) + list);
+
+    QStringList configurations;
+    projectSystem->configurations(m_activeProject, configurations, 4);
+    list = QStringLiteral("\n\nBuild configurations for \"%1\":\n\n  ").arg(m_options.projectName) +
+           configurations.join(QLatin1String("\n  "));
+    if (m_options.configuration.isEmpty())
+        throw HException(QLatin1String("no build configuration specified (use -config)") + list);
+    if (!configurations.contains(m_options.configuration))
+        throw HException(QStringLiteral("invalid build configuration \"%1\"").arg(m_options.configuration) +
+                         list);
+}
+
+void SessionSteps::collectLoadFiles()
+{
+    if (!projectSystem->haveSolution() || !m_options.loadFileNames.isEmpty()) {
+        for (const QString& name : std::as_const(m_options.loadFileNames))
+            m_loader.addLoadFile(name);
+        return;
+    }
+    m_loader.addLoadFile(buildSystem->output(m_activeProject, m_options.configuration, true));
+    const PropertyClass* additional =
+        buildSystem->findPropertyClass(QStringLiteral("debug_additional_load_files"));
+    QString files = buildSystem->settingForExpanded(m_activeProject, additional, m_options.configuration);
+    for (const QString& name : files.split(QLatin1Char(';'), Qt::SkipEmptyParts))
+        m_loader.addLoadFile(name);
+}
+
+// Where the program begins, as the debugger takes it; empty when nobody says. A number from the command
+// line is in hexadecimal already.
+QString SessionSteps::entryPoint() const
+{
+    LoadFileInterface* first = m_loader.loadFiles().items().front().file;
+    if (first->hasEntryPoint())
+        return toHexString(uint32_t(first->entryPoint()));
+    if (!m_options.entry.isEmpty() || !m_activeProject)
+        return m_options.entry;
+    const PropertyClass* symbol = buildSystem->findPropertyClass(QStringLiteral("debug_entry_point_symbol"));
+    return buildSystem->settingForExpanded(m_activeProject, symbol, m_options.configuration);
+}
