@@ -165,11 +165,11 @@ Completer::Completion CommandCompletion::names(QStringView before) const
                 return completion;
             object = member->value().object();
         }
-    for (const ESProperty& member : object->properties) {
-        QString name = member.name ? member.name->text() : QString();
+    for (const ESProperty& member : object->properties()) {
+        QString name = member.isNamed() ? member.name()->text() : QString();
         if (name.isEmpty() || !name.startsWith(begun))
             continue;
-        bool function = member.value().isObject() && member.value().object()->call;
+        bool function = member.value().isObject() && member.value().object()->isCallable();
         completion.candidates.append(function ? name + u'(' : name);
     }
     return completion;
