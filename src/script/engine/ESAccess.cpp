@@ -87,6 +87,17 @@ bool ESContext::hasOwnProperty(ESObject* object, ESString* name)
     return elementOf(object, name) || object->find(name);
 }
 
+bool ESContext::hasOwnKey(ESObject* object, ESString* text)
+{
+    if (int index = ESStringPool::arrayIndexOf(text); index >= 0) {
+        ESArray* array = object->array();
+        if (array && array->at(unsigned(index)))
+            return true;
+    }
+    ESString* name = ESStringPool::findName(text);
+    return name && object->find(name);
+}
+
 bool ESContext::hasProperty(ESObject* object, ESString* name)
 {
     for (; object; object = object->prototype)
@@ -233,7 +244,18 @@ ESValue ESContext::getByKey(const ESValue& object, const ESValue& key)
         return getIndex(object.object(), unsigned(index));
     }
     ESValue holder = object;
-    return memberOf(holder, toEString(key));
+    ESString* text = toEString(key);
+    int number = ESStringPool::arrayIndexOf(text);
+    if (number >= 0 && holder.isObject())
+        return getIndex(holder.object(), unsigned(number));
+    ESString* name = ESStringPool::findName(text);
+    if (!name) {
+        // A class of the host may know of what no property is named by.
+        if (!holder.isObject() || !holder.object()->is(ESObject::OwnAccess))
+            return g_undefined;
+        name = ESStringPool::name(text);
+    }
+    return memberOf(holder, name);
 }
 
 void ESContext::putByKey(const ESValue& object, const ESValue& key, const ESValue& value)
@@ -243,14 +265,28 @@ void ESContext::putByKey(const ESValue& object, const ESValue& key, const ESValu
         putElement(static_cast<ESArray*>(holder), unsigned(index), value, nullptr);
         return;
     }
-    ESString* name = toEString(key);
-    put(holder, name, value);
+    ESString* text = toEString(key);
+    if (int number = ESStringPool::arrayIndexOf(text); number >= 0)
+        putIndex(holder, unsigned(number), value);
+    else
+        put(holder, ESStringPool::name(text), value);
+}
+
+bool ESContext::deleteByKey(ESObject* object, const ESValue& key)
+{
+    if (int64_t index = indexOf(key); index >= 0)
+        return deleteProperty(object, unsigned(index));
+    ESString* text = toEString(key);
+    if (int number = ESStringPool::arrayIndexOf(text); number >= 0)
+        return deleteProperty(object, unsigned(number));
+    ESString* name = ESStringPool::findName(text);
+    return !name || deleteProperty(object, name);
 }
 
 ESValue ESContext::incrementMember(const ESValue& object, const ESValue& key, int delta, bool post)
 {
     ESObject* holder = ToObject(object);
-    ESString* name = toEString(key);
+    ESString* name = toName(key);
     double old = ToNumber(get(holder, name));
     put(holder, name, ESValue(old + delta));
     return ESValue(post ? old : old + delta);
@@ -276,7 +312,7 @@ ESObject* ESContext::enumerate(ESObject* object)
         if (ESArray* array = at->array(); array && at->kind() == ESObject::Array)
             for (uint32_t i = 0; i < array->count; ++i)
                 if (array->at(i))
-                    names.emplace_back(ESStringPool::meetNumber(i), ESStringPool::number(i));
+                    names.emplace_back(ESStringPool::meetNumber(i), numberToEString(i));
         for (const ESProperty& slot : at->properties())
             if (slot.isNamed() && !(slot.attributes & ESProperty::DontEnum))
                 names.emplace_back(slot.name()->order(), slot.name());
@@ -284,7 +320,8 @@ ESObject* ESContext::enumerate(ESObject* object)
     auto before = [](const Entry& a, const Entry& b) { return a.first < b.first; };
     if (!std::is_sorted(names.begin(), names.end(), before))
         std::sort(names.begin(), names.end(), before);
-    names.erase(std::unique(names.begin(), names.end()), names.end());
+    auto same = [](const Entry& a, const Entry& b) { return a.first == b.first; };
+    names.erase(std::unique(names.begin(), names.end(), same), names.end());
 
     auto* list = static_cast<ESArray*>(m_heap.make(ESObject::Arguments, objectPrototype(), objectClass()));
     list->reserveElements(uint32_t(names.size()));

@@ -48,6 +48,7 @@ void ESContext::enter(ESObject* function, ESCode* code, ESScope* scope, ESObject
     frame.registers = frame.base;
     frame.thread = &thread;
     frame.callerScope = m_scope;
+    frame.scope = scope;
     frame.callerSelf = m_self;
     frame.made = made;
     frame.code = code;
@@ -84,8 +85,19 @@ void ESContext::pushActivation(ESCode* code, const ESValue* argv, int argc)
     for (int i = code->formalCount; i < argc; ++i)
         activation->append(nullptr, ESProperty::DontEnum, argv[i]);
     activation->appendSlots(thread.localSlots());
-    activation->scope = {m_scope, activation};
+    activation->scope = {m_scope, activation, false};
     m_scope = &activation->scope;
+}
+
+// Gives the links of the scope chain back that the running function made, but for those that somebody keeps.
+void ESContext::leaveScopes(ESScope* outside)
+{
+    while (m_scope != outside) {
+        ESScope* link = m_scope;
+        m_scope = link->next;
+        if (!link->captured)
+            m_heap.freeScope(link);
+    }
 }
 
 ESObject* ESContext::makeArguments(ESObject* function, const ESValue* argv, int argc)

@@ -21,14 +21,14 @@ std::vector<std::unique_ptr<ESCode>>& codeVector()
 // Puts the machine's state back on every way out of an eval.
 struct ESContext::StateGuard {
     explicit StateGuard(ESContext* c)
-        : context(c), A(c->m_A), sp(c->m_sp), scope(c->m_scope), self(c->m_self), frames(c->m_frameCount),
+        : context(c), sp(c->m_sp), scope(c->m_scope), self(c->m_self), frames(c->m_frameCount),
           nativeLevel(c->m_nativeLevel), file(c->m_sourceFile)
     {
         ++c->m_evalDepth;
     }
     ~StateGuard()
     {
-        context->m_A = A;
+        context->m_A = g_undefined;
         context->m_sp = sp;
         context->m_scope = scope;
         context->m_self = self;
@@ -41,7 +41,6 @@ struct ESContext::StateGuard {
     StateGuard& operator=(const StateGuard&) = delete;
 
     ESContext* context;
-    ESValue A;
     ESValue* sp;
     ESScope* scope;
     ESObject* self;
@@ -53,9 +52,13 @@ struct ESContext::StateGuard {
 ESContext::ESContext(Ask ask) : m_ask(ask)
 {
     internWellKnownStrings();
+    ESCollector::enter(this);
 }
 
-ESContext::~ESContext() = default;
+ESContext::~ESContext()
+{
+    ESCollector::leave(this);
+}
 
 void ESContext::begin(ESObject* global)
 {
@@ -121,6 +124,7 @@ ESCompletion ESContext::eval(const QString& source, const QString& file)
         throw ESFatalError("virtual machine stack too small");
     StateGuard guard(this);
     ++m_nativeLevel;
+    bool inside = std::exchange(m_evalInside, false);
     if (m_evalDepth == 1)
         m_stopped = false;
     if (!file.isNull())
@@ -133,6 +137,7 @@ ESCompletion ESContext::eval(const QString& source, const QString& file)
             compiler.setSource(source);
             code = compiler.parse();
         }
+        m_evalInside = inside;
         completion.value = exec(code.get());
     } catch (const ESException& exception) {
         completion.type = ESCompletion::Thrown;
@@ -149,6 +154,37 @@ ESCompletion ESContext::eval(const QString& source, const QString& file)
         throw ESFatalError("out of memory");
     }
     return completion;
+}
+
+ESCompletion ESContext::evalInside(const QString& source, const QString& file)
+{
+    m_evalInside = true;
+    return eval(source, file);
+}
+
+void ESContext::setMemoryLimit(size_t bytes)
+{
+    m_heap.setLimit(bytes);
+    ESStringPool::setLimit(bytes);
+}
+
+void ESContext::mark(ESMarker& marker)
+{
+    for (ESValue* at = m_stack.get(); at != m_sp; ++at)
+        marker.value(*at);
+    marker.value(m_A);
+    for (int i = 0; i < m_frameCount; ++i) {
+        for (ESObject* object : {m_frames[size_t(i)].callerSelf, m_frames[size_t(i)].made})
+            if (object)
+                marker.object(object);
+    }
+    for (ESObject* object : {m_self, m_global, m_stringReceiver, m_numberReceiver})
+        if (object)
+            marker.object(object);
+    for (int kind = 0; kind < ESRealm::KindCount; ++kind)
+        if (ESObject* prototype = m_realm.prototype(ESRealm::Kind(kind)))
+            marker.object(prototype);
+    m_heap.markValues(marker);
 }
 
 ESValue ESContext::exec(ESCode* code)
@@ -199,7 +235,7 @@ int ESContext::errorLine() const
 void ESContext::throwException(ESObject* errorConstructor, const QString& text)
 {
     QString message = QStringLiteral("line %1: ").arg(errorLine()) + text;
-    ESValue argument(ESStringPool::intern(message));
+    ESValue argument(ESStringPool::text(message));
     throw ESException(ESValue(construct(errorConstructor, 1, &argument)));
 }
 
@@ -266,6 +302,8 @@ ESObject* ESContext::mkfunction(ESCode* code, ESScope* scope)
         static_cast<ESFunctionObject*>(m_heap.make(ESObject::Function, functionPrototype(), functionClass()));
     function->code = code;
     function->scope = scope;
+    for (; scope && !scope->captured; scope = scope->next)
+        scope->captured = true;
     return function;
 }
 

@@ -79,6 +79,8 @@ public:
     // whatever host calls throw pass through. In every case the machine's state is afterwards what it was
     // before. The file name is for warnings only.
     ESCompletion eval(const QString& source, const QString& file = QString());
+    // An eval on behalf of a native function that holds no values of its own meanwhile.
+    ESCompletion evalInside(const QString& source, const QString& file = QString());
     // Runs code at top level and returns its value.
     ESValue exec(ESCode* code);
     // The warnings of all compilations since the last call, but for those that it had already.
@@ -168,6 +170,8 @@ public:
     // Tests and changes past the object's class.
     static bool hasProperty(ESObject* object, ESString* name);
     static bool hasOwnProperty(ESObject* object, ESString* name);
+    // For a text that need be no name.
+    static bool hasOwnKey(ESObject* object, ESString* text);
     static bool propertyIsEnumerable(ESObject* object, ESString* name);
     static bool deleteProperty(ESObject* object, ESString* name);
     static bool deleteProperty(ESObject* object, unsigned index);
@@ -197,6 +201,13 @@ public:
     bool iserrorobj(const ESValue& v) const;
 
     ESRealm& realm() { return m_realm; }
+    ESHeap& heap() { return m_heap; }
+    // What the context's objects may take together with all strings; ESLimits::MemoryBytes if nothing is set.
+    // Beyond that a script ends in ESFatalError "out of memory".
+    void setMemoryLimit(size_t bytes);
+    // For the collector: marks what the context leads to; and asks at the next jump or call of a script.
+    void mark(ESMarker& marker);
+    void hurry() { m_budget = 0; }
     ESObject* globalObject() const { return m_global; }
     ESObject* objectPrototype() const { return m_realm.prototype(ESRealm::Object); }
     ESObject* functionPrototype() const { return m_realm.prototype(ESRealm::Function); }
@@ -228,6 +239,8 @@ private:
         return v.isObject() && v.object()->cls == m_realm.cls(kind);
     }
     struct StateGuard;
+    struct Run;
+    void rest();
     struct NativeLevel;
     template <bool Strict> ESValue run();
     bool strict() const;
@@ -245,6 +258,7 @@ private:
     ESObject* makeArguments(ESObject* function, const ESValue* argv, int argc);
     ESObject* receiver(const ESValue& value, ESObject* function);
     ESValue memberOf(const ESValue& value, ESString* name);
+    void leaveScopes(ESScope* outside);
     void pushActivation(ESCode* code, const ESValue* argv, int argc);
     ESValue getOwnIndex(ESObject* object, unsigned index);
     void padArguments(int formalCount, int& argc);
@@ -253,6 +267,7 @@ private:
     ESObject* enumerate(ESObject* object);
     ESValue getByKey(const ESValue& object, const ESValue& key);
     void putByKey(const ESValue& object, const ESValue& key, const ESValue& value);
+    bool deleteByKey(ESObject* object, const ESValue& key);
     ESValue incrementMember(const ESValue& object, const ESValue& key, int delta, bool post);
     ESValue incrementDynamic(ESString* name, int delta, bool post);
     ESObject* callee(const ESValue& value);
@@ -276,6 +291,7 @@ private:
     std::unique_ptr<ESFrame[]> m_frames;
     int m_frameCount = 0;
     int m_nativeLevel = 0;
+    bool m_evalInside = false;
     int m_budget = ESLimits::HookStride;
     Ask m_ask;
     bool m_stopped = false;

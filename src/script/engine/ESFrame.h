@@ -14,6 +14,7 @@ struct ESFrame {
     ESValue* registers; // formal parameters, then locals
     ESValue* base;      // the first argument; the stack ends here again afterwards
     const ESThread* thread;
+    ESScope* scope; // around the function
     ESScope* callerScope;
     ESObject* callerSelf;
     ESObject* made; // the object under construction, or null

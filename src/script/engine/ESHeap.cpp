@@ -1,10 +1,13 @@
 #include "script/engine/ESHeap.h"
 
 #include "script/engine/ESCode.h"
+#include "script/engine/ESException.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <utility>
 
 namespace {
 
@@ -40,11 +43,11 @@ void* ESHeap::carve(ESObject::Kind kind)
     Pool& pool = m_pools[kind];
     Block* block = pool.blocks.empty() ? nullptr : pool.blocks.back();
     if (!block || block->cell(block->used + 1) > reinterpret_cast<char*>(block) + BlockBytes) {
+        charge(BlockBytes);
         void* memory = std::aligned_alloc(BlockBytes, BlockBytes);
         if (!memory)
             throw std::bad_alloc();
-        m_bytes += BlockBytes;
-        block = new (memory) Block{this, CellSizes[kind], 0};
+        block = new (memory) Block{this, CellSizes[kind], 0, {}};
         pool.blocks.push_back(block);
     }
     return block->cell(block->used++);
@@ -56,7 +59,10 @@ ESObject* ESHeap::construct(void* memory, ESObject::Kind kind, ESObject* prototy
     unsigned flags = 0;
     switch (kind) {
     case ESObject::Plain: object = new (memory) ESObject; break;
-    case ESObject::Boxed: object = new (memory) ESBoxed; break;
+    case ESObject::Boxed:
+        object = new (memory) ESBoxed;
+        ESCollector::allocated(sizeof(ESBoxed));
+        break;
     case ESObject::Native:
         object = new (memory) ESNativeFunctionObject;
         flags = ESObject::Callable;
@@ -69,6 +75,8 @@ ESObject* ESHeap::construct(void* memory, ESObject::Kind kind, ESObject* prototy
     case ESObject::Array:
     case ESObject::Arguments:
         object = new (memory) ESArray;
+        if (kind == ESObject::Arguments)
+            ESCollector::allocated(2 * sizeof(ESArray));
         flags = ESObject::Elements;
         break;
     case ESObject::Activation: object = new (memory) ESActivationObject; break;
@@ -83,14 +91,82 @@ ESObject* ESHeap::construct(void* memory, ESObject::Kind kind, ESObject* prototy
 
 ESScope* ESHeap::makeScope(ESScope* next, ESObject* object)
 {
-    if (!m_scopesLeft) {
+    if (!m_freeScopes) {
+        charge(ScopesAtOnce * sizeof(ESScope));
         m_scopeBlocks.push_back(new ESScope[ScopesAtOnce]);
-        m_scopesLeft = ScopesAtOnce;
-        m_bytes += ScopesAtOnce * sizeof(ESScope);
+        for (uint32_t i = 0; i < ScopesAtOnce; ++i)
+            m_scopeBlocks.back()[i].next = std::exchange(m_freeScopes, m_scopeBlocks.back() + i);
     }
-    ESScope* scope = m_scopeBlocks.back() + --m_scopesLeft;
-    *scope = {next, object};
+    ESScope* scope = m_freeScopes;
+    m_freeScopes = scope->next;
+    *scope = {next, object, false};
     return scope;
+}
+
+void ESHeap::freeScope(ESScope* scope)
+{
+    if (scope->object->kind() == ESObject::Activation) {
+        giveBack(scope->object);
+        return;
+    }
+    *scope = {m_freeScopes, nullptr, false};
+    m_freeScopes = scope;
+}
+
+void ESHeap::giveBack(ESObject* object)
+{
+    Pool& pool = m_pools[object->kind()];
+    object->release();
+    object->m_shape = ESObject::KindCount;
+    object->m_flags = 0;
+    object->prototype = static_cast<ESObject*>(pool.free);
+    pool.free = object;
+}
+
+bool ESHeap::mark(const ESObject* object)
+{
+    Block* block = blockOf(object);
+    auto cell = uint32_t((reinterpret_cast<const char*>(object) - block->cell(0))) / block->cellBytes;
+    uint64_t bit = uint64_t(1) << (cell % 64);
+    if (block->marks[cell / 64] & bit)
+        return false;
+    block->marks[cell / 64] |= bit;
+    return true;
+}
+
+void ESHeap::markValues(ESMarker& marker)
+{
+    for (const Pool& pool : m_pools) {
+        for (Block* block : pool.blocks) {
+            for (uint32_t n = 0; n < block->used; ++n) {
+                auto* object = reinterpret_cast<ESObject*>(block->cell(n));
+                if (object->isCollectable())
+                    break; // as all of its block are
+                if (object->kind() == ESObject::KindCount)
+                    continue;
+                marker.valuesOf(object);
+            }
+        }
+    }
+    for (ESScope* block : m_scopeBlocks)
+        for (uint32_t i = 0; i < ScopesAtOnce; ++i)
+            if (block[i].object)
+                marker.object(block[i].object);
+}
+
+void ESHeap::sweep()
+{
+    for (ESObject::Kind kind : {ESObject::Boxed, ESObject::Arguments}) {
+        for (Block* block : m_pools[kind].blocks) {
+            for (uint32_t n = 0; n < block->used; ++n) {
+                auto* object = reinterpret_cast<ESObject*>(block->cell(n));
+                bool marked = block->marks[n / 64] >> (n % 64) & 1;
+                if (!marked && object->kind() != ESObject::KindCount)
+                    giveBack(object);
+            }
+            std::memset(block->marks, 0, sizeof block->marks);
+        }
+    }
 }
 
 void ESHeap::finishFunction(ESFunctionObject* function)
@@ -102,21 +178,29 @@ void ESHeap::finishFunction(ESFunctionObject* function)
     function->append(g_prototypeString, ESProperty::DontEnum, ESValue(prototype));
 }
 
+void ESHeap::charge(size_t bytes)
+{
+    if (m_bytes + ESStringPool::bytes() + bytes > m_limit)
+        throw ESFatalError("out of memory");
+    m_bytes += bytes;
+}
+
 void* ESHeap::allocate(size_t bytes)
 {
+    charge(bytes);
     void* memory = std::malloc(bytes);
     if (!memory)
         throw std::bad_alloc();
-    m_bytes += bytes;
     return memory;
 }
 
 void* ESHeap::reallocate(void* memory, size_t old, size_t bytes)
 {
+    charge(bytes - std::min(old, bytes));
     void* moved = std::realloc(memory, bytes);
     if (!moved)
         throw std::bad_alloc();
-    m_bytes += bytes - old;
+    m_bytes -= old - std::min(old, bytes);
     return moved;
 }
 

@@ -3,6 +3,7 @@
 // it goes back together, when the heap goes.
 #pragma once
 
+#include "script/engine/ESCollector.h"
 #include "script/engine/ESObject.h"
 
 #include <cstddef>
@@ -11,7 +12,8 @@
 // One link of the scope chain.
 struct ESScope {
     ESScope* next = nullptr;
-    ESObject* object = nullptr;
+    ESObject* object = nullptr; // null in a link that is free
+    bool captured = false;      // a function was made in it, or a script saw its object
 };
 
 struct ESActivationObject : ESObject {
@@ -28,11 +30,7 @@ public:
     ESHeap& operator=(const ESHeap&) = delete;
 
     // The heap of an object.
-    static ESHeap& of(const ESObject* object)
-    {
-        return *reinterpret_cast<Block*>(reinterpret_cast<uintptr_t>(object) & ~uintptr_t(BlockBytes - 1))
-                    ->heap;
-    }
+    static ESHeap& of(const ESObject* object) { return *blockOf(object)->heap; }
 
     ESObject* make(ESObject::Kind kind, ESObject* prototype, ESClass* cls)
     {
@@ -45,6 +43,18 @@ public:
         return construct(memory, kind, prototype, cls);
     }
     ESScope* makeScope(ESScope* next, ESObject* object);
+    // Takes a link, and the activation that it lies in, back; nothing leads to it any more.
+    void freeScope(ESScope* scope);
+
+    // Marks an object that can be given back; false when it has its mark already.
+    static bool mark(const ESObject* object);
+    // Marks what the objects that stay lead to.
+    void markValues(ESMarker& marker);
+    // Gives the objects back that have no mark, and takes the marks off.
+    void sweep();
+    // Memory that the heap has taken, and may take together with the strings.
+    size_t bytes() const { return m_bytes; }
+    void setLimit(size_t bytes) { m_limit = bytes; }
 
     // What plain objects are made of, for those that functions are given as `prototype`.
     void setPlain(ESObject* prototype, ESClass* cls)
@@ -55,7 +65,7 @@ public:
     // Gives a function object its `length` and `prototype`.
     void finishFunction(ESFunctionObject* function);
 
-    // Memory that counts. Throws std::bad_alloc.
+    // Memory that counts. Throws std::bad_alloc, and ESFatalError "out of memory" beyond the limit.
     void* allocate(size_t bytes);
     void* reallocate(void* memory, size_t old, size_t bytes);
     void free(void* memory, size_t bytes);
@@ -81,13 +91,20 @@ private:
         ESHeap* heap;
         uint32_t cellBytes;
         uint32_t used; // cells that were ever given out
+        uint64_t marks[(BlockBytes / sizeof(ESBoxed) + 63) / 64];
         char* cell(uint32_t n) { return reinterpret_cast<char*>(this) + HeaderBytes + size_t(n) * cellBytes; }
-        static constexpr size_t HeaderBytes = 64;
+        static constexpr size_t HeaderBytes = 128;
     };
     struct Pool {
         void* free = nullptr;
         std::vector<Block*> blocks;
     };
+    static Block* blockOf(const ESObject* object)
+    {
+        return reinterpret_cast<Block*>(reinterpret_cast<uintptr_t>(object) & ~uintptr_t(BlockBytes - 1));
+    }
+    void giveBack(ESObject* object);
+    void charge(size_t bytes);
     void* carve(ESObject::Kind kind);
     ESProperty* carveSlots(uint32_t slots);
     static ESObject* construct(void* memory, ESObject::Kind kind, ESObject* prototype, ESClass* cls);
@@ -98,8 +115,9 @@ private:
     char* m_slotNext = nullptr;
     char* m_slotEnd = nullptr;
     std::vector<ESScope*> m_scopeBlocks;
-    uint32_t m_scopesLeft = 0;
+    ESScope* m_freeScopes = nullptr;
     ESObject* m_plainPrototype = nullptr;
     ESClass* m_plainClass = nullptr;
     size_t m_bytes = 0;
+    size_t m_limit = ESLimits::MemoryBytes;
 };

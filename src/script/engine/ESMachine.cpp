@@ -9,6 +9,7 @@
 #include <cassert>
 #include <cmath>
 #include <typeinfo>
+#include <utility>
 
 namespace {
 
@@ -74,6 +75,34 @@ inline double modulo(double left, double right)
 
 } // namespace
 
+// One run of a machine while it is going on. It is blind when a native function that another machine called
+// has started it: what that native holds is not to be seen.
+struct ESContext::Run {
+    explicit Run(ESContext* context) : blind(!std::exchange(context->m_evalInside, false) && g_runs > 0)
+    {
+        ++g_runs;
+        g_blindRuns += blind;
+    }
+    ~Run()
+    {
+        --g_runs;
+        g_blindRuns -= blind;
+    }
+    Run(const Run&) = delete;
+    Run& operator=(const Run&) = delete;
+
+    bool blind;
+    static inline int g_runs = 0;
+    static inline int g_blindRuns = 0;
+};
+
+// Between two steps, with A and the stack pointer written back.
+void ESContext::rest()
+{
+    if (ESCollector::wanted() && !Run::g_blindRuns)
+        ESCollector::collect();
+}
+
 bool ESContext::strict() const
 {
     return m_ask == Ask::EachInstruction && typeid(*this) != typeid(ESContext);
@@ -82,6 +111,7 @@ bool ESContext::strict() const
 void ESContext::estmt(ESCode* code)
 {
     assert(m_frameCount > 0 && m_frames[size_t(m_frameCount - 1)].code == code);
+    Run running(this);
     m_A = strict() ? run<true>() : run<false>();
 }
 
@@ -121,9 +151,8 @@ template <bool Strict> ESValue ESContext::run()
 #define JUMP()                                                                                               \
     do {                                                                                                     \
         ip += ip->a;                                                                                         \
-        if constexpr (!Strict)                                                                               \
-            if (--m_budget < 0) [[unlikely]]                                                                 \
-                goto question;                                                                               \
+        if (--m_budget < 0) [[unlikely]]                                                                     \
+            goto question;                                                                                   \
         DISPATCH();                                                                                          \
     } while (0)
 #define SAVE() (frame->ip = ip, m_sp = sp)
@@ -154,8 +183,13 @@ template <bool Strict> ESValue ESContext::run()
 
     DISPATCH();
 
-    [[maybe_unused]] question : SAVE();
-    if (!askToGoOn())
+question:
+    SAVE();
+    m_A = A;
+    rest();
+    if constexpr (Strict)
+        m_budget = ESLimits::HookStride;
+    else if (!askToGoOn())
         goto stop;
     DISPATCH();
 
@@ -237,7 +271,7 @@ do_WITH : {
     NEXT();
 }
 do_ENDWITH:
-    m_scope = m_scope->next;
+    leaveScopes(m_scope->next);
     NEXT();
 
     // Variables.
@@ -443,7 +477,7 @@ do_MEMBEROP : {
     ESValue right = *--sp;
     OBJECT(object, holder);
     SAVE();
-    ESString* name = toEString(ESValue(A));
+    ESString* name = toName(ESValue(A));
     A = binary(ip->a, get(object, name), ESValue(right));
     put(object, name, ESValue(A));
     NEXT();
@@ -498,7 +532,7 @@ do_DELETEX : {
     ESValue holder = *--sp;
     OBJECT(object, holder);
     SAVE();
-    A = ESValue::boolean(deleteProperty(object, toEString(ESValue(A))));
+    A = ESValue::boolean(deleteByKey(object, ESValue(A)));
     NEXT();
 }
 
@@ -699,6 +733,8 @@ do_CALLW : {
     SAVE();
     ESValue value;
     ESObject* holder = dynamicGet(ip->u.name, value);
+    if (holder->kind() == ESObject::Activation) [[unlikely]]
+        static_cast<ESActivationObject*>(holder)->scope.captured = true;
     CALL(value, ip->a ? m_global : holder, ip->b);
 }
 do_CALLG:
@@ -788,9 +824,8 @@ call : {
     sp = m_sp;
     ip = frame->ip;
     registers = frame->registers;
-    if constexpr (!Strict)
-        if (--m_budget < 0) [[unlikely]]
-            goto question;
+    if (--m_budget < 0) [[unlikely]]
+        goto question;
     DISPATCH();
 }
 
@@ -805,6 +840,8 @@ do_RET:
 
 leave:
     sp = frame->base;
+    if (m_scope != frame->scope)
+        leaveScopes(frame->scope);
     m_scope = frame->callerScope;
     m_self = frame->callerSelf;
     if (frame->made) {

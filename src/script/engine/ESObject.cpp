@@ -31,6 +31,8 @@ constexpr int ClassCount = int(std::size(ClassSizes));
 static_assert(ClassCount <= ESHeap::SlotClasses);
 // Objects with more slots than this have an index, but for activations.
 constexpr uint32_t UnindexedSlots = 8;
+// Elements up to here come from the lists of small rows, by the same classes as slots.
+constexpr uint32_t SmallElements = ClassSizes[ClassCount - 1];
 constexpr uint32_t SlotBound = 1u << 27;
 
 int classFor(uint32_t slots)
@@ -348,11 +350,30 @@ void ESArray::reserveElements(uint32_t values)
     }
     if (values > SlotBound)
         throw std::bad_alloc();
-    uint32_t wanted = std::max({values, values < SlotBound / 2 ? count + count / 2 : values, 4u});
-    size_t old = size_t(head + room) * sizeof(ESValue);
-    size_t bytes = size_t(head + wanted) * sizeof(ESValue);
-    base = static_cast<ESValue*>(elements ? heap.reallocate(base, old, bytes) : heap.allocate(bytes));
-    elements = base + head;
+    static_assert(sizeof(ESValue) == sizeof(ESProperty));
+    uint32_t held = head + room;
+    uint32_t wanted = std::max(values, values < SlotBound / 2 ? count + count / 2 : values);
+    if (held > SmallElements) {
+        wanted += head;
+        base = static_cast<ESValue*>(
+            heap.reallocate(base, size_t(held) * sizeof(ESValue), size_t(wanted) * sizeof(ESValue)));
+        elements = base + head;
+        room = wanted - head;
+        return;
+    }
+    ESValue* fresh;
+    if (wanted <= SmallElements) {
+        int c = classFor(wanted);
+        wanted = ClassSizes[c];
+        fresh = reinterpret_cast<ESValue*>(heap.allocateSlots(c, wanted));
+    } else {
+        fresh = static_cast<ESValue*>(heap.allocate(size_t(wanted) * sizeof(ESValue)));
+    }
+    std::copy_n(elements, count, fresh);
+    if (elements)
+        heap.freeSlots(reinterpret_cast<ESProperty*>(base), classFor(held));
+    elements = fresh;
+    head = 0;
     room = wanted;
 }
 
@@ -446,8 +467,11 @@ void ESArray::densify()
 
 void ESArray::releaseElements()
 {
-    if (elements)
-        ESHeap::of(this).free(elements - head, size_t(head + room) * sizeof(ESValue));
+    uint32_t held = head + room;
+    if (held > SmallElements)
+        ESHeap::of(this).free(elements - head, size_t(held) * sizeof(ESValue));
+    else if (elements)
+        ESHeap::of(this).freeSlots(reinterpret_cast<ESProperty*>(elements - head), classFor(held));
     elements = nullptr;
     head = count = room = filled = 0;
 }

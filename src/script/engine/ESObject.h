@@ -78,6 +78,8 @@ struct ESObject {
     // What makes an object callable, and what it can be called with `new`.
     bool isCallable() const { return is(Callable); }
     bool isConstructor() const { return is(Constructor); }
+    // Made by the engine for itself, so that it is given back when nothing leads to it.
+    bool isCollectable() const { return kind() == Boxed || kind() == Arguments; }
     bool isNative() const { return kind() == Native; }
     // The primitive of a wrapper, the time of a Date, the full name of a native function; else undefined.
     ESValue internal() const;

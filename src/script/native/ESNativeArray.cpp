@@ -20,7 +20,7 @@ void putIndex(ESContext* context, ESObject* object, double index, const ESValue&
     if (index < 2147483647)
         context->putIndex(object, unsigned(index), value);
     else
-        context->put(object, ESContext::numberToEString(index), value);
+        context->put(object, ESStringPool::name(ESContext::numberToEString(index)), value);
 }
 
 // The object, when it is an array whose elements are all that there is to its indices: none stands in a slot,
@@ -109,7 +109,9 @@ QString ESNativeArray::join(ESContext* context, ESObject* array, const QString& 
         if (i)
             text += separator;
         ESValue element = context->getIndex(array, i);
-        if (!element.isNull())
+        if (element.isNumber() || element.type() == ESValue::String)
+            text += context->toEString(element)->view();
+        else if (!element.isNull())
             text += context->toString(element, 10);
         if (text.size() > ESLimits::StringLength)
             throw ESFatalError("string too long");
@@ -304,7 +306,7 @@ ESValue ESNativeArray::sort(const ESCall& call)
         }
         ESString* left = context->toEString(a);
         ESString* right = context->toEString(b);
-        return left == right ? 0 : left->text() < right->text() ? -1 : 1;
+        return QtPrivate::compareStrings(left->view(), right->view());
     };
 
     for (int64_t gap = (length + 3) / 5; gap >= 1; gap = (gap + 1) / 3) {
@@ -330,7 +332,7 @@ ESValue ESNativeArray::toString(const ESCall& call)
 {
     if (!call.context->isarray(ESValue(call.self)))
         call.context->throwTypeError(QStringLiteral("Array.prototype.toString requires an array"));
-    return ESValue(ESStringPool::intern(join(call.context, call.self, QStringLiteral(","))));
+    return ESValue(ESStringPool::text(join(call.context, call.self, QStringLiteral(","))));
 }
 
 void ESNativeArray::install(ESContext* context)

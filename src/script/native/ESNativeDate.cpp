@@ -165,10 +165,10 @@ template <Part part> ESValue toText(const ESCall& call)
     QString day = date.date().toString(Qt::TextDate);
     QString clock = date.time().toString(Qt::TextDate);
     if (part != Part::Both)
-        return ESValue(ESStringPool::intern(part == Part::Day ? day : clock));
+        return ESValue(ESStringPool::text(part == Part::Day ? day : clock));
     // The text format puts the time before the year.
     qsizetype year = day.lastIndexOf(' ');
-    return ESValue(ESStringPool::intern(day.left(year + 1) + clock + day.mid(year)));
+    return ESValue(ESStringPool::text(day.left(year + 1) + clock + day.mid(year)));
 }
 
 ESValue getTime(const ESCall& call)

@@ -21,7 +21,8 @@ ESValue toString(const ESCall& call)
         call.context->throwTypeError(QStringLiteral("Number.prototype.toString called on non-Number object"));
     ESValue number = call.self->internal();
     int radix = call.context->toInt32(call.argument(0));
-    return ESValue(ESStringPool::intern(call.context->toString(number, radix ? radix : 10)));
+    return ESValue(number.isNumber() ? ESContext::numberToEString(number.number(), radix ? radix : 10)
+                                     : call.context->toEString(number));
 }
 
 ESValue toFixed(const ESCall& call)
@@ -39,7 +40,7 @@ ESValue toFixed(const ESCall& call)
         value = std::fabs(value);
     auto result =
         std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed, int(precision));
-    return ESValue(ESStringPool::intern(QString::fromLatin1(buffer, qsizetype(result.ptr - buffer))));
+    return ESValue(ESStringPool::text(buffer, int(result.ptr - buffer)));
 }
 
 ESValue valueOf(const ESCall& call)
