@@ -5,7 +5,9 @@
 #include "debug/monitor/DebuggerHelperFunctions.h"
 #include "driver/terminal/TextTargetIOServerTerminal.h"
 #include "maxq30/cpu/MAXQ30Debugger.h"
+#include "maxq30/sim/MAXQ30Simulator.h"
 #include "support/HException.h"
+#include "support/Path.h"
 #include "target/memory/TargetMemoryInterface.h"
 
 #include <QCoreApplication>

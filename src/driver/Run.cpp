@@ -41,7 +41,13 @@ void System::run(const QString& entry)
     terminal.setWaitingTarget(m_loader.targetInterface());
     ConsoleScope console(m_terminal, m_terminalFace, terminal);
     ProgramRun::Scope scope(m_run, *terminal.server(), m_options.debug);
-    m_run.setStopListener(&m_stopNotice);
+    m_debugCommands.clear();
+    if (m_options.debug) {
+        m_run.setStopListener(&m_debugCommands.view());
+        terminal.setCompleter(&m_completion);
+    } else {
+        m_run.setStopListener(&m_stopNotice);
+    }
     try {
         m_run.loadSymbols();
         if (m_options.debug) {
@@ -127,10 +133,11 @@ void System::debug()
 
 void System::command(const QString& line)
 {
-    if (line.isEmpty())
+    const QString script = m_shortCommands.translate(line);
+    if (script.isEmpty())
         return;
     m_scriptSystem.setSourceName(QString());
-    m_scriptSystem.execute(line, true);
+    m_scriptSystem.execute(script, true);
 }
 
 // Ctrl-C ends what a command does and comes back to the prompt, where there is one.
@@ -177,6 +184,7 @@ bool System::connectionLost() const
 
 void System::programExited()
 {
+    m_debugCommands.clear();
     debugger->clear();
 }
 

@@ -42,6 +42,7 @@ void System::destroy()
 System::System() : m_options(*report, m_face)
 {
     scriptSystem = &m_scriptSystem;
+    m_debugCommands.installScriptObject(m_scriptSystem.context());
     m_console.installScriptObject(m_scriptSystem.context());
     m_wscript.installScriptObject(m_scriptSystem.context());
 }

@@ -2,7 +2,10 @@
 // exit status.
 #pragma once
 
+#include "driver/console/CommandCompletion.h"
 #include "driver/console/ConsoleScriptSystem.h"
+#include "driver/console/DebugCommands.h"
+#include "driver/console/ShortCommands.h"
 #include "driver/session/FaceSwitch.h"
 #include "driver/session/Loader.h"
 #include "driver/session/Options.h"
@@ -80,6 +83,9 @@ private:
     ConsoleScriptSystem m_scriptSystem;
     ProgramRun m_run{m_loader};
     StopNotice m_stopNotice{m_run};
+    DebugCommands m_debugCommands{m_run};
+    ShortCommands m_shortCommands{[this](const QString& name) { return m_scriptSystem.defines(name); }};
+    CommandCompletion m_completion{m_run, m_scriptSystem.context()};
     TextTargetIOServerTerminal* m_terminal = nullptr; // while a program runs
     QElapsedTimer m_lastInterrupt;
     QString m_programName;

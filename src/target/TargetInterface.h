@@ -48,10 +48,6 @@ public:
     virtual void disconnect() = 0;
     virtual bool isConnected() const = 0;
     virtual bool isStopped() = 0;
-    // The program runs inside this process, so that looking at it costs nothing.
-    virtual bool runsInProcess() const { return false; }
-    // Under a debugger such a program goes on in slices, while events are handled, and go() returns at once.
-    virtual void setDebugSession(bool) {}
     virtual void debugBegin();
     virtual void debugEnd();
     virtual bool canBeExternallyDisconnected() const { return false; }

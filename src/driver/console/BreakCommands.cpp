@@ -95,9 +95,9 @@ Path DebugCommands::sourceFile(const QString& given) const
     return found.isEmpty() ? path : Path(found.front());
 }
 
-const BreakpointList::Info& DebugCommands::knownBreakpoint(unsigned number) const
+const NumberedBreakpoints::Info& DebugCommands::knownBreakpoint(unsigned number) const
 {
-    const BreakpointList::Info* info = m_breakpoints.findBreakpoint(number);
+    const NumberedBreakpoints::Info* info = m_breakpoints.findBreakpoint(number);
     if (!info)
         throw HException(QStringLiteral("no breakpoint %1").arg(number));
     return *info;
@@ -106,8 +106,8 @@ const BreakpointList::Info& DebugCommands::knownBreakpoint(unsigned number) cons
 ESValue DebugCommands::deletebreak(Arguments& arguments)
 {
     unsigned number = arguments.number(0);
-    std::list<BreakpointList::Info> all = m_breakpoints.all();
-    for (const BreakpointList::Info& info : all)
+    std::list<NumberedBreakpoints::Info> all = m_breakpoints.all();
+    for (const NumberedBreakpoints::Info& info : all)
         if (number == 0 || info.number == number) {
             m_breakpoints.remove(info.number);
             debugger().clearBreakpoint(info.breakpoint);

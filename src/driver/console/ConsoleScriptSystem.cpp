@@ -40,6 +40,11 @@ ConsoleScriptSystem::ConsoleScriptSystem() : m_context(std::make_unique<ConsoleC
 
 ConsoleScriptSystem::~ConsoleScriptSystem() = default;
 
+bool ConsoleScriptSystem::defines(const QString& name) const
+{
+    return ESContext::hasProperty(m_context->globalObject(), ESStringPool::intern(name));
+}
+
 bool ConsoleScriptSystem::stopRequested() const
 {
     return m_stopRequested || Interrupt::requested();

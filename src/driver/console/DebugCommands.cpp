@@ -3,6 +3,7 @@
 
 #include "debug/SymbolicDebuggerInterface.h"
 #include "driver/console/CommandArguments.h"
+#include "driver/console/ShortCommands.h"
 #include "driver/session/Loader.h"
 #include "driver/session/SessionFace.h"
 #include "support/HException.h"
@@ -33,109 +34,127 @@ std::span<const DebugCommands::Command> DebugCommands::commands()
                                                                                                  "stop the "
                                                                                                  "program")
             COMMAND(4, "deletebreak", deletebreak, "number", Any, "delete a breakpoint, 0 for all") COMMAND(
-                5, "chainbreak", chainbreak, "first, second",
-                Any,
-                "let the first breakpoint arm the second, 0 for none") COMMAND(6, "showbreak", showbreak,
-                                                                               "number",
-                                                                               Any, "show a breakpoint, 0 for all")
-                COMMAND(7, "showexceptions", showexceptions, "", Any, "show what the target can stop for") COMMAND(
-                    8, "enableexception", enableexception, "name, enabled", Any,
-                    "stop for an exception or not")
-                    COMMAND(9, "stepinto", stepinto, "[instruction]", Stopped, "step one line, into calls") COMMAND(
-                        10,
-                        "stepover",
-                        stepover, "[instruction]", Stopped,
-                        "step one line, over calls") COMMAND(11, "go", go, "", Stopped, "let the program run")
-                        COMMAND(12, "stepout", stepout, "", Stopped, "run to the caller") COMMAND(
-                            13,
-                            "evaluate",
-                            evaluate, "expression",
-                            Stopped,
-                            "the value of an expression") COMMAND(15, "print", print, "expression, [format]",
-                                                                  Stopped,
-                                                                  "show a value; formats b c d e f g i o p s "
-                                                                  "u x")
+                5, "chainbreak", chainbreak, "first, second", Any,
+                "let the first breakpoint arm the second, 0 for none")
+                COMMAND(6, "showbreak", showbreak, "number", Any, "show a breakpoint, 0 for all") COMMAND(
+                    7, "showexceptions", showexceptions, "", Any,
+                    "show what the target can stop for") COMMAND(8, "enableexception", enableexception,
+                                                                 "name, enabled", Any,
+                                                                 "stop for an exception or not")
+                    COMMAND(9, "stepinto", stepinto, "[instruction]", Stopped,
+                            "step one line, into calls") COMMAND(10, "stepover", stepover, "[instruction]",
+                                                                 Stopped, "step one line, over calls")
+                        COMMAND(11, "go", go, "", Stopped, "let the program run") COMMAND(
+                            12, "stepout", stepout, "", Stopped,
+                            "run to the caller") COMMAND(13, "evaluate", evaluate, "expression",
+                                                         Stopped, "the value of an expression")
                             COMMAND(
-                                16,
-                                "printregisters", printregisters, "", Stopped,
-                                "show the registers of the frame") COMMAND(17, "printlocals", printlocals, "",
-                                                                           Any,
-                                                                           "show the local variables of the "
-                                                                           "frame")
+                                15,
+                                "print",
+                                print, "expression, [format]", Stopped,
+                                "show a value; formats b c d e f g i o p s "
+                                "u x") COMMAND(16, "printregisters", printregisters, "", Stopped,
+                                               "show the registers of the frame")
                                 COMMAND(
-                                    18,
-                                    "printglobals",
-                                    printglobals, "", Any,
-                                    "show the global variables") COMMAND(19, "wait", wait, "milliseconds",
-                                                                         Any,
-                                                                         "wait for a stop: the breakpoint's "
-                                                                         "number, or 0") COMMAND(20, "quit",
-                                                                                                 quit,
-                                                                                                 "",
-                                                                                                 Any, "end the run")
-                                    COMMAND(21, "where", where, "", Stopped, "show the calls") COMMAND(
-                                        22,
-                                        "locate", locate, "[frame]", Stopped,
-                                        "select a frame, 0 is the innermost") COMMAND(23, "locatepc", locatepc, "address",
-                                                                                      Stopped, "select a place by its address")
+                                    17,
+                                    "printlocals",
+                                    printlocals, "", Any,
+                                    "show the local "
+                                    "variables of the "
+                                    "frame") COMMAND(18, "printglobals", printglobals, "",
+                                                     Any, "show the global variables") COMMAND(19, "wait",
+                                                                                               wait, "milliseconds",
+                                                                                               Any,
+                                                                                               "wait for a "
+                                                                                               "stop: the "
+                                                                                               "breakpoint's "
+                                                                                               "number, or 0")
+                                    COMMAND(20, "quit", quit, "", Any, "end the run") COMMAND(
+                                        21,
+                                        "where",
+                                        where, "", Stopped,
+                                        "show the calls") COMMAND(22, "locate", locate, "[frame]", Stopped,
+                                                                  "select a frame, 0 "
+                                                                  "is the innermost")
                                         COMMAND(
-                                            24,
-                                            "locateregisters", locateregisters,
-                                            "words", Stopped,
-                                            "select a place by a block of registers") COMMAND(25, "setmode",
-                                                                                              setmode,
-                                                                                              "mode",
-                                                                                              Stopped,
-                                                                                              "show code as "
-                                                                                              "\"source\" or "
-                                                                                              "as "
-                                                                                              "\"disassembly"
-                                                                                              "\"")
-                                            COMMAND(26, "getfilename", getfilename, "", Stopped, "the source file of the place") COMMAND(
-                                                27,
-                                                "getlinenumber",
-                                                getlinenumber, "", Stopped,
-                                                "the line of the place") COMMAND(28, "list",
-                                                                                 list, "before, after", Stopped,
-                                                                                 "show so many lines around "
-                                                                                 "the place")
+                                            23,
+                                            "locatepc",
+                                            locatepc, "address", Stopped, "select a place by its address")
+                                            COMMAND(
+                                                24,
+                                                "locateregisters", locateregisters,
+                                                "words", Stopped, "select a place by a block of registers")
                                                 COMMAND(
-                                                    29,
-                                                    "setprintradix", setprintradix,
-                                                    "radix", Any,
-                                                    "print numbers in radix 2, 8, 10 or 16")
+                                                    25,
+                                                    "setmode",
+                                                    setmode, "mode", Stopped,
+                                                    "show code as "
+                                                    "\"source\" or "
+                                                    "as "
+                                                    "\"disassembly"
+                                                    "\"") COMMAND(26, "getfilename", getfilename, "", Stopped,
+                                                                  "the source file of the place")
                                                     COMMAND(
-                                                        30,
-                                                        "setprintarray", setprintarray,
-                                                        "count", Any,
-                                                        "print so many elements of an array")
+                                                        27,
+                                                        "getlinenumber",
+                                                        getlinenumber, "", Stopped,
+                                                        "th"
+                                                        "e "
+                                                        "li"
+                                                        "ne"
+                                                        " o"
+                                                        "f "
+                                                        "th"
+                                                        "e "
+                                                        "pl"
+                                                        "ac"
+                                                        "e") COMMAND(28, "list", list, "before, after",
+                                                                     Stopped,
+                                                                     "show so many lines around "
+                                                                     "the place") COMMAND(29, "setprintradix",
+                                                                                          setprintradix,
+                                                                                          "radix", Any,
+                                                                                          "print numbers in "
+                                                                                          "radix 2, 8, "
+                                                                                          "10 or 16")
                                                         COMMAND(
-                                                            31,
-                                                            "setprintstring", setprintstring, "on",
-                                                            Any, "print what a char pointer points to")
-                                                            COMMAND(32, "echo", echo, "text", Any, "show a text") COMMAND(
-                                                                33,
-                                                                "exit",
-                                                                exit, "status",
-                                                                Any, "end the run with an exit status")
+                                                            30,
+                                                            "setprintarray", setprintarray,
+                                                            "count", Any,
+                                                            "print so many elements of an array")
+                                                            COMMAND(
+                                                                31,
+                                                                "setprintstring", setprintstring, "on", Any,
+                                                                "print what a char pointer points to")
                                                                 COMMAND(
-                                                                    34,
-                                                                    "assert", assertion, "condition, text",
-                                                                    Any, "fail unless the condition holds")
-                                                                    COMMAND(35, "lastexception",
+                                                                    32,
+                                                                    "echo",
+                                                                    echo, "text", Any,
+                                                                    "show a text") COMMAND(33, "exit", exit,
+                                                                                           "status",
+                                                                                           Any, "end the run with an exit status")
+                                                                    COMMAND(
+                                                                        34,
+                                                                        "assert", assertion,
+                                                                        "condition, text",
+                                                                        Any, "fail unless the condition holds")
+                                                                        COMMAND(
+                                                                            35,
+                                                                            "lastexception",
                                                                             lastexception, "", Any,
                                                                             "the exception of the last stop, "
-                                                                            "or \"\"")
-                                                                        COMMAND(36, "enablebreak",
-                                                                                enablebreak, "number, on",
-                                                                                Any,
-                                                                                "switch a breakpoint on or "
-                                                                                "off")
-                                                                            COMMAND(
-                                                                                37,
-                                                                                "setnext", setnext,
-                                                                                "file, line", Stopped,
-                                                                                "go on at a line")
+                                                                            "or \"\"") COMMAND(36,
+                                                                                               "enablebreak",
+                                                                                               enablebreak,
+                                                                                               "number, on",
+                                                                                               Any,
+                                                                                               "switch a "
+                                                                                               "breakpoint "
+                                                                                               "on or "
+                                                                                               "off")
+                                                                            COMMAND(37, "setnext", setnext,
+                                                                                    "file, line", Stopped,
+                                                                                    "go on at a line")
                                                                                 COMMAND(
                                                                                     38,
                                                                                     "set",
@@ -173,8 +192,7 @@ std::span<const DebugCommands::Command> DebugCommands::commands()
                                                                                                     "showcoun"
                                                                                                     "ts",
                                                                                                     showcounts,
-                                                                                                    "",
-                                                                                                    Any,
+                                                                                                    "", Any,
                                                                                                     "show "
                                                                                                     "how "
                                                                                                     "often "
@@ -279,7 +297,8 @@ ESValue DebugCommands::wait(Arguments& arguments)
 {
     if (!m_run.waitForStop(arguments.number(0)))
         return ESValue(0.0);
-    const BreakpointList::Info* matched = m_breakpoints.findBreakpoint(debugger().lastMatchedBreakpoint());
+    const NumberedBreakpoints::Info* matched =
+        m_breakpoints.findBreakpoint(debugger().lastMatchedBreakpoint());
     return ESValue(matched ? double(matched->number) : 0.0);
 }
 
@@ -326,6 +345,7 @@ ESValue DebugCommands::help(Arguments&)
         lines.append(QStringLiteral("Debug.%1(%2): %3")
                          .arg(QLatin1String(command.name), QLatin1String(command.arguments),
                               QLatin1String(command.help)));
+    lines.append(QStringLiteral("At the prompt: ") + ShortCommands::help().join(QLatin1String("; ")));
     show(lines);
     return g_undefined;
 }

@@ -6,8 +6,8 @@
 // or an expression failed with.
 #pragma once
 
-#include "driver/console/BreakpointList.h"
 #include "driver/console/CodeView.h"
+#include "driver/console/NumberedBreakpoints.h"
 #include "script/engine/ESClass.h"
 
 #include <QByteArray>
@@ -56,7 +56,7 @@ private:
     template <typename Resume> ESValue resume(Resume&& action);
     ESValue remember(DebuggerBreakpoint* breakpoint, const Arguments& arguments, unsigned optional,
                      bool byExpression, const QString& text, int line);
-    const BreakpointList::Info& knownBreakpoint(unsigned number) const;
+    const NumberedBreakpoints::Info& knownBreakpoint(unsigned number) const;
     Path sourceFile(const QString& given) const;
     uint64_t addressOf(const QString& expression, QString& space) const;
     QString instructionAt(uint32_t address) const;
@@ -107,7 +107,7 @@ private:
 
     ProgramRun& m_run;
     CodeView m_view;
-    BreakpointList m_breakpoints;
+    NumberedBreakpoints m_breakpoints;
     int m_printRadix = 16;
     unsigned m_printArrayLimit = 32;
     bool m_printStrings = true;

@@ -1,12 +1,12 @@
 #include "driver/session/ProgramRun.h"
 
 #include "debug/SymbolicDebuggerInterface.h"
+#include "debug/monitor/HMonitor.h"
 #include "driver/session/Interrupt.h"
 #include "driver/session/Loader.h"
 #include "loadfile/LoadFileInterface.h"
 #include "support/HException.h"
 #include "support/QTx.h"
-#include "target/TargetInterface.h"
 #include "target/io/TargetIOServer.h"
 
 #include <QCoreApplication>
@@ -47,7 +47,9 @@ ProgramRun::Scope::Scope(ProgramRun& run, TargetIOServer& server, bool debugging
     run.m_exitStatus.reset();
     debugger.setTargetInterface(target);
     debugger.setTargetIOServer(&server);
-    target->setDebugSession(debugging);
+    run.m_monitor = dynamic_cast<HMonitor*>(target);
+    if (run.m_monitor)
+        run.m_monitor->setDebugSession(debugging);
     run.m_timer.start(PassMilliseconds);
 }
 
@@ -59,7 +61,9 @@ ProgramRun::Scope::~Scope()
             m_run.debugger().clear();
         } catch (const HException&) {
         }
-    m_run.m_loader.targetInterface()->setDebugSession(false);
+    if (m_run.m_monitor)
+        m_run.m_monitor->setDebugSession(false);
+    m_run.m_monitor = nullptr;
     m_run.debugger().setTargetIOServer(nullptr);
     m_run.m_server = nullptr;
 }
@@ -102,12 +106,13 @@ void ProgramRun::pass()
         if (m_stopped)
             return;
     }
+    bool sliced = m_debugging && m_monitor && m_monitor->runsOnEvents();
     QCoreApplication::processEvents(m_debugging ? QEventLoop::WaitForMoreEvents : QEventLoop::AllEvents);
     if (Interrupt::requested() || m_quit)
         return;
     if (!m_debugging)
         QTx::sleep(idle() ? IdlePassMilliseconds : PassMilliseconds);
-    else if (!m_stopped && m_loader.targetInterface()->runsInProcess())
+    else if (!m_stopped && sliced)
         poll();
 }
 

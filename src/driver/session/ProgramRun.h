@@ -9,6 +9,7 @@
 
 #include <optional>
 
+class HMonitor;
 class Loader;
 class SymbolicDebuggerInterface;
 class TargetIOServer;
@@ -76,6 +77,7 @@ private:
     Loader& m_loader;
     SymbolicDebuggerInterface* m_debugger = nullptr;
     TargetIOServer* m_server = nullptr; // within a Scope
+    HMonitor* m_monitor = nullptr;      // likewise
     StopListener* m_listener = nullptr;
     QTimer m_timer;
     bool m_stopped = false;

@@ -9,7 +9,7 @@
 
 class DebuggerBreakpoint;
 
-class BreakpointList {
+class NumberedBreakpoints {
 public:
     struct Info {
         unsigned number;

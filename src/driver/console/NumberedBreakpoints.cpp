@@ -1,15 +1,16 @@
-#include "driver/console/BreakpointList.h"
+#include "driver/console/NumberedBreakpoints.h"
 
 #include "debug/run/DebuggerBreakpoint.h"
 
-unsigned BreakpointList::addBreakpoint(DebuggerBreakpoint* breakpoint, bool byExpression, const QString& text,
-                                       int line)
+unsigned NumberedBreakpoints::addBreakpoint(DebuggerBreakpoint* breakpoint, bool byExpression,
+                                            const QString& text, int line)
 {
     m_breakpoints.push_back({m_next, breakpoint, byExpression, text, line});
     return m_next++;
 }
 
-const BreakpointList::Info* BreakpointList::findBreakpoint(const DebuggerBreakpoint* breakpoint) const
+const NumberedBreakpoints::Info*
+NumberedBreakpoints::findBreakpoint(const DebuggerBreakpoint* breakpoint) const
 {
     for (const Info& info : m_breakpoints)
         if (info.breakpoint == breakpoint)
@@ -17,7 +18,7 @@ const BreakpointList::Info* BreakpointList::findBreakpoint(const DebuggerBreakpo
     return nullptr;
 }
 
-const BreakpointList::Info* BreakpointList::findBreakpoint(unsigned number) const
+const NumberedBreakpoints::Info* NumberedBreakpoints::findBreakpoint(unsigned number) const
 {
     for (const Info& info : m_breakpoints)
         if (info.number == number)
@@ -25,12 +26,12 @@ const BreakpointList::Info* BreakpointList::findBreakpoint(unsigned number) cons
     return nullptr;
 }
 
-void BreakpointList::remove(unsigned number)
+void NumberedBreakpoints::remove(unsigned number)
 {
     m_breakpoints.remove_if([number](const Info& info) { return info.number == number; });
 }
 
-QStringList BreakpointList::describe(unsigned number) const
+QStringList NumberedBreakpoints::describe(unsigned number) const
 {
     QStringList lines;
     for (const Info& info : m_breakpoints) {
