@@ -1,5 +1,6 @@
 // Elements of arrays however they are held: side by side, with holes, and far apart.
-function keys(o) { var t = ""; for (var k in o) t += k + " "; return t; }
+// Sorted, since the order is that in which all scripts of the process met the names.
+function keys(o) { var n = []; for (var k in o) n.push(k); n.sort(); var t = ""; for (k = 0; k < n.length; k++) t += n[k] + " "; return t; }
 var a = [1, 2, 3], i; delete a[1]; print(a.length, a[1], keys(a), a.hasOwnProperty(1), a.hasOwnProperty("2"));
 Array.prototype[1] = "inherited"; print(a[1], a, a.pop(), a.pop(), a.length); delete Array.prototype[1]; print(a[1], [].pop());
 a = [1, undefined, 2, undefined, 3]; print(keys(a)); a.shift(); print(keys(a), a, a.length); a.shift(); print(keys(a), a.length);
@@ -38,14 +39,14 @@ undefined y 2 1  undefined,x
 2001 0 1999 2000 undefined
 1500 1499 undefined undefined
 399001 399 undefined 2 undefined,399
-0 2000 1000 3000 4000 
+0 1000 2000 3000 4000 
 1,2,3
 0 1 8  9
 0=5 1=undefined 2=7 
 2147483647 m last
 4294967294 4294967295  0
 0
-1001 zero thousand 0 2147483647 03 3.0 1000 
+1001 zero thousand 0 03 1000 2147483647 3.0 
 4294967295 undefined 4294967294 2
 3 
 2 undefined,1,undefined
@@ -64,9 +65,9 @@ undefined 0
 70 69 8 undefined 0
 0 1 2 3  5 18
 true undefined 0,1,2,undefined,4,5
-0 1 2 4 5 x 1e3 
-300 250 200 
-300 250 200 
+0 1 1e3 2 4 5 x 
+200 250 300 
+200 250 300 
 0 37 38 39  40
-0 19999 19997 19998  20000 19999
+0 19997 19998 19999  20000 19999
 */

@@ -1,5 +1,6 @@
 // Names that come and go, and texts that become names.
-function keys(o) { var t = ""; for (var k in o) t += k + " "; return t; }
+// Sorted, since the order is that in which all scripts of the process met the names.
+function keys(o) { var n = []; for (var k in o) n.push(k); n.sort(); var t = ""; for (k = 0; k < n.length; k++) t += n[k] + " "; return t; }
 var o = {}, i, t; for (i = 0; i < 30; i++) o["n" + i] = i; for (i = 0; i < 30; i += 2) delete o["n" + i]; print(keys(o));
 for (i = 28; i >= 0; i -= 2) o["n" + i] = -i; print(keys(o), o.n0, o.n28, o.n29); print(delete o.absent, delete o.n1, delete o.n1, o.n1, o.hasOwnProperty("n" + 1), o.hasOwnProperty("n" + 2));
 o = {}; for (i = 0; i < 5000; i++) { o["id" + i] = i; if (i >= 5) delete o["id" + (i - 5)]; } print(keys(o), o.id4995, o.id0);
@@ -17,13 +18,15 @@ function Count() { this.n = 0; } Count.prototype.up = function() { return ++this
 function G() {} print(G.length, typeof G.prototype, keys(G), G.hasOwnProperty("prototype"), G.prototype.constructor == G); delete G.prototype; print(G.prototype, new G().constructor == Object); G.length = 7; print(G.length); function H(a, b) {} H.extra = 1; print(H.length, keys(H), H.prototype == H.prototype);
 function scoped() { var a0 = 0, a1 = 1, a2 = 2, a3 = 3, a4 = 4, a5 = 5, a6 = 6, a7 = 7, a8 = 8, a9 = 9; return function() { a0++; a9++; return a0 + a1 + a2 + a3 + a4 + a5 + a6 + a7 + a8 + a9; }; } var f1 = scoped(), f2 = scoped(); f1(); f1(); print(f1(), f2());
 function outer(n) { with ({ w: n }) { if (n > 1) return function() { return w; }; } return 0; } var w5 = outer(5), w6 = outer(6); print(w5(), w6(), outer(1)); function self() { var inner = function() { return this; }; return inner(); } var kept = self(); for (i = 0; i < 50; i++) self(); print(typeof kept.inner, typeof self().inner);
+o = {}; for (i = 9; i > 0; i -= 2) o["order_" + i] = i; for (i = 2; i < 10; i += 2) o["order_" + i] = i; delete o.order_9; o.order_9 = 0; delete o.order_3; t = ""; for (k in o) t += k + " "; print(t);
+a = []; for (i = 199990; i > 199900; i -= 30) a[i] = i; a[199950] = 1; for (i = 0; i < 5; i++) a[i] = i; t = ""; for (k in a) t += k + " "; print(t);
 /* expect
-n29 n1 n3 n5 n7 n9 n11 n13 n15 n17 n19 n21 n23 n25 n27 
-n0 n28 n29 n1 n2 n3 n4 n5 n6 n7 n8 n9 n10 n11 n12 n13 n14 n15 n16 n17 n18 n19 n20 n21 n22 n23 n24 n25 n26 n27  0 -28 29
+n1 n11 n13 n15 n17 n19 n21 n23 n25 n27 n29 n3 n5 n7 n9 
+n0 n1 n10 n11 n12 n13 n14 n15 n16 n17 n18 n19 n2 n20 n21 n22 n23 n24 n25 n26 n27 n28 n29 n3 n4 n5 n6 n7 n8 n9  0 -28 29
 true true true undefined false true
 id4995 id4996 id4997 id4998 id4999  4995 undefined
 c 
-b a c  7
+a b c  7
 one two  own 2
 1
 3 false
@@ -52,4 +55,6 @@ undefined true
 51 47
 5 6 0
 undefined undefined
+order_9 order_7 order_5 order_1 order_2 order_4 order_6 order_8 
+0 1 2 3 4 199950 199990 199960 199930 
 */
