@@ -1,5 +1,7 @@
 // Trees and their evaluation, over a parser with a handful of variables.
 #include "VariablesParser.h"
+#include "expression/ExpressionType.h"
+#include "expression/ParserException.h"
 #include "expression/SimpleExpressionParser.h"
 #include "support/Failure.h"
 
