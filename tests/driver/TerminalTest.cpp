@@ -219,8 +219,7 @@ TEST_F(Console, TabGoesAsFarAsTheCandidatesGoTogether)
     subject->setCompleter(&words);
     EXPECT_EQ(drawn({9}), "< <brea");
     EXPECT_EQ(drawn({9, 9}), "< << << << <break\nbreath\nbrea") << "the second Tab shows what there is";
-    drawn(
-        {'k', ' ', 'x', 27, 75, 27, 75, 27, 75, 9, '!', 10}); // behind a whole word, in the middle of a line
+    drawn({'k', ' ', 'x', 27, 75, 27, 75, 9, '!', 10}); // behind a whole word, in the middle of a line
     EXPECT_EQ(line(), "break! x");
     testing::internal::CaptureStdout();
     subject->setInputString(QStringLiteral("a \u00c3"));
