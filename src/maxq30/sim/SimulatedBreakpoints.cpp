@@ -13,8 +13,8 @@ bool touches(const HBreakpoint* b, uint32_t address, uint32_t length)
 
 bool triggersOn(const HBreakpoint* b, bool read)
 {
-    return b->trigger == SimulatedBreakpoints::ReadWrite ||
-           b->trigger == (read ? SimulatedBreakpoints::Read : SimulatedBreakpoints::Write);
+    return b->trigger == HBreakpoint::ReadWrite ||
+           b->trigger == (read ? HBreakpoint::Read : HBreakpoint::Write);
 }
 
 // The low bits that an access of so many bytes has.
@@ -23,40 +23,20 @@ uint32_t bitsOf(unsigned length)
     return length >= 4 ? 0xFFFFFFFF : (1u << 8 * length) - 1;
 }
 
-bool compare(int comparison, uint32_t left, uint32_t right)
-{
-    switch (comparison) {
-    case HBreakpoint::Equal: return left == right;
-    case HBreakpoint::GreaterOrEqual: return left >= right;
-    case HBreakpoint::LessOrEqual: return left <= right;
-    case HBreakpoint::NotEqual: return left != right;
-    case HBreakpoint::Less: return left < right;
-    case HBreakpoint::Greater: return left > right;
-    }
-    return false;
-}
-
-// On the low `length` bytes of both sides.
-bool meetsValue(const HBreakpoint* b, unsigned length, uint32_t accessed)
-{
-    uint32_t bits = b->mask & bitsOf(length);
-    return compare(b->comparison, accessed & bits, b->value & bits);
-}
-
 bool matchesCode(const HBreakpoint* b, uint32_t pc)
 {
-    return b->enabled && b->trigger == SimulatedBreakpoints::Execute && touches(b, pc, 1) != b->inverted;
+    return b->enabled && b->trigger == HBreakpoint::Execute && touches(b, pc, 1) != b->inverted;
 }
 
 bool matchesRegister(const HBreakpoint* b, unsigned number, unsigned length, unsigned value, bool read)
 {
     return b->enabled && b->isRegister && b->address == number && triggersOn(b, read) &&
-           (!b->hasValue || meetsValue(b, length, value));
+           (!b->hasValue || b->meets(value, length));
 }
 
 bool isData(const HBreakpoint* b)
 {
-    return b->enabled && b->trigger != SimulatedBreakpoints::Execute && !b->isRegister;
+    return b->enabled && b->trigger != HBreakpoint::Execute && !b->isRegister;
 }
 
 // As matchesData, and an access of four bytes is compared by halves, too: a value of two bytes may lie there.
@@ -141,7 +121,7 @@ void SimulatedBreakpoints::refresh()
         m_chains |= b->chainFrom != nullptr;
         if (!b->enabled)
             continue;
-        if (b->trigger == Execute) {
+        if (b->trigger == HBreakpoint::Execute) {
             noteCode(b);
             m_code.push_back(b);
         } else if (b->isRegister) {
@@ -257,7 +237,7 @@ bool SimulatedBreakpoints::matchesData(const HBreakpoint* b, unsigned address, u
         return false;
     if (!b->hasValue)
         return touches(b, address, length) != b->inverted;
-    return b->address == address && b->length == length && meetsValue(b, length, value);
+    return b->address == address && b->length == length && b->meets(value, length);
 }
 
 // A long access meets a value of two bytes in either half.

@@ -13,8 +13,6 @@
 
 class SimulatedBreakpoints {
 public:
-    enum Trigger { Execute, Read, Write, ReadWrite };
-
     void add(HBreakpoint* breakpoint);
     // Drops a match of the breakpoint, too.
     void remove(HBreakpoint* breakpoint);

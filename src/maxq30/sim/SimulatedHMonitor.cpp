@@ -32,8 +32,6 @@ constexpr const char* ErrorTexts[SimulatedHMonitor::NoError] = {
     "Unaligned access on word write",
 };
 
-constexpr const char* TriggerTexts[] = {"Execute", "Read", "Write", "Read/Write"};
-
 } // namespace
 
 SimulatedHMonitor::SimulatedHMonitor(const char* name, bool listAlignmentErrors, bool showPeripherals,
@@ -444,11 +442,6 @@ bool SimulatedHMonitor::removeBreakpoint(HBreakpoint* breakpoint)
 {
     m_breakpoints.remove(breakpoint);
     return true;
-}
-
-const char* SimulatedHMonitor::getTrigger(int trigger)
-{
-    return TriggerTexts[trigger >= 0 && trigger < numTriggers() ? trigger : 0];
 }
 
 bool SimulatedHMonitor::getNextTrace(unsigned int& address, unsigned int& data, unsigned int& cycles)

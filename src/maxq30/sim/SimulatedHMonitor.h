@@ -74,10 +74,10 @@ public:
     HBreakpoint* matched() override { return m_breakpoints.matched(); }
     bool watchStops(StopWatcher* watcher) override;
     bool canChain() override { return true; }
-    int numTriggers() override { return 4; }
-    const char* getTrigger(int trigger) override;
-    int getExecuteTriggerNumber() override { return SimulatedBreakpoints::Execute; }
-    int getWriteTriggerNumber() override { return SimulatedBreakpoints::Write; }
+    int numTriggers() override { return HBreakpoint::NumTriggers; }
+    const char* getTrigger(int trigger) override { return HBreakpoint::triggerName(trigger); }
+    int getExecuteTriggerNumber() override { return HBreakpoint::Execute; }
+    int getWriteTriggerNumber() override { return HBreakpoint::Write; }
     int numActions() override { return 2; }
     const char* getAction(int action) override { return action == TraceAction ? "Trace" : "Stop"; }
     int getStopActionNumber() override { return StopAction; }
