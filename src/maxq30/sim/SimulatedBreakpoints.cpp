@@ -91,7 +91,8 @@ void SimulatedBreakpoints::refresh()
     m_code.clear();
     m_data.clear();
     m_registers.clear();
-    m_chains = false;
+    m_chains = m_codeEverywhere = m_dataEverywhere = false;
+    ++m_generation;
     for (HBreakpoint* b : m_list) {
         m_chains |= b->chainFrom != nullptr;
         if (!b->enabled)
@@ -109,6 +110,7 @@ void SimulatedBreakpoints::noteCode(const HBreakpoint* b)
 {
     if (b->inverted || b->length > LongestNoted) {
         m_codePlaces.fill(1);
+        m_codeEverywhere = true;
         return;
     }
     for (uint32_t offset = 0; offset < b->length; ++offset)
@@ -120,11 +122,30 @@ void SimulatedBreakpoints::noteData(const HBreakpoint* b)
 {
     if (b->inverted || b->length >= Places * LongestAccess) {
         m_dataPlaces.fill(1);
+        m_dataEverywhere = true;
         return;
     }
     uint32_t first = b->address - (LongestAccess - 1);
     for (uint64_t offset = 0; offset < uint64_t(b->length) + 2 * LongestAccess; offset += LongestAccess)
         m_dataPlaces[dataPlace(first + uint32_t(offset))] = 1;
+}
+
+std::vector<unsigned> SimulatedBreakpoints::codeAddresses() const
+{
+    std::vector<unsigned> addresses;
+    for (const HBreakpoint* b : m_code)
+        for (uint32_t offset = b->address & 1; offset < b->length; offset += 2)
+            addresses.push_back(b->address + offset);
+    return addresses;
+}
+
+std::vector<MAXQSIMDataRange> SimulatedBreakpoints::dataRanges() const
+{
+    std::vector<MAXQSIMDataRange> ranges;
+    for (const HBreakpoint* b : m_data)
+        if (b->length)
+            ranges.push_back({b->address, b->address + std::min(b->length - 1, UINT32_MAX - b->address)});
+    return ranges;
 }
 
 bool SimulatedBreakpoints::arms(const HBreakpoint* b) const
