@@ -38,7 +38,7 @@ public:
     // The value of a window register of `size` bytes.
     virtual unsigned onPeripheralLoad(unsigned number, unsigned size) = 0;
     virtual void onPeripheralStore(unsigned number, unsigned size, unsigned value) = 0;
-    // Asked once in 64 instructions with the current interrupt requests of modules 0 to 4 (bit n for
+    // Asked once in 4096 instructions with the current interrupt requests of modules 0 to 4 (bit n for
     // module n); answers the new ones.
     virtual unsigned onPollForInterrupts(unsigned requests) = 0;
 
