@@ -1,5 +1,7 @@
 #include "board/Bootloader.h"
 
+#include "board/limits.h"
+
 #include <algorithm>
 #include <span>
 #include <utility>

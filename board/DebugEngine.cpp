@@ -1,5 +1,8 @@
 #include "board/DebugEngine.h"
 
+#include "board/limits.h"
+#include "sim/RegisterFile.h"
+
 #include <cstdio>
 #include <utility>
 

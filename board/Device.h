@@ -10,6 +10,7 @@
 #include "board/Processor.h"
 #include "board/Settings.h"
 #include "board/Tap.h"
+#include "sim/Core.h"
 
 #include <cstdint>
 

@@ -1,5 +1,6 @@
 #include "board/Images.h"
 #include "sim/RomFile.h"
+#include "sim/limits.h"
 
 #include <cerrno>
 #include <cstdio>

@@ -7,6 +7,7 @@
 #include "board/Device.h"
 #include "board/Faults.h"
 #include "board/Journal.h"
+#include "board/limits.h"
 
 #include <cstdint>
 #include <deque>

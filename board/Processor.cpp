@@ -1,5 +1,7 @@
 #include "board/Processor.h"
 
+#include "sim/RegisterFile.h"
+
 #include <algorithm>
 #include <cassert>
 

@@ -4,6 +4,7 @@
 
 #include "board/limits.h"
 #include "sim/Core.h"
+#include "sim/maxqsim.h"
 
 #include <array>
 #include <cstdint>

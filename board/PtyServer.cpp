@@ -1,5 +1,8 @@
 #include "board/PtyServer.h"
 
+#include "board/Device.h"
+#include "board/Link.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>

@@ -3,6 +3,8 @@
 // a pseudo-terminal does not have.
 #pragma once
 
+#include "board/Device.h"
+#include "board/Link.h"
 #include "board/Serving.h"
 
 #include <string>

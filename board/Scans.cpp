@@ -1,5 +1,7 @@
 #include "board/Scans.h"
 
+#include "board/limits.h"
+
 namespace board {
 
 namespace {

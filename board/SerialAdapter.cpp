@@ -1,5 +1,10 @@
 #include "board/SerialAdapter.h"
 
+#include "board/Device.h"
+#include "board/Journal.h"
+#include "board/Tap.h"
+#include "board/limits.h"
+
 #include <cstdio>
 
 namespace board {

@@ -6,7 +6,10 @@
 #pragma once
 
 #include "board/Adapter.h"
+#include "board/Device.h"
+#include "board/Journal.h"
 #include "board/Scans.h"
+#include "board/Tap.h"
 
 #include <string>
 

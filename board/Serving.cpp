@@ -1,5 +1,7 @@
 #include "board/Serving.h"
 
+#include "board/limits.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <chrono>

@@ -2,7 +2,6 @@
 #pragma once
 
 #include "board/Device.h"
-#include "board/Link.h"
 
 #include <cstdint>
 #include <optional>

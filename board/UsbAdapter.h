@@ -3,6 +3,8 @@
 #pragma once
 
 #include "board/Adapter.h"
+#include "board/Device.h"
+#include "board/Journal.h"
 #include "board/Scans.h"
 
 namespace board {

@@ -1,5 +1,9 @@
 #include "board/UsbServer.h"
 
+#include "board/Device.h"
+#include "board/Link.h"
+#include "board/limits.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstring>

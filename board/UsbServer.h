@@ -2,6 +2,8 @@
 // host at a time may claim it and exchange bulk transfers.
 #pragma once
 
+#include "board/Device.h"
+#include "board/Link.h"
 #include "board/Serving.h"
 #include "board/UsbSocket.h"
 

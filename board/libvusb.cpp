@@ -260,18 +260,18 @@ usb_dev_handle* usb_open(struct usb_device* device)
     return nullptr;
 }
 
-int usb_close(usb_dev_handle* handle)
+int usb_close(usb_dev_handle* dev)
 {
-    if (handle->socket >= 0)
-        close(handle->socket);
-    delete handle;
+    if (dev->socket >= 0)
+        close(dev->socket);
+    delete dev;
     return 0;
 }
 
-int usb_get_string_simple(usb_dev_handle* handle, int index, char* buffer, size_t length)
+int usb_get_string_simple(usb_dev_handle* dev, int index, char* buf, size_t buflen)
 {
     std::vector<char> texts;
-    int result = handle->exchange(usb::Request::Describe, nullptr, 0, board::limits::SocketGrace, texts);
+    int result = dev->exchange(usb::Request::Describe, nullptr, 0, board::limits::SocketGrace, texts);
     if (result < 0)
         return result;
     texts.push_back(0);
@@ -281,54 +281,54 @@ int usb_get_string_simple(usb_dev_handle* handle, int index, char* buffer, size_
         text += std::strlen(text) + 1;
     else if (index != SerialNumberString)
         return failed(EINVAL);
-    if (!length)
+    if (!buflen)
         return failed(EINVAL);
-    size_t count = std::min(std::strlen(text), length - 1);
-    std::memcpy(buffer, text, count);
-    buffer[count] = 0;
+    size_t count = std::min(std::strlen(text), buflen - 1);
+    std::memcpy(buf, text, count);
+    buf[count] = 0;
     return int(count);
 }
 
-int usb_set_configuration(usb_dev_handle* handle, int configuration)
+int usb_set_configuration(usb_dev_handle* dev, int configuration)
 {
-    if (handle->socket < 0)
+    if (dev->socket < 0)
         return failed(ENODEV);
     return configuration == 1 ? 0 : failed(EINVAL);
 }
 
-int usb_claim_interface(usb_dev_handle* handle, int number)
+int usb_claim_interface(usb_dev_handle* dev, int interface)
 {
-    if (number != 0)
+    if (interface != 0)
         return failed(EINVAL);
-    int result = handle->exchange(usb::Request::Claim);
-    handle->claimed = result >= 0;
+    int result = dev->exchange(usb::Request::Claim);
+    dev->claimed = result >= 0;
     return result;
 }
 
-int usb_release_interface(usb_dev_handle* handle, int number)
+int usb_release_interface(usb_dev_handle* dev, int interface)
 {
-    if (number != 0 || !handle->claimed)
+    if (interface != 0 || !dev->claimed)
         return failed(EINVAL);
-    handle->claimed = false;
-    return handle->exchange(usb::Request::Release);
+    dev->claimed = false;
+    return dev->exchange(usb::Request::Release);
 }
 
-int usb_set_altinterface(usb_dev_handle* handle, int alternate)
+int usb_set_altinterface(usb_dev_handle* dev, int alternate)
 {
-    if (handle->socket < 0)
+    if (dev->socket < 0)
         return failed(ENODEV);
     return alternate == 0 ? 0 : failed(EINVAL);
 }
 
-int usb_bulk_write(usb_dev_handle* handle, int endpoint, const char* bytes, int size, int timeout)
+int usb_bulk_write(usb_dev_handle* dev, int ep, const char* bytes, int size, int timeout)
 {
-    if (endpoint != usb::WriteEndpoint || !handle->claimed || size < 0)
+    if (ep != usb::WriteEndpoint || !dev->claimed || size < 0)
         return failed(EINVAL);
     std::vector<char> nothing;
     int written = 0;
     do {
         size_t piece = std::min(size_t(size - written), board::limits::BulkTransfer);
-        int result = handle->exchange(usb::Request::Write, bytes + written, piece, timeout, nothing);
+        int result = dev->exchange(usb::Request::Write, bytes + written, piece, timeout, nothing);
         if (result < 0)
             return result;
         written += result;
@@ -336,15 +336,15 @@ int usb_bulk_write(usb_dev_handle* handle, int endpoint, const char* bytes, int 
     return written;
 }
 
-int usb_bulk_read(usb_dev_handle* handle, int endpoint, char* bytes, int size, int timeout)
+int usb_bulk_read(usb_dev_handle* dev, int ep, char* bytes, int size, int timeout)
 {
-    if (endpoint != usb::ReadEndpoint || !handle->claimed || size < 0)
+    if (ep != usb::ReadEndpoint || !dev->claimed || size < 0)
         return failed(EINVAL);
     int total = 0;
     while (total < size) {
         size_t piece = std::min(size_t(size - total), board::limits::BulkTransfer);
         std::vector<char> data;
-        int result = handle->exchange(usb::Request::Read, nullptr, piece, timeout, data);
+        int result = dev->exchange(usb::Request::Read, nullptr, piece, timeout, data);
         if (result < 0)
             return total ? total : result;
         size_t count = std::min(data.size(), piece);
@@ -356,9 +356,9 @@ int usb_bulk_read(usb_dev_handle* handle, int endpoint, char* bytes, int size, i
     return total;
 }
 
-int usb_reset(usb_dev_handle* handle)
+int usb_reset(usb_dev_handle* dev)
 {
-    return handle->exchange(usb::Request::Reset);
+    return dev->exchange(usb::Request::Reset);
 }
 
 char* usb_strerror(void)

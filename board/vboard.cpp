@@ -1,10 +1,15 @@
 // vboard: a virtual board that a program can be downloaded to, through a pseudo-terminal or the library of
 // USB calls.
+#include "board/Device.h"
+#include "board/Journal.h"
+#include "board/Link.h"
 #include "board/Options.h"
 #include "board/PtyServer.h"
 #include "board/SerialAdapter.h"
+#include "board/Serving.h"
 #include "board/UsbAdapter.h"
 #include "board/UsbServer.h"
+#include "sim/Core.h"
 
 #include <csignal>
 #include <cstdio>

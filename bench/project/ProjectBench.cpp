@@ -3,6 +3,10 @@
 #include "project/BuildSystem.h"
 #include "project/MAXQ30BuildSystem.h"
 #include "project/MAXQ30ProjectSystem.h"
+#include "project/ProjectElement.h"
+#include "project/PropertyClass.h"
+#include "project/StandardBuildSystem.h"
+#include "project/StandardProjectSystem.h"
 #include "project/memorymap/MemoryMap.h"
 #include "project/xml/XMLDocument.h"
 

@@ -2,10 +2,12 @@
 // Prints both rates in million cycles a second, best of the rounds, and their ratio.
 #include "bench/sim/CrcProgram.h"
 #include "bench/sim/SimulatorSession.h"
-#include "debug/DebuggerHelperFunctions.h"
+#include "debug/monitor/DebuggerHelperFunctions.h"
 #include "driver/terminal/TextTargetIOServerTerminal.h"
 #include "maxq30/cpu/MAXQ30Debugger.h"
+#include "maxq30/sim/MAXQ30Simulator.h"
 #include "support/HException.h"
+#include "support/Path.h"
 #include "target/memory/TargetMemoryInterface.h"
 
 #include <QCoreApplication>

@@ -4,6 +4,8 @@
 #include "maxq30/sim/MAXQ30Simulator.h"
 #include "project/MAXQ30BuildSystem.h"
 #include "project/MAXQ30ProjectSystem.h"
+#include "project/StandardBuildSystem.h"
+#include "project/StandardProjectSystem.h"
 
 #include <QFile>
 #include <QTemporaryDir>

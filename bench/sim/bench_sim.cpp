@@ -4,7 +4,9 @@
 #include "bench/sim/SimulatorSession.h"
 #include "bench/sim/simavr.h"
 #include "debug/monitor/HBreakpoint.h"
+#include "maxq30/sim/MAXQ30Simulator.h"
 #include "sim/Core.h"
+#include "sim/maxqsim.h"
 #include "support/HException.h"
 #include "target/memory/TargetMemoryInterface.h"
 

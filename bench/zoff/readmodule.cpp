@@ -3,8 +3,13 @@
 // read, with "walk" it reads and makes the objects. The rest of the process is the same, so a run by itself
 // can be compared with other programs.
 #include "maxq30/cpu/MAXQ30Processor.h"
+#include "support/HException.h"
+#include "support/Path.h"
+#include "zoff/ZOFFInsn.h"
 #include "zoff/ZOFFLoadFile.h"
 #include "zoff/ZOFFModule.h"
+#include "zoff/ZOFFObject.h"
+#include "zoff/ZOFFProcessor.h"
 #include "zoff/ZOFFSection.h"
 
 #include <chrono>

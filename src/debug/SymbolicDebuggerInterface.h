@@ -38,9 +38,10 @@ public:
     virtual void setTargetInterface(TargetInterface* target) = 0;
     virtual void setTargetIOServer(TargetIOServer* server) = 0;
 
-    // The calls of the last stop or locate(), innermost first. Null for a number beyond.
-    virtual unsigned numcalls() const = 0;
-    virtual Frame* getFrame(unsigned number) const = 0;
+    // The calls of the last stop or locate(), innermost first. Null for a number beyond. Those behind the
+    // innermost are looked for on the stack when the first of them is asked for, and by numcalls().
+    virtual unsigned numcalls() = 0;
+    virtual Frame* getFrame(unsigned number) = 0;
 
     // The window of disassembled code, around the address last located. Lines count from 0. -1 and false
     // stand for what is not in it.
@@ -57,9 +58,9 @@ public:
     virtual void locateDisassembly(uint32_t address) = 0;
     virtual void setDisassemblyExecution(bool on) = 0;
 
-    // Where a frame stands: the executable's name and path, or the source file's with its line; the name
-    // of the function (null when there is none) and the pc. False when no executable covers it; the
-    // line is 0 when none is known.
+    // Where a frame stands: the source file's name, its path and the line, or without a known line the
+    // executable's name, no path and 0; the name of the function (null when there is none) and the pc.
+    // Callers are looked up where their call is. False when no executable covers the pc.
     virtual bool locate(Frame* frame, QString& name, Path& path, QString& function, int& line,
                         uint32_t& address) = 0;
     // Sets the pc of the innermost frame to a line's address; false when the line has no code.
@@ -78,8 +79,7 @@ public:
     virtual QStringList getBreakActions() = 0;
     virtual QList<bool> getHardwareBreakPoints() = 0; // in use or not
     // A source position. `count` matches are ignored; with `counted` the limit text is the number of hits.
-    // A null file stands for every executable. Null when the monitor refuses. Throws
-    // DebuggerBreakpointFailure.
+    // A null file stands for every executable. Throws DebuggerBreakpointFailure.
     virtual DebuggerBreakpoint* setBreakpoint(const QString& file, const Path& path, int line, int count,
                                               bool counted, bool temporary, const QString& limit,
                                               const QString& action) = 0;
@@ -91,6 +91,12 @@ public:
     // Whether a line has code; `existing` is the breakpoint that stands there, or null.
     virtual bool canBreakAt(const QString& file, const Path& path, int line,
                             DebuggerBreakpoint*& existing) = 0;
+    // One that is not enabled matches nothing. Throws DebuggerBreakpointFailure when the target has no room
+    // for it.
+    virtual void setBreakpointEnabled(DebuggerBreakpoint* breakpoint, bool on) = 0;
+    // The breakpoint matches nothing until `from` has matched; null takes the chain off, and so does the end
+    // of `from`. Throws DebuggerBreakpointFailure "Chaining not supported".
+    virtual void chainFrom(DebuggerBreakpoint* breakpoint, DebuggerBreakpoint* from) = 0;
 
     virtual unsigned getAddressSizeInBytes() const = 0;
     virtual unsigned getWordSizeInBytes() const = 0;
@@ -124,11 +130,12 @@ public:
     virtual void start(const QString& entry, bool stop) = 0;
     virtual void attach() = 0;
     virtual void go() = 0;
+    // Asks the target; isStopped() finds that it has stopped.
     virtual void stop() = 0;
     // A step of one statement, or of one instruction with `instruction`; over steps over calls.
     virtual void stepinto(bool instruction) = 0;
     virtual void stepover(bool instruction) = 0;
-    // Until the given frame is the innermost one.
+    // Until the given frame, a caller, is the innermost one. Throws HException "no calling frame" for null.
     virtual void stepout(Frame* frame) = 0;
     // The poll that drives a session: serves requests, and notices stops. A link that fails is
     // displayed as an error, once, and the next poll tries again; so is a request that cannot be carried
@@ -174,7 +181,9 @@ public:
     virtual void getLocateContext(ExpressionContext& context) = 0;
     // Finds the call frames from the target's registers, from a pc alone, or from a block of registers.
     virtual void locate() = 0;
+    // The block has numRegisterWords() words, in the order of the named registers.
     virtual void locate(unsigned* registers) = 0;
+    virtual unsigned numRegisterWords() const = 0;
     virtual void locate(uint32_t pc) = 0;
 
     // Saturate at the ends of the range of code memory around the address.

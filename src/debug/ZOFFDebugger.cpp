@@ -1,16 +1,16 @@
+// The target, symbols, frames and lines. Runs and breakpoints are in ZOFFDebuggerRun.cpp, memories in
+// ZOFFDebuggerMemory.cpp.
 #include "debug/ZOFFDebugger.h"
 
-#include "debug/DebuggerHelperFunctions.h"
+#include "debug/monitor/DebuggerHelperFunctions.h"
 #include "debug/symbols/SymbolicDebug.h"
+#include "expression/ParserException.h"
 #include "support/HException.h"
 #include "target/TargetRegisterInterface.h"
-#include "target/memory/TargetMemoryInterface.h"
 #include "zoff/ZOFFInsn.h"
-#include "zoff/ZOFFModule.h"
 #include "zoff/ZOFFSymbol.h"
-#include "zoff/ZOFFfiles.h"
 
-#include <algorithm>
+#include <exception>
 
 namespace {
 
@@ -30,15 +30,12 @@ QString text(const HString* string)
 
 SymbolicDebuggerInterface* debugger = nullptr;
 
-ZOFFDebugger::ZOFFDebugger(DebuggerHelperFunctions* helper) : m_helper(helper) {}
-
-ZOFFDebugger::~ZOFFDebugger()
+ZOFFDebugger::ZOFFDebugger(DebuggerHelperFunctions* helper, unsigned wordSize, Endian::EndianType endian)
+    : ZOFFExpressionEvaluator(wordSize, endian), m_helper(helper)
 {
-    if (m_monitor && m_ioEnabled)
-        m_monitor->watchControlWord(0, nullptr);
-    for (SymbolicDebug* table : m_symbolTables)
-        g_ZOFFfiles.release(table);
 }
+
+ZOFFDebugger::~ZOFFDebugger() = default;
 
 // --- The target -------------------------------------------------------------------------------
 
@@ -46,15 +43,17 @@ void ZOFFDebugger::setTargetInterface(TargetInterface* target)
 {
     if (target == m_target)
         return;
-    withdraw();
+    auto* monitor = dynamic_cast<HMonitor*>(target);
+    m_requests.setTarget(target, monitor);
     m_frames.clear();
-    m_context.frame = nullptr;
-    m_codeBreakpoints.clear();
-    m_dataBreakpoints.clear();
+    m_breakpoints.setMonitor(monitor);
+    m_stepper.setMonitor(monitor);
+    m_run.setMonitor(monitor);
     m_disassembly.clear();
-    m_codeCache.clear();
+    m_disassembly.setMonitor(monitor);
+    m_code.setTarget(target);
     m_target = target;
-    m_monitor = dynamic_cast<HMonitor*>(target);
+    m_monitor = monitor;
 }
 
 TargetInterface& ZOFFDebugger::checkedTarget() const
@@ -78,219 +77,119 @@ void ZOFFDebugger::syncSettingsWithProject(ProjectElement* project, const QStrin
         m_target->syncSettingsWithProject(project, configuration);
 }
 
-// --- Symbols ----------------------------------------------------------------------------------
-
-std::list<SymbolicDebug*>::iterator ZOFFDebugger::findTable(const Path& path)
+void ZOFFDebugger::clear()
 {
-    Path wanted(path.osPath());
-    return std::find_if(m_symbolTables.begin(), m_symbolTables.end(),
-                        [&wanted](SymbolicDebug* table) { return table->path() == wanted; });
+    // A link that fails on the way keeps nothing alive here, and no record of ours in the target.
+    std::exception_ptr failure;
+    auto attempt = [&failure](auto&& step) {
+        try {
+            step();
+        } catch (const HException&) {
+            if (!failure)
+                failure = std::current_exception();
+        }
+    };
+    if (m_target && m_target->isConnected()) {
+        attempt([this] { m_requests.disable(); });
+        attempt([this] { m_target->clear(); });
+    } else {
+        m_requests.withdraw();
+        m_breakpoints.withdrawAll(); // it takes the records off its list before it finds the link closed
+    }
+    m_run.clear();
+    m_frames.clear();
+    m_breakpoints.forget();
+    m_disassembly.clear();
+    m_code.clear();
+    if (failure)
+        std::rethrow_exception(failure);
 }
+
+// --- Symbols ----------------------------------------------------------------------------------
 
 // Executables are linked to their addresses, so the address given plays no part.
 void ZOFFDebugger::loadSymbols(const Path& path, unsigned)
 {
-    SymbolicDebug* table = g_ZOFFfiles.getSymbolicDebug(path);
-    if (std::find(m_symbolTables.begin(), m_symbolTables.end(), table) != m_symbolTables.end()) {
-        g_ZOFFfiles.release(table);
-        return;
-    }
-    auto earlier = findTable(path);
-    if (earlier == m_symbolTables.end()) {
-        m_symbolTables.push_front(table);
-        return;
-    }
-    SymbolicDebug* old = std::exchange(*earlier, table);
-    m_frames.clear(); // they point into the old table
-    m_context.frame = nullptr;
-    g_ZOFFfiles.release(old);
+    if (SymbolTables::Reference earlier = m_tables.load(path))
+        m_frames.clear(); // they point into the earlier one
+    m_disassembly.clear();
 }
 
 void ZOFFDebugger::unloadSymbols(const Path& path)
 {
     m_frames.clear();
-    m_context.frame = nullptr;
-    std::list<SymbolicDebug*> unloaded;
-    if (path.isEmpty())
-        unloaded.swap(m_symbolTables);
-    else if (auto found = findTable(path); found != m_symbolTables.end())
-        unloaded.splice(unloaded.begin(), m_symbolTables, found);
-    for (SymbolicDebug* table : unloaded)
-        g_ZOFFfiles.release(table);
-}
-
-SymbolicDebug* ZOFFDebugger::symbols(uint32_t address) const
-{
-    if (m_symbolTables.empty())
-        return nullptr;
-    if (address != 0)
-        for (SymbolicDebug* table : m_symbolTables)
-            if (table->GetInsn(address))
-                return table;
-    return m_symbolTables.front();
+    m_disassembly.clear();
+    m_tables.unload(path);
 }
 
 bool ZOFFDebugger::getLinkerSymbolValue(const char* name, int64_t& value) const
 {
-    for (SymbolicDebug* table : m_symbolTables)
-        if (ZOFFSymbol* symbol = table->findGlobalSymbol(name)) {
-            ZOFFEvaluation evaluation = symbol->evaluate();
-            if (!evaluation.unresolved) {
-                value = evaluation.value;
-                return true;
-            }
-        }
-    return false;
+    return m_tables.linkerSymbol(name, value);
 }
 
 ZOFFSymbol* ZOFFDebugger::getSymbol(const char* name) const
 {
-    Frame* frame = m_context.frame;
-    SymbolicDebug* table = frame && frame->symbols() ? frame->symbols() : symbols(0);
+    const Frame* frame = contextFrame();
+    SymbolicDebug* table = frame && frame->symbols() ? frame->symbols() : m_tables.at(0);
     if (!table)
         return nullptr;
+    const HString* file = m_context.file.isEmpty() ? nullptr : interned(m_context.file);
+    uint32_t address = 0;
     ZOFFSymbol* symbol = nullptr;
-    if (!m_context.file.isEmpty()) {
-        const HString* file = interned(m_context.file);
-        uint32_t address = 0;
-        if (table->sourceMap().SourceToAddress(file, m_context.line, address))
-            symbol = table->findScopedSymbol(name, address);
-        else
-            symbol = table->findDeclaredSymbol(name, file, m_context.line);
-        if (!symbol)
-            symbol = table->findDeclaredSymbol(name, file, 0);
-    }
-    if (!symbol && frame)
-        symbol = table->findScopedSymbol(name, frame->registers()->getPC());
+    if (frame)
+        symbol = table->findLocalSymbol(name, frame->place());
+    else if (file && m_context.line > 0 && table->sourceMap().SourceToAddress(file, m_context.line, address))
+        symbol = table->findLocalSymbol(name, address);
+    if (!symbol && file)
+        symbol = table->findDeclaredSymbol(name, file, m_context.line);
+    if (!symbol && file)
+        symbol = table->findDeclaredSymbol(name, file, 0);
     if (!symbol)
         symbol = table->findGlobalSymbol(name);
     return symbol ? symbol : table->findModuleSymbol(name);
 }
 
-ZOFFType* ZOFFDebugger::getNamedType(const char* name) const
-{
-    for (SymbolicDebug* table : m_symbolTables)
-        if (ZOFFType* type = table->findNamedType(name))
-            return type;
-    return nullptr;
-}
-
-ZOFFInsn* ZOFFDebugger::getInsnAt(uint32_t address) const
-{
-    for (SymbolicDebug* table : m_symbolTables)
-        if (ZOFFInsn* insn = table->GetInsn(address))
-            return insn;
-    return nullptr;
-}
-
-SymbolicDebug* ZOFFDebugger::table(const QString& executable) const
-{
-    for (SymbolicDebug* table : m_symbolTables)
-        if (table->path().osPathQString() == executable)
-            return table;
-    return nullptr;
-}
-
-QStringList ZOFFDebugger::executableNames()
-{
-    QStringList names;
-    for (SymbolicDebug* table : m_symbolTables)
-        names.append(table->path().osPathQString());
-    return names;
-}
-
 QStringList ZOFFDebugger::sourceFileNames(const QString& executable)
 {
-    QStringList names;
-    if (SymbolicDebug* found = table(executable))
-        for (auto& [file, lines] : found->sourceMap().files())
-            names.append(text(file));
-    return names;
+    return m_tables.sourceFileNames(executable);
 }
 
 QList<int> ZOFFDebugger::lineNumbers(const QString& executable, const Path& source)
 {
-    QList<int> numbers;
-    SymbolicDebug* found = table(executable);
-    const SourceAddressMapping::Lines* lines =
-        found ? found->sourceMap().getLineNumbers(interned(source)) : nullptr;
-    if (lines)
-        for (uint32_t line : *lines)
-            numbers.append(int(line));
-    return numbers;
+    return m_tables.lineNumbers(executable, source);
 }
-
-QStringList ZOFFDebugger::symbolNames(const QString& executable)
-{
-    QStringList names;
-    if (SymbolicDebug* found = table(executable))
-        for (const ZOFFSymbol* symbol : found->module()->allSymbols())
-            if (symbol->name())
-                names.append(text(symbol->name()));
-    return names;
-}
-
-// --- Lines ------------------------------------------------------------------------------------
 
 int64_t ZOFFDebugger::getLineAddress(QString& file, const Path& path, int line)
 {
-    const HString* source = interned(path);
-    for (SymbolicDebug* table : m_symbolTables) {
-        uint32_t address = 0;
-        QString name = table->path().osPathQString();
-        if ((file.isEmpty() || file == name) && table->sourceMap().SourceToAddress(source, line, address)) {
-            file = name;
-            return address;
-        }
-    }
-    return -1;
+    return m_tables.lineAddress(file, path, line);
 }
 
 int ZOFFDebugger::getAddressLine(uint32_t address, QString& file, Path& path)
 {
-    for (SymbolicDebug* table : m_symbolTables) {
-        const HString* source = nullptr;
-        int line = 0;
-        if (table->sourceMap().AddressToSource(address, source, line)) {
-            file = table->path().osPathQString();
-            path = Path(text(source));
-            return line;
-        }
-    }
-    return -1;
+    return m_tables.addressLine(address, file, path);
 }
 
 // --- Frames -----------------------------------------------------------------------------------
 
-Frame* ZOFFDebugger::getFrame(unsigned number) const
+void ZOFFDebugger::getLocateContext(ExpressionContext& context)
 {
-    return number < m_frames.size() ? m_frames[number].get() : nullptr;
-}
-
-void ZOFFDebugger::locateFrom(TargetRegisterInterface* registers, bool live)
-{
-    m_frames.clear();
-    m_context.frame = nullptr;
-    if (!registers)
-        return;
-    auto innermost = std::make_unique<Frame>(symbols(registers->getPC()), registers, live);
-    generateBackTrace(std::move(innermost));
-    m_context.frame = getFrame(0);
+    context = ExpressionContext();
+    context.frame = m_frames.innermost();
 }
 
 void ZOFFDebugger::locate()
 {
-    locateFrom(checkedTarget().registers(), true);
+    m_frames.locate(checkedTarget().registers());
 }
 
 void ZOFFDebugger::locate(unsigned* registers)
 {
-    locateFrom(createRegisters(registers), false);
+    m_frames.locate(createRegisters(registers));
 }
 
 void ZOFFDebugger::locate(uint32_t pc)
 {
-    locateFrom(createRegisters(pc), false);
+    m_frames.locate(createRegisters(pc));
 }
 
 bool ZOFFDebugger::locate(Frame* frame, QString& name, Path& path, QString& function, int& line,
@@ -301,19 +200,20 @@ bool ZOFFDebugger::locate(Frame* frame, QString& name, Path& path, QString& func
     address = frame->registers()->getPC();
     line = 0;
     function = QString();
+    path = Path();
     SymbolicDebug* table = frame->symbols();
     if (!table)
         return false;
-    path = table->path();
-    name = path.osPathQString();
+    name = table->path().osPathQString();
+    uint32_t place = frame->place();
     const HString* source = nullptr;
-    if (table->sourceMap().AddressToSource(address, source, line)) {
+    if (table->sourceMap().AddressToSource(place, source, line)) {
         name = text(source);
         path = Path(name);
     }
-    ZOFFSymbol* symbol = table->findFunctionSymbol(address);
+    ZOFFSymbol* symbol = table->findFunctionSymbol(place);
     if (!symbol)
-        symbol = table->findClosestSymbol(address);
+        symbol = table->findClosestSymbol(place);
     if (symbol && symbol->name())
         function = text(symbol->name());
     return true;
@@ -321,7 +221,9 @@ bool ZOFFDebugger::locate(Frame* frame, QString& name, Path& path, QString& func
 
 bool ZOFFDebugger::setNextStatement(Frame*, const Path& path, int line)
 {
-    Frame* innermost = getFrame(0);
+    if (!m_frames.live() && m_target)
+        locate();
+    Frame* innermost = m_frames.innermost();
     uint32_t address = 0;
     if (!innermost || !innermost->symbols() ||
         !innermost->symbols()->sourceMap().SourceToAddress(interned(path), line, address))
@@ -332,125 +234,48 @@ bool ZOFFDebugger::setNextStatement(Frame*, const Path& path, int line)
 
 int ZOFFDebugger::getSPAdjustment() const
 {
-    if (!m_context.frame)
-        return 0;
-    const ZOFFInsn* insn = getInsnAt(m_context.frame->registers()->getPC());
+    const Frame* frame = contextFrame();
+    const ZOFFInsn* insn = frame ? getInsnAt(frame->place()) : nullptr;
     return insn && insn->stackAdjust() != DefaultStackAdjust ? insn->stackAdjust() : 0;
+}
+
+bool ZOFFDebugger::atStatement() const
+{
+    const Frame* innermost = m_frames.innermost();
+    if (!innermost || !innermost->symbols())
+        return false;
+    uint32_t pc = innermost->registers()->getPC(), start = 0, length = 0;
+    return innermost->symbols()->sourceMap().AddressToRange(pc, start, length) && start == pc;
 }
 
 void ZOFFDebugger::setRegister(Frame* frame, unsigned number, uint32_t value)
 {
     if (!frame->live())
-        throw HException("cannot change the register value in this context");
+        throw ParserException("cannot change the register value in this context");
     frame->registers()->setValue(number, value);
 }
 
-// --- Memory -----------------------------------------------------------------------------------
+// --- Disassembly ------------------------------------------------------------------------------
 
-unsigned ZOFFDebugger::transfer(TargetMemoryInterface* memory, uint32_t address, unsigned count,
-                                unsigned char* to, const unsigned char* from)
+bool ZOFFDebugger::getDisassemblyLineAddress(int line, uint32_t& address)
 {
-    if (!memory || count == 0 ||
-        (!memory->addressRanges().isEmpty() && !memory->memoryExists(address, count)))
-        return 0;
-    if (to)
-        memory->peekBytes(address, count, to);
-    else
-        memory->pokeBytes(address, count, from);
-    return count;
+    return m_disassembly.addressOf(line, address);
 }
 
-unsigned ZOFFDebugger::readMemory(uint32_t address, unsigned count, unsigned char* bytes)
+bool ZOFFDebugger::getSourceLocation(int disassemblyLine, Path& path, int& line)
 {
-    return transfer(checkedTarget().dataMemory(), address, count, bytes, nullptr);
+    return m_disassembly.sourceOf(disassemblyLine, path, line);
 }
 
-unsigned ZOFFDebugger::writeMemory(uint32_t address, unsigned count, const unsigned char* bytes)
+bool ZOFFDebugger::getAssemblyLocation(const Path& path, int line, int& disassemblyLine)
 {
-    return transfer(checkedTarget().dataMemory(), address, count, nullptr, bytes);
+    QString file;
+    int64_t address = getLineAddress(file, path, line);
+    disassemblyLine = address < 0 ? -1 : m_disassembly.lineOf(uint32_t(address));
+    return disassemblyLine >= 0;
 }
 
-unsigned ZOFFDebugger::readCodeMemory(uint32_t address, unsigned count, unsigned char* bytes)
+void ZOFFDebugger::setDisassembleRange(uint32_t start, const std::vector<unsigned char>& bytes)
 {
-    return transfer(checkedTarget().codeMemory(), address, count, bytes, nullptr);
-}
-
-unsigned ZOFFDebugger::writeCodeMemory(uint32_t address, unsigned count, const unsigned char* bytes)
-{
-    return transfer(checkedTarget().codeMemory(), address, count, nullptr, bytes);
-}
-
-unsigned ZOFFDebugger::getMemory(const QString& space, uint32_t address, unsigned count, unsigned char* bytes)
-{
-    return transfer(getMemorySegment(space), address, count, bytes, nullptr);
-}
-
-unsigned ZOFFDebugger::setMemory(const QString& space, uint32_t address, unsigned count,
-                                 const unsigned char* bytes)
-{
-    return transfer(getMemorySegment(space), address, count, nullptr, bytes);
-}
-
-uint32_t ZOFFDebugger::getMemoryRange(const QString& space, uint32_t address)
-{
-    TargetMemoryInterface* memory = getMemorySegment(space);
-    const AddressRange* range = memory ? memory->addressRanges().find(address) : nullptr;
-    return range ? range->high - address + 1 : 0;
-}
-
-bool ZOFFDebugger::getAddressRange(uint32_t address, uint32_t& low, uint32_t& high) const
-{
-    TargetMemoryInterface* memory = m_target ? m_target->codeMemory() : nullptr;
-    const AddressRange* range = memory ? memory->addressRanges().find(address) : nullptr;
-    if (!range)
-        return false;
-    low = range->low;
-    high = range->high;
-    return true;
-}
-
-uint32_t ZOFFDebugger::addressAdd(uint32_t address, uint32_t count)
-{
-    uint32_t low = 0, high = 0;
-    if (!getAddressRange(address, low, high))
-        return address;
-    return high - address < count ? high : address + count;
-}
-
-uint32_t ZOFFDebugger::addressSubtract(uint32_t address, uint32_t count)
-{
-    uint32_t low = 0, high = 0;
-    if (!getAddressRange(address, low, high))
-        return address;
-    return address - low < count ? low : address - count;
-}
-
-QString ZOFFDebugger::formatAddress(uint32_t address) const
-{
-    return QString::asprintf("%0*x", int(2 * getAddressSizeInBytes()), address);
-}
-
-void ZOFFDebugger::setDisassembleRange(uint32_t start, uint32_t size)
-{
-    // How long a statement is tells the executable, which may claim more than any memory has.
-    TargetMemoryInterface* code = checkedTarget().codeMemory();
-    if (!code || (!code->addressRanges().isEmpty() && !code->memoryExists(start, size)))
-        throw HException(QStringLiteral("no code memory at 0x%1, %2 bytes").arg(start, 0, 16).arg(size));
-    m_codeCache.load(code, start, size);
-}
-
-void ZOFFDebugger::setDisassembleRange(uint32_t start, std::vector<unsigned char> bytes)
-{
-    m_codeCache.load(start, std::move(bytes));
-}
-
-uint16_t ZOFFDebugger::peekPC(uint32_t address)
-{
-    uint16_t word = 0;
-    if (!m_codeCache.word(address, word)) {
-        unsigned char bytes[2] = {};
-        readCodeMemory(address, sizeof bytes, bytes);
-        word = uint16_t(bytes[0] | bytes[1] << 8);
-    }
-    return word;
+    m_code.load(start, bytes);
 }

@@ -2,68 +2,72 @@
 // monitor, stops at source statements, keeps the call frames, and serves the requests that a program
 // makes through two words of its data memory. What depends on the processor is left to a derived class.
 //
-// Invariants: m_monitor is m_target seen as a monitor, null when it is none; a breakpoint of either list
-// is known to the monitor; while m_ioEnabled the addresses of both words are good.
-//
-// The requests of a program are served in ZOFFDebuggerIO.cpp, runs, stops and breakpoints are in
-// ZOFFDebuggerRun.cpp, disassembled text in ZOFFDebuggerDisassembly.cpp, and what this version cannot do in
-// ZOFFDebuggerLater.cpp.
+// The operations are forwards to the classes that do the work: symbols/SymbolTables, run/BreakpointList,
+// run/RunControl with run/Stepper, run/CallFrames and run/ProgramRequests, disassembly/Disassembly,
+// BreakpointExpressions. Expressions and displays are the base's, which is told here what a name, a register
+// and a memory of the program are.
 #pragma once
 
+#include "debug/BreakpointExpressions.h"
 #include "debug/SymbolicDebuggerInterface.h"
+#include "debug/disassembly/Disassembly.h"
 #include "debug/evaluation/ExpressionContext.h"
+#include "debug/evaluation/ZOFFExpressionEvaluator.h"
+#include "debug/monitor/DebugProcessor.h"
 #include "debug/monitor/HMonitor.h"
-#include "debug/run/Frame.h"
-#include "debug/run/ZOFFBreakpoint.h"
-#include "debug/symbols/CodeCache.h"
-#include "debug/symbols/DisassemblyText.h"
+#include "debug/run/BreakpointList.h"
+#include "debug/run/CallFrames.h"
+#include "debug/run/ProgramRequests.h"
+#include "debug/run/RunControl.h"
+#include "debug/run/Stepper.h"
+#include "debug/symbols/CodeReader.h"
+#include "debug/symbols/SymbolTables.h"
 
-#include <list>
 #include <memory>
 #include <vector>
 
 class DebuggerHelperFunctions;
-class HException;
-class SymbolicDebug;
 class TargetMemoryInterface;
 class TargetRegisterInterface;
 class ZOFFInsn;
 class ZOFFSymbol;
 class ZOFFType;
 
-class ZOFFDebugger : public SymbolicDebuggerInterface, private ControlWordWatcher {
+class ZOFFDebugger : public SymbolicDebuggerInterface,
+                     protected DebugProcessor,
+                     protected ZOFFExpressionEvaluator {
 public:
-    // The helper is not owned.
-    explicit ZOFFDebugger(DebuggerHelperFunctions* helper);
+    // The helper is not owned. The word size, in bytes, and the byte order are those of expressions.
+    ZOFFDebugger(DebuggerHelperFunctions* helper, unsigned wordSize, Endian::EndianType endian);
     ~ZOFFDebugger() override;
 
     void setTargetInterface(TargetInterface* target) override;
-    void setTargetIOServer(TargetIOServer* server) override { m_server = server; }
+    void setTargetIOServer(TargetIOServer* server) override { m_requests.setServer(server); }
 
-    unsigned numcalls() const override { return unsigned(m_frames.size()); }
-    Frame* getFrame(unsigned number) const override;
+    unsigned numcalls() override { return m_frames.count(); }
+    Frame* getFrame(unsigned number) override { return m_frames.at(number); }
 
-    QStringList getDisassemblyModes() override;
-    void setDisassemblyMode(const QString& mode) override;
-    QString getDisassemblyMode() override;
-    void clearDisassemblyText() override;
-    void getDisassemblyText(QStringList& lines) override;
-    void moreDisassemblyText(bool up) override;
-    int getDisassemblyLineNumber(uint32_t address) override;
+    QStringList getDisassemblyModes() override { return Disassembly::modes(); }
+    void setDisassemblyMode(const QString& mode) override { m_disassembly.setMode(mode); }
+    QString getDisassemblyMode() override { return m_disassembly.mode(); }
+    void clearDisassemblyText() override { m_disassembly.clear(); }
+    void getDisassemblyText(QStringList& lines) override { lines = m_disassembly.lines(); }
+    void moreDisassemblyText(bool up) override { m_disassembly.more(up); }
+    int getDisassemblyLineNumber(uint32_t address) override { return m_disassembly.lineOf(address); }
     bool getDisassemblyLineAddress(int line, uint32_t& address) override;
     bool getSourceLocation(int disassemblyLine, Path& path, int& line) override;
     bool getAssemblyLocation(const Path& path, int line, int& disassemblyLine) override;
-    void locateDisassembly(uint32_t address) override;
-    void setDisassemblyExecution(bool on) override;
+    void locateDisassembly(uint32_t address) override { m_disassembly.locate(address); }
+    void setDisassemblyExecution(bool on) override { m_disassembly.setExecutionMarks(on); }
 
     bool locate(Frame* frame, QString& name, Path& path, QString& function, int& line,
                 uint32_t& address) override;
     bool setNextStatement(Frame* frame, const Path& path, int line) override;
 
-    QStringList executableNames() override;
+    QStringList executableNames() override { return m_tables.executableNames(); }
     QStringList sourceFileNames(const QString& executable) override;
     QList<int> lineNumbers(const QString& executable, const Path& source) override;
-    QStringList symbolNames(const QString& executable) override;
+    QStringList symbolNames(const QString& executable) override { return m_tables.symbolNames(executable); }
 
     // Throws what the target failed with, but forgets everything in any case.
     void clear() override;
@@ -77,10 +81,12 @@ public:
     DebuggerBreakpoint* setBreakpoint(const ExpressionContext& context, const QString& expression,
                                       const QString& trigger, int count, bool counted, bool temporary,
                                       const QString& limit, const QString& action) override;
-    void clearBreakpoint(DebuggerBreakpoint* breakpoint) override;
+    void clearBreakpoint(DebuggerBreakpoint* breakpoint) override { m_breakpoints.remove(breakpoint); }
     bool canBreakAt(const QString& file, const Path& path, int line, DebuggerBreakpoint*& existing) override;
+    void setBreakpointEnabled(DebuggerBreakpoint* breakpoint, bool on) override;
+    void chainFrom(DebuggerBreakpoint* breakpoint, DebuggerBreakpoint* from) override;
 
-    unsigned getWordSizeInBytes() const override { return 4; }
+    unsigned getWordSizeInBytes() const override { return wordSize(); }
     QString formatPC(uint32_t address) const override { return formatAddress(address); }
     int64_t getLineAddress(QString& file, const Path& path, int line) override;
     int getAddressLine(uint32_t address, QString& file, Path& path) override;
@@ -100,11 +106,11 @@ public:
     void syncSettingsWithProject(ProjectElement* project, const QString& configuration) override;
 
     void start(const QString& entry, bool stop) override;
-    void attach() override;
+    void attach() override { checkedTarget().attach(); }
     void go() override;
     void stop() override;
-    void stepinto(bool instruction) override { step(instruction, false); }
-    void stepover(bool instruction) override { step(instruction, true); }
+    void stepinto(bool instruction) override;
+    void stepover(bool instruction) override;
     void stepout(Frame* frame) override;
     bool isStopped() override;
 
@@ -132,7 +138,7 @@ public:
     bool targetHasExceptionClass(int exceptionClass) override;
     void setExceptionEnabled(const QString& name, bool on) override;
 
-    void getLocateContext(ExpressionContext& context) override { context = m_context; }
+    void getLocateContext(ExpressionContext& context) override;
     void locate() override;
     void locate(unsigned* registers) override;
     void locate(uint32_t pc) override;
@@ -140,115 +146,74 @@ public:
     uint32_t addressSubtract(uint32_t address, uint32_t count) override;
     uint32_t addressAdd(uint32_t address, uint32_t count) override;
 
-    // The executable that has an instruction at the address; the first one when none has, or the address
-    // is 0. Null without executables.
-    SymbolicDebug* symbols(uint32_t address) const;
-    // A public symbol's value, of whichever executable resolves it first.
+    const SymbolTables& tables() const { return m_tables; }
     bool getLinkerSymbolValue(const char* name, int64_t& value) const;
-    // By the rules of the expression context: its source position, its frame, then public names and all.
-    ZOFFSymbol* getSymbol(const char* name) const;
-    ZOFFType* getNamedType(const char* name) const;
-    ZOFFInsn* getInsnAt(uint32_t address) const;
-    // What the stack pointer is off by at the current frame's pc.
-    int getSPAdjustment() const;
+    // By the rules of the expression context: the scopes around its frame's place, what its file declares,
+    // public names, and all names.
+    ZOFFSymbol* getSymbol(const char* name) const override;
+    ZOFFType* getNamedType(const char* name) const override { return m_tables.namedType(name); }
+    ZOFFInsn* getInsnAt(uint32_t address) const { return m_tables.insnAt(address); }
+    // What the stack pointer is off by at the context's frame.
+    int getSPAdjustment() const override;
     // Whether the innermost frame stands at the start of a statement.
     bool atStatement() const;
-    // The range of code memory around an address; false outside.
-    bool getAddressRange(uint32_t address, uint32_t& low, uint32_t& high) const;
 
-    // Finds the two words of the program and begins to serve it; without them it runs unserved.
-    void enableDebugIO();
-    // Tells the program that nobody serves it any more. Does nothing while debug I/O is off.
-    void disableDebugIO();
-    bool debugIOEnabled() const { return m_ioEnabled; }
-    // Carries out the request that the program has made; false when there is none.
-    bool handleDebugIO(int& operation);
+    bool debugIOEnabled() const { return m_requests.enabled(); }
 
-    // Code as the last setDisassembleRange() read it, else from the target.
-    void setDisassembleRange(uint32_t start, uint32_t size);
-    void setDisassembleRange(uint32_t start, std::vector<unsigned char> bytes);
-    uint16_t peekPC(uint32_t address);
+    // Code as it was read before, else from the target.
+    void setDisassembleRange(uint32_t start, uint32_t size) { m_code.load(start, size); }
+    void setDisassembleRange(uint32_t start, const std::vector<unsigned char>& bytes);
+    uint16_t peekPC(uint32_t address) { return m_code.word(address); }
 
-    ZOFFBreakpoint* findBreakpoint(const HBreakpoint* record) const;
-    // Null removes all temporary ones.
-    void removeTempBreakpoint(const HBreakpoint* record);
     // The base form, by address; null when the monitor refuses.
     ZOFFBreakpoint* setBreakpoint(uint32_t address, bool temporary, bool counted, int count, int limit,
                                   const QString& action);
-    void chainFrom(DebuggerBreakpoint* breakpoint, DebuggerBreakpoint* from);
 
-    // A range that does not exist is neither read nor written; the answer is the number of bytes.
-    unsigned readMemory(uint32_t address, unsigned count, unsigned char* bytes);
-    unsigned writeMemory(uint32_t address, unsigned count, const unsigned char* bytes);
-    unsigned readCodeMemory(uint32_t address, unsigned count, unsigned char* bytes);
-    unsigned writeCodeMemory(uint32_t address, unsigned count, const unsigned char* bytes);
+    // A range that does not exist is neither read nor written. Returns the number of bytes.
+    unsigned readMemory(unsigned address, unsigned count, unsigned char* bytes) override;
+    unsigned writeMemory(unsigned address, unsigned count, const unsigned char* bytes) override;
+    unsigned readCodeMemory(unsigned address, unsigned count, unsigned char* bytes) override;
+    unsigned writeCodeMemory(unsigned address, unsigned count, const unsigned char* bytes) override;
+    unsigned readEepromMemory(unsigned address, unsigned count, unsigned char* bytes) override;
+    unsigned writeEepromMemory(unsigned address, unsigned count, const unsigned char* bytes) override;
+    // Peripherals are no memory here: nothing is moved.
+    unsigned readPeripheralMemory(unsigned, unsigned, unsigned char*) override { return 0; }
+    unsigned writePeripheralMemory(unsigned, unsigned, const unsigned char*) override { return 0; }
 
-    // Throws HException in a frame whose registers are not the target's.
+    // Throws ParserException in a frame whose registers are not the target's.
     void setRegister(Frame* frame, unsigned number, uint32_t value);
 
 protected:
-    // The processor.
-    virtual uint32_t getEntryPoint() const = 0;
-    // Puts the calls behind the given innermost frame, which it takes over, into frames().
-    virtual void generateBackTrace(std::unique_ptr<Frame> innermost) = 0;
-    // Where a temporary breakpoint ends one step of the range. Null registers are not read.
-    virtual uint32_t nextInstruction(TargetRegisterInterface* registers, bool stepOver, uint32_t start,
-                                     uint32_t length) = 0;
-    // Owned by the caller; null when the processor has no such form.
-    virtual TargetRegisterInterface* createRegisters(unsigned* block) = 0;
-    virtual TargetRegisterInterface* createRegisters(uint32_t pc) = 0;
-    virtual int registerNameToNumber(const char* name) = 0;
-    virtual QString registerNumberToName(unsigned number) = 0;
-    virtual TargetMemoryInterface* getMemorySegment(const QString& name) const = 0;
-    virtual void initialiseDebugOperation(uint32_t controlWord) = 0;
-    virtual bool debugOperationUsesBreakpoint() const = 0;
-    // One line of disassembly, its length in bytes, and where it jumps to.
-    virtual QString disassemble(uint32_t address, uint32_t& length, bool& isJump, uint32_t& target) = 0;
+    // Of the context's frame. Throw ParserException when there is none.
+    uint64_t getRegister(unsigned number) override;
+    void setRegister(unsigned number, uint64_t value) override;
+    uint32_t getSPValue(int registerNumber) override
+    {
+        return uint32_t(getRegister(unsigned(registerNumber)));
+    }
+    // Expressions are about the frame from here on.
+    void setContext(const ExpressionContext& context);
 
     TargetInterface* target() const { return m_target; }
     TargetInterface& checkedTarget() const; // throws HException when there is none
     HMonitor& monitor() const;              // the same, for a target that cannot stop
-    std::vector<std::unique_ptr<Frame>>& frames() { return m_frames; }
     QString formatAddress(uint32_t address) const;
 
 private:
-    class SourceListing;
-    using Breakpoints = std::list<std::unique_ptr<ZOFFBreakpoint>>;
-
-    void generateDisassembly(DisassemblyInfo& block);
-    const DisassemblyInfo& shownBlock();
-    void controlWordWritten() override;
-    int controlWord();
-    bool pollRequest(int& operation);
-    void serve(int operation);
-    void carryOut(int operation);
-    void noteLink(const HException* failure);
-    void withdraw();
-    void step(bool instruction, bool over);
-    void handleBreakpoint();
-    bool continueStep(ZOFFBreakpoint* breakpoint);
-    void locateFrom(TargetRegisterInterface* registers, bool live);
-    void removeFromMonitor(Breakpoints& list, Breakpoints::iterator at);
-    SymbolicDebug* table(const QString& executable) const;
-    std::list<SymbolicDebug*>::iterator findTable(const Path& path);
-    unsigned transfer(TargetMemoryInterface* memory, uint32_t address, unsigned count, unsigned char* to,
-                      const unsigned char* from);
+    Frame* contextFrame() const;
+    void setFrame(Frame* frame);
 
     DebuggerHelperFunctions* m_helper;
-    std::vector<std::unique_ptr<Frame>> m_frames; // innermost first
-    Breakpoints m_codeBreakpoints;
-    Breakpoints m_dataBreakpoints;
-    std::list<SymbolicDebug*> m_symbolTables; // references to the cache of open files
-    bool m_stopped = false;
-    ExpressionContext m_context;
-    bool m_ioEnabled = false;
-    uint32_t m_commWord = 0;
-    uint32_t m_controlWord = 0;
-    bool m_serving = false;    // while a request is looked for and carried out
-    bool m_linkFailed = false; // at the last poll
-    DisassemblyText m_disassembly;
-    CodeCache m_codeCache;
     TargetInterface* m_target = nullptr;
-    HMonitor* m_monitor = nullptr;
-    TargetIOServer* m_server = nullptr;
+    HMonitor* m_monitor = nullptr; // the target seen as one; null when it is none
+    SymbolTables m_tables;
+    CodeReader m_code;
+    BreakpointList m_breakpoints;
+    CallFrames m_frames{*this, m_tables};
+    ProgramRequests m_requests{m_helper, *this, m_tables};
+    Stepper m_stepper{*this, m_tables, m_breakpoints};
+    RunControl m_run{m_helper, *this, m_breakpoints, m_frames, m_stepper, m_requests};
+    Disassembly m_disassembly{m_helper, *this, m_tables, m_code};
+    BreakpointExpressions m_breakpointExpressions{*this, m_tables};
+    ExpressionContext m_context; // of the last evaluation; its frame may be gone
 };

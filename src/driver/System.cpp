@@ -1,6 +1,5 @@
 #include "driver/System.h"
 
-#include "debug/LaterVersion.h"
 #include "debug/SymbolicDebuggerInterface.h"
 #include "driver/session/Interrupt.h"
 #include "driver/session/Release.h"
@@ -43,6 +42,7 @@ void System::destroy()
 System::System() : m_options(*report, m_face)
 {
     scriptSystem = &m_scriptSystem;
+    m_debugCommands.installScriptObject(m_scriptSystem.context());
     m_console.installScriptObject(m_scriptSystem.context());
     m_wscript.installScriptObject(m_scriptSystem.context());
 }
@@ -77,8 +77,6 @@ int System::exec(int argc, char** argv)
     }
     m_loader.targetInterface()->installScriptObject(m_scriptSystem.context());
     m_steps.selectFiles();
-    if (m_options.debug)
-        notInThisVersion("debug a program (-debug)");
     if (m_loader.loadFiles().isEmpty())
         return m_exitStatus;
     return runSession();
@@ -123,15 +121,7 @@ int System::runSession()
 {
     Interrupt interrupt;
     TargetInterface* target = m_loader.targetInterface();
-    QObject::connect(&interrupt, &Interrupt::interrupted, this, [this, target] {
-        try { // nothing may be thrown into the event loop; the session ends in any case
-            if (m_terminal)
-                debugger->stop();
-            else
-                target->stop();
-        } catch (const HException&) {
-        }
-    });
+    QObject::connect(&interrupt, &Interrupt::interrupted, this, &System::onInterrupt);
     try {
         m_loader.connectTarget(m_steps.activeProject(), m_options.configuration);
         m_steps.load();
@@ -151,6 +141,25 @@ int System::runSession()
     return m_exitStatus;
 }
 
+// Nothing may be thrown into the event loop; what does not stop here ends with the session.
+void System::onInterrupt()
+{
+    if (!Interrupt::requested()) // and dealt with meanwhile
+        return;
+    if (interruptsCommand()) {
+        if (!m_scriptSystem.executing()) // a script notices by itself
+            interruptCommand();
+        return;
+    }
+    try {
+        if (m_terminal)
+            debugger->stop();
+        else
+            m_loader.targetInterface()->stop();
+    } catch (const HException&) {
+    }
+}
+
 void System::endInterrupted()
 {
     report->stream << "interrupted\n";
@@ -162,13 +171,14 @@ void System::endInterrupted()
 void System::startProgram()
 {
     TargetInterface* target = m_loader.targetInterface();
-    if (m_options.serve) {
+    if (m_options.serve || m_options.debug) {
         QString entry = m_steps.entryPoint();
         if (!entry.isEmpty()) {
             run(entry);
             return;
         }
-        m_face.warning(QStringLiteral("nothing to serve: the load file has no entry point (use -entry)"));
+        m_face.warning(QStringLiteral("nothing to %1: the load file has no entry point (use -entry)")
+                           .arg(QLatin1String(m_options.debug ? "debug" : "serve")));
     }
     LoadFileInterface* first = m_loader.loadFiles().items().front().file;
     if (!first->hasEntryPoint()) {

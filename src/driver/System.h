@@ -2,7 +2,10 @@
 // exit status.
 #pragma once
 
+#include "driver/console/CommandCompletion.h"
 #include "driver/console/ConsoleScriptSystem.h"
+#include "driver/console/DebugCommands.h"
+#include "driver/console/ShortCommands.h"
 #include "driver/session/FaceSwitch.h"
 #include "driver/session/Loader.h"
 #include "driver/session/Options.h"
@@ -13,8 +16,11 @@
 #include "driver/terminal/TextTargetIOServerTerminal.h"
 #include "support/Path.h"
 
+#include <QElapsedTimer>
 #include <QObject>
 #include <QString>
+
+#include <functional>
 
 class ProjectElement;
 
@@ -39,8 +45,9 @@ public:
     // The selected project and configuration; null and empty without a solution.
     ProjectElement* activeProject() const { return m_steps.activeProject(); }
     const QString& buildConfiguration() const { return m_options.configuration; }
-    // Runs the program from an entry point ("0x" and digits, or a symbol) and serves it until it ends; the
-    // exit status is then the program's. Throws Interrupted after Ctrl-C, with the program stopped.
+    // Runs the program from an entry point ("0x" and digits, or a symbol) until it ends: serves it, and under
+    // -debug carries out commands. The exit status is then the program's. Throws Interrupted after Ctrl-C,
+    // with the program stopped; at the prompt only a second one within a second ends the run.
     void run(const QString& entry);
 
 private:
@@ -55,6 +62,15 @@ private:
     int runSession();
     void endInterrupted();
     void startProgram();
+    void onInterrupt();
+    void startDebugging(const QString& entry);
+    void repeatExceptions();
+    void debug();
+    void command(const QString& line);
+    void guarded(const std::function<void()>& action);
+    bool interruptsCommand() const;
+    bool interruptCommand();
+    bool connectionLost() const;
 
     // The later ones stand on the earlier ones.
     TerminalFace m_terminalFace;
@@ -67,7 +83,11 @@ private:
     ConsoleScriptSystem m_scriptSystem;
     ProgramRun m_run{m_loader};
     StopNotice m_stopNotice{m_run};
+    DebugCommands m_debugCommands{m_run};
+    ShortCommands m_shortCommands{[this](const QString& name) { return m_scriptSystem.defines(name); }};
+    CommandCompletion m_completion{m_run, m_scriptSystem.context()};
     TextTargetIOServerTerminal* m_terminal = nullptr; // while a program runs
+    QElapsedTimer m_lastInterrupt;
     QString m_programName;
     int m_exitStatus = 0;
 };

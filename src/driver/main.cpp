@@ -91,7 +91,11 @@ public:
         buildSystem = new MAXQ30BuildSystem(*projectSystem, QStringList());
         macroSystem.setSystemMacro(QStringLiteral("Platform"), QStringLiteral("maxq30"));
         installTargetInterfaceHelperFunctions(System::instance()->loader());
-        debugger = new MAXQ30Debugger(&System::instance()->loader());
+        auto* processorDebugger = new MAXQ30Debugger(&System::instance()->loader());
+        processorDebugger->setMaximumCalls(
+            environment->findProperty(QStringLiteral("Environment/Debugger/Maximum Backtrace Calls"))
+                ->toInt());
+        debugger = processorDebugger;
         System::instance()->setProgramName(QStringLiteral("Loader"));
     }
 };

@@ -126,7 +126,7 @@ void TargetInterface::call(ESContext* context, ESObject* function, ESObject* sel
 {
     auto number = [&](unsigned index) { return context->toUint32(biarg(argc, argv, index)); };
     auto text = [&] { return context->toString(biarg(argc, argv, 0)); };
-    int id = function->builtinId;
+    int id = function->builtinId();
     if (id < 0 || id >= int(std::size(Functions))) {
         ESClass::call(context, function, self, argc, argv);
         return;

@@ -7,7 +7,7 @@
 class ZOFFSection : public ZOFFObject {
 public:
     // The kind of a section, its low four flag bits. 0 and 5 are no memory; 2, 3 and 4 are data.
-    enum SectionKind { NoMemory = 0, Code = 1, Data = 2, Eeprom = 6 };
+    enum SectionKind { NoMemory = 0, Code = 1, Data = 2, LastData = 4, Eeprom = 6 };
     static constexpr uint32_t KindMask = 0xF;
     static constexpr uint32_t LoadFlag = 0x80000; // goes into a load file
     static constexpr uint32_t UnknownAddress = 0xFFFFFFFF;

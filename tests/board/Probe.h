@@ -3,6 +3,7 @@
 #pragma once
 
 #include "board/Device.h"
+#include "board/Journal.h"
 #include "sim/Program.h"
 
 #include <gtest/gtest.h>

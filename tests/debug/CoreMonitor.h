@@ -2,7 +2,7 @@
 // fail. And the debugger's host.
 #pragma once
 
-#include "debug/DebuggerHelperFunctions.h"
+#include "debug/monitor/DebuggerHelperFunctions.h"
 #include "debug/monitor/HBreakpoint.h"
 #include "debug/monitor/HMonitor.h"
 #include "maxq30/cpu/MAXQ30Registers.h"
@@ -121,6 +121,7 @@ public:
         return true;
     }
     HBreakpoint* matched() override { return hit; }
+    bool canChain() override { return chains; }
 
     maxq30::Core core{256 * 1024, 64 * 1024};
     CoreMemory code{core, true};
@@ -128,6 +129,7 @@ public:
     CoreRegisters file{core};
     std::vector<HBreakpoint*> breakpoints;
     size_t capacity = 8;
+    bool chains = true;
     HBreakpoint* hit = nullptr;
     bool stopped = true;
     bool connected = true;
@@ -138,6 +140,12 @@ private:
     {
         for (HBreakpoint* breakpoint : breakpoints)
             if (breakpoint->enabled && breakpoint->address == file.getPC()) {
+                bool arms = false;
+                for (HBreakpoint* other : breakpoints)
+                    if (other->chainFrom == breakpoint)
+                        other->enabled = arms = true;
+                if (arms)
+                    continue;
                 hit = breakpoint;
                 stopped = true;
             }

@@ -2,9 +2,9 @@
 #include "debug/monitor/DebuggerBreakpointFailure.h"
 #include "debug/symbols/SymbolicDebug.h"
 #include "maxq30/cpu/MAXQ30Debugger.h"
-#include "project/EnvironmentSettings.h"
 #include "target/io/TargetIOServer.h"
 #include "tests/debug/CoreMonitor.h"
+#include "tests/support/Failure.h"
 #include "tests/tools/kvas/Sources.h"
 #include "zoff/ZOFFfiles.h"
 
@@ -18,16 +18,10 @@ protected:
     Debugger()
     {
         ZOFFDebugIndex::install(SymbolicDebugIndex);
-        environment = &m_settings;
-        m_settings.createEntries();
         subject.setTargetInterface(&target);
         subject.setTargetIOServer(&m_server);
     }
-    ~Debugger() override
-    {
-        subject.unloadSymbols(Path());
-        environment = nullptr;
-    }
+    ~Debugger() override { subject.unloadSymbols(Path()); }
 
     // Assembles a program with the examples' startup, or without it, and puts it into the target.
     void program(const std::string& text, bool startup = true)
@@ -44,7 +38,7 @@ protected:
         ASSERT_EQ(diagnostics.text(), "");
         executable = dir.write("program.kvx", bytes);
         subject.loadSymbols(Path(executable), 0);
-        for (ZOFFSection* s : subject.symbols(0)->module()->sections()) {
+        for (ZOFFSection* s : subject.tables().at(0)->module()->sections()) {
             s->computeSectionMetrics();
             if (!s->goesIntoLoadFile() || s->lowestAddress() == ZOFFSection::UnknownAddress)
                 continue;
@@ -79,6 +73,12 @@ protected:
         subject.locate(subject.getFrame(frame), name, path, text, number, address);
         return text.toStdString();
     }
+    int64_t address(const char* symbol) const
+    {
+        int64_t value = 0;
+        EXPECT_TRUE(subject.getLinkerSymbolValue(symbol, value)) << symbol;
+        return value;
+    }
     DebuggerBreakpoint* breakAt(int number, int count = 0, bool temporary = false)
     {
         return subject.setBreakpoint(QString(), Path(source), number, count, true, temporary, QString(),
@@ -109,7 +109,6 @@ protected:
     std::optional<int> status;
 
 private:
-    EnvironmentSettings m_settings;
     TargetIOServer m_server{this, this};
 };
 
@@ -250,7 +249,7 @@ TEST_F(Debugger, BreakpointsIgnoreCountsAndLeaveAtTheirEnd)
     EXPECT_EQ(status, 7);
 
     target.capacity = 0;
-    EXPECT_EQ(breakAt(9), nullptr) << "the target is out of means";
+    EXPECT_EQ(failureOf([&] { breakAt(9); }), "the target refuses the breakpoint");
 }
 
 TEST_F(Debugger, StepsByLineOverIntoAndOut)
@@ -268,7 +267,7 @@ TEST_F(Debugger, StepsByLineOverIntoAndOut)
     ASSERT_EQ(subject.numcalls(), 2u);
     EXPECT_EQ(function(0), "twice");
     EXPECT_EQ(function(1), "main");
-    EXPECT_EQ(line(1), 9) << "where the call comes back to";
+    EXPECT_EQ(line(1), 8) << "where the call is";
     subject.stepout(subject.getFrame(1));
     EXPECT_EQ(wait(), 9);
     EXPECT_EQ(target.singleSteps, 0);
@@ -279,29 +278,178 @@ TEST_F(Debugger, StepsByLineOverIntoAndOut)
     EXPECT_EQ(target.file.getPC(), pc + 2);
 }
 
-TEST_F(Debugger, AStepThatCannotGoOnStops)
+TEST_F(Debugger, AStepBeginsWhereTheTargetIs)
 {
     program(Loop);
     subject.start("main", true);
     wait();
     subject.locate(uint32_t(0x7000));
-    subject.stepinto(false);
-    EXPECT_EQ(target.singleSteps, 1) << "no line is known, so the target steps";
-    EXPECT_TRUE(target.breakpoints.empty());
+    EXPECT_FALSE(subject.getFrame(0)->live());
+    subject.stepover(false);
+    EXPECT_EQ(wait(), 7);
+    program(".PUBLIC start\n.CODE\n.NOLINE\nstart: NOP\nNOP\n", false);
+    subject.start("start", true);
+    wait();
+    subject.stepover(false);
+    EXPECT_EQ(wait(), 0) << "no line is known, so the target steps";
+    EXPECT_EQ(target.singleSteps, 1);
+    EXPECT_EQ(target.file.getPC(), 2u);
+}
 
-    // The breakpoint of a step moves along a statement that branches; the target has no room left.
-    program(".PUBLIC start\n.CODE\nstart: NOP\n.LINE \"s.c\", 5\nJUMP Z, .there\nNOP\n.there: NOP\nNOP\n",
+TEST_F(Debugger, WithoutABreakpointLeftTheTargetSteps)
+{
+    // A statement that branches, at 2 to 10, and a call in the next one.
+    program(".PUBLIC start\n.CODE\nstart: NOP\n.LINE \"s.c\", 5\nJUMP Z, .there\nNOP\n.there: NOP\nNOP\n"
+            ".LINE 6\nCALL start\nNOP\n.LINE 7\nNOP\n",
             false);
     subject.start("0x2", true);
     wait();
     target.file.setValue(MAXQ30Registers::PSF, MAXQ30Registers::FlagZ);
     subject.stepover(false);
     ASSERT_EQ(target.breakpoints.size(), 1u);
-    target.capacity = 0;
-    EXPECT_EQ(wait(), 5);
-    EXPECT_EQ(target.file.getPC(), 8u);
+    target.capacity = 0; // before the breakpoint moves on
+    EXPECT_EQ(wait(), 6);
+    EXPECT_EQ(target.file.getPC(), 10u);
     EXPECT_TRUE(target.breakpoints.empty());
-    EXPECT_THROW(subject.stepover(false), DebuggerBreakpointFailure);
+    EXPECT_EQ(failureOf([&] { subject.stepover(false); }), "the target refuses the breakpoint")
+        << "what a call does is not for single steps";
+    EXPECT_TRUE(subject.isStopped());
+    EXPECT_EQ(target.file.getPC(), 10u);
+    subject.stepinto(false);
+    EXPECT_EQ(wait(), 3);
+
+    // A breakpoint in the middle of the statement counts, and so does the user's wish to stop.
+    target.capacity = 1;
+    subject.start("0x2", true);
+    wait();
+    target.file.setValue(MAXQ30Registers::PSF, 0);
+    ASSERT_TRUE(subject.setBreakpoint(6, false, false, 0, -1, QString()));
+    subject.stepover(false);
+    EXPECT_EQ(wait(), 5);
+    EXPECT_EQ(target.file.getPC(), 6u);
+    program(".PUBLIC start\n.CODE\nstart: JUMP start\n", false);
+    subject.start("start", true);
+    wait();
+    subject.stepover(false);
+    EXPECT_FALSE(subject.isStopped()) << "one poll follows it for a while";
+    EXPECT_GT(target.singleSteps, 10);
+    subject.stop();
+    EXPECT_EQ(wait(), 3);
+}
+
+// A call that goes three deep, each time through the same lines.
+constexpr char Recursion[] = ".PUBLIC start\n"          // 1
+                             ".CODE\n"                  // 2
+                             "start: MOVE SP, #0x400\n" // 3
+                             " MOVE A[0], #3\n"         // 4
+                             " CALL down\n"             // 5
+                             ".end: JUMP .end\n"        // 6
+                             ".FUNC down\n"             // 7
+                             " SUB #1\n"                // 8
+                             " RET Z\n"                 // 9
+                             " CALL down\n"             // 10
+                             " NOP\n"                   // 11
+                             " RET\n"                   // 12
+                             ".ENDFUNC\n";
+
+TEST_F(Debugger, StepsPassDeeperCallsOfTheSameLines)
+{
+    program(Recursion, false);
+    subject.start("start", true);
+    wait();
+    breakAt(10, 0, true);
+    subject.go();
+    ASSERT_EQ(wait(), 10);
+    ASSERT_EQ(subject.numcalls(), 2u);
+    uint32_t sp = target.file.getSP();
+    subject.stepover(false);
+    EXPECT_EQ(wait(), 11);
+    EXPECT_EQ(target.file.getSP(), sp);
+    EXPECT_EQ(target.file.getValue(MAXQ30Registers().nameToNumber("A[0]")), 0u) << "all of it has run";
+
+    subject.start("start", true);
+    wait();
+    DebuggerBreakpoint* inner = breakAt(9);
+    subject.go();
+    ASSERT_EQ(wait(), 9);
+    subject.clearBreakpoint(inner);
+    sp = target.file.getSP();
+    subject.stepout(subject.getFrame(1));
+    EXPECT_EQ(wait(), 6);
+    EXPECT_EQ(target.file.getSP(), sp + 4);
+    EXPECT_EQ(failureOf([&] { subject.stepout(subject.getFrame(1)); }), "no calling frame");
+}
+
+TEST_F(Debugger, ManyIgnoredHitsAreOnePoll)
+{
+    program(".PUBLIC start\n.CODE\nstart: NOP\n.LINE \"s.c\", 7\nNOP\n.LINE 8\nJUMP start\n", false);
+    subject.start("start", true);
+    wait();
+    DebuggerBreakpoint* ignored = subject.setBreakpoint(2, false, false, 1'000'000'000, -1, QString());
+    subject.go();
+    EXPECT_FALSE(subject.isStopped());
+    EXPECT_LT(ignored->getCount(), 1'000'000'000 - 100);
+
+    // The user's stop counts at a hit that would be ignored, too; the program's next resume is a new one.
+    subject.stop();
+    EXPECT_TRUE(subject.isStopped());
+    int left = ignored->getCount();
+    EXPECT_TRUE(subject.isStopped());
+    subject.go();
+    EXPECT_FALSE(subject.isStopped());
+    EXPECT_LT(ignored->getCount(), left);
+    subject.setBreakpointEnabled(ignored, false);
+    left = ignored->getCount();
+    subject.isStopped();
+    EXPECT_EQ(ignored->getCount(), left);
+    EXPECT_FALSE(ignored->isEnabled());
+}
+
+TEST_F(Debugger, ChainedBreakpointsAndTheirEnd)
+{
+    program(Loop);
+    subject.start("start", true);
+    wait();
+    DebuggerBreakpoint* first = breakAt(10);
+    DebuggerBreakpoint* second = breakAt(8);
+    target.chains = false;
+    EXPECT_EQ(failureOf([&] { subject.chainFrom(second, first); }), "Chaining not supported");
+    target.chains = true;
+    subject.chainFrom(second, first);
+    EXPECT_FALSE(second->isEnabled());
+    subject.go();
+    EXPECT_EQ(wait(), 8) << "the first only arms";
+    EXPECT_EQ(target.file.getValue(MAXQ30Registers().nameToNumber("A[6]")), 2u);
+
+    // A ring arms nothing, and what waits for a breakpoint that goes waits no longer.
+    subject.chainFrom(first, second);
+    subject.chainFrom(second, first);
+    EXPECT_FALSE(first->isEnabled() || second->isEnabled());
+    subject.clearBreakpoint(first);
+    EXPECT_TRUE(second->isEnabled());
+    subject.chainFrom(second, first); // it is gone
+    EXPECT_TRUE(second->isEnabled());
+    subject.go();
+    EXPECT_EQ(wait(), 8);
+    subject.clearBreakpoint(second);
+    subject.go();
+    EXPECT_EQ(wait(), 0);
+}
+
+TEST_F(Debugger, ARequestThatWaitsAtABreakpointDoesNotPassIt)
+{
+    program(".LIBRARY console\n.PUBLIC main\n.CODE\n.FUNC main\nMOVE A[0], #text\nCALL puts\nMOVE A[0], #5\n"
+            "RET\n.ENDFUNC\n.DATA\ntext: .ASCIZ \"hello\"\n");
+    subject.start("start", true);
+    wait();
+    breakAt(7);
+    subject.go();
+    EXPECT_EQ(wait(), 7);
+    EXPECT_EQ(output, "hello\n");
+    target.core.writeData(uint32_t(address("_dbgCntrlWord")), 1, reinterpret_cast<const uint8_t*>("\x18"));
+    subject.go();
+    EXPECT_EQ(wait(), 0);
+    EXPECT_EQ(status, 5);
 }
 
 TEST_F(Debugger, AnExecutableMayClaimAnyLineAndLength)
@@ -317,8 +465,10 @@ TEST_F(Debugger, AnExecutableMayClaimAnyLineAndLength)
     using R = MAXQ30Registers;
     R registers;
     registers.setPC(0x100);
-    EXPECT_THROW(subject.nextInstruction(&registers, false, 0x100, 0xF0000000), HException);
-    EXPECT_EQ(target.code.reads, 0);
+    EXPECT_EQ(subject.nextInstruction(&registers, false, 0x100, 0xF0000000), 0x102u);
+    EXPECT_EQ(target.code.reads, 1) << "just the instruction";
+    registers.setPC(0x50000);
+    EXPECT_THROW(subject.nextInstruction(&registers, false, 0x50000, 16), HException) << "no memory there";
 }
 
 TEST_F(Debugger, CallsAreFoundOnTheStack)
@@ -341,7 +491,7 @@ TEST_F(Debugger, CallsAreFoundOnTheStack)
     EXPECT_EQ(target.file.getValue(MAXQ30Registers::LC0), 5u);
     EXPECT_THROW(subject.setRegister(subject.getFrame(1), MAXQ30Registers::LC0, 6), HException);
 
-    environment->findProperty("Environment/Debugger/Maximum Backtrace Calls")->setPropertyValue("0");
+    subject.setMaximumCalls(0);
     subject.locate();
     EXPECT_EQ(subject.numcalls(), 1u);
     subject.locate(uint32_t(0x4000));
@@ -399,14 +549,18 @@ TEST_F(Debugger, WhereAnInstructionLeads)
     for (unsigned index = 0; index < std::size(expected); ++index) {
         unsigned jump = 0x8C0F | (index & 15) << 4;
         unsigned char code[] = {0, 0x1B, uint8_t(jump), uint8_t(jump >> 8)};
-        target.core.writeCode(0x1000, sizeof code, code);
-        subject.setDisassembleRange(0, 2); // what was cached has changed
+        ASSERT_EQ(subject.setMemory("Code", 0x1000, sizeof code, code), sizeof code);
         unsigned first = index < 16 ? 0x1002 : 0x1000;
         EXPECT_EQ(next(first, first, 0x1004 - first), expected[index]) << index;
     }
-    target.data.pokeUint32(0x200, 0x11122);
-    registers.setValue(R::DP0, 0x1FFFF);
-    EXPECT_EQ(next(0x1000, 0x1000, 4), 0x1004u) << "beyond all code";
+    // All bits of a word address count, of a register and of an entry of the stack.
+    registers.setValue(R().nameToNumber("A[3]"), 0xFF812345);
+    EXPECT_EQ(next(22, 22, 2), 0x102468Au);
+    target.data.pokeUint32(0x100, 0x812345);
+    EXPECT_EQ(next(10, 10, 2), 0x102468Au);
+    unsigned char fromInterrupt[] = {0x8D, 0x8C};
+    subject.setMemory("Code", 10, sizeof fromInterrupt, fromInterrupt);
+    EXPECT_EQ(next(10, 10, 2), 0x102468Au);
 
     uint32_t length = 0, destination = 0;
     bool isJump = false;

@@ -5,9 +5,11 @@ namespace maxq30 {
 
 namespace {
 
-class ControlFlowTest : public CoreTest {};
+class ControlFlow : public CoreTest {};
 
-TEST_F(ControlFlowTest, ConditionalJumpsInBothDirections)
+} // namespace
+
+TEST_F(ControlFlow, ConditionalJumpsInBothDirections)
 {
     struct State {
         uint32_t acc;
@@ -41,7 +43,7 @@ TEST_F(ControlFlowTest, ConditionalJumpsInBothDirections)
         }
 }
 
-TEST_F(ControlFlowTest, SourcesAreReadOnlyByTakenJumps)
+TEST_F(ControlFlow, SourcesAreReadOnlyByTakenJumps)
 {
     setData(0x20, 0x0321);
     set(reg::DP0, 0x20);
@@ -54,7 +56,7 @@ TEST_F(ControlFlowTest, SourcesAreReadOnlyByTakenJumps)
     EXPECT_EQ(get(reg::DP0), 0x22u);
 }
 
-TEST_F(ControlFlowTest, CallsAndReturns)
+TEST_F(ControlFlow, CallsAndReturns)
 {
     uint32_t at = place;
     EXPECT_EQ(execute(imm(dest::call, 0x0400)), 3u);
@@ -80,7 +82,7 @@ TEST_F(ControlFlowTest, CallsAndReturns)
     EXPECT_EQ(data(0xFFC), at + 1);
 }
 
-TEST_F(ControlFlowTest, PushAndPopMoveThirtyTwoBits)
+TEST_F(ControlFlow, PushAndPopMoveThirtyTwoBits)
 {
     execute(imm(dest::push, 0x89ABCDEF));
     execute(move(dest::push, reg::SP)); // the source is read before SP moves
@@ -96,7 +98,7 @@ TEST_F(ControlFlowTest, PushAndPopMoveThirtyTwoBits)
     EXPECT_EQ(events.take(), Log{"bad read 1000"});
 }
 
-TEST_F(ControlFlowTest, LoopsCountSixteenBits)
+TEST_F(ControlFlow, LoopsCountSixteenBits)
 {
     for (auto [djnz, counter] : {std::pair{dest::djnz0, reg::LC0}, std::pair{dest::djnz1, reg::LC1}}) {
         set(counter, 2);
@@ -113,7 +115,7 @@ TEST_F(ControlFlowTest, LoopsCountSixteenBits)
     }
 }
 
-TEST_F(ControlFlowTest, InterruptsEnterOnceAndReturn)
+TEST_F(ControlFlow, InterruptsEnterOnceAndReturn)
 {
     put({0xDA3A, 0xDA3A, 0xDA3A});
     put({0xDA3A, 0x8C8D}, 0x300); // NOP, RETI
@@ -138,7 +140,7 @@ TEST_F(ControlFlowTest, InterruptsEnterOnceAndReturn)
     EXPECT_EQ(core.ip(), 2u);
 }
 
-TEST_F(ControlFlowTest, ProgramsRequestInterruptsThemselves)
+TEST_F(ControlFlow, ProgramsRequestInterruptsThemselves)
 {
     // The program enables interrupts and sets IIR while run() is inside its fast loop.
     Words program = imm(reg::IV, 0x300) + imm(reg::IMR, 1) + imm(reg::IC, 1) + imm(reg::IIR, 1) +
@@ -152,7 +154,5 @@ TEST_F(ControlFlowTest, ProgramsRequestInterruptsThemselves)
     EXPECT_EQ(get(reg::A(2)), 9u);
     EXPECT_EQ(get(reg::IC), 1u);
 }
-
-} // namespace
 
 } // namespace maxq30

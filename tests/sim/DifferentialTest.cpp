@@ -127,6 +127,8 @@ private:
     std::minstd_rand m_random;
 };
 
+} // namespace
+
 TEST_F(Differential, SlicesOfRandomPrograms)
 {
     core.setCallBacks(&events, MAXQSIM_LongDataAccesses);
@@ -181,7 +183,5 @@ TEST_F(Differential, UnwatchedPrograms)
         compareCounts();
     }
 }
-
-} // namespace
 
 } // namespace maxq30

@@ -5,10 +5,12 @@ namespace maxq30 {
 
 namespace {
 
-class InstructionTest : public CoreTest {};
+class Instruction : public CoreTest {};
+
+} // namespace
 
 // Operations on the accumulator alone: word, accumulator and carry before and after.
-TEST_F(InstructionTest, AccumulatorOperations)
+TEST_F(Instruction, AccumulatorOperations)
 {
     struct Case {
         const char* name;
@@ -72,7 +74,7 @@ TEST_F(InstructionTest, AccumulatorOperations)
 }
 
 // Operations of the accumulator and a source.
-TEST_F(InstructionTest, ArithmeticAndLogic)
+TEST_F(Instruction, ArithmeticAndLogic)
 {
     struct Case {
         const char* name;
@@ -119,7 +121,7 @@ TEST_F(InstructionTest, ArithmeticAndLogic)
     }
 }
 
-TEST_F(InstructionTest, FlagsFollowTheActiveAccumulator)
+TEST_F(Instruction, FlagsFollowTheActiveAccumulator)
 {
     set(reg::A(1), 0x80000000);
     set(reg::A(2), 7);
@@ -138,7 +140,7 @@ TEST_F(InstructionTest, FlagsFollowTheActiveAccumulator)
     EXPECT_EQ(get(reg::A(2)), 0xFF7Fu);
 }
 
-TEST_F(InstructionTest, ApcMovesTheAccumulatorOnlyAfterWholeWrites)
+TEST_F(Instruction, ApcMovesTheAccumulatorOnlyAfterWholeWrites)
 {
     execute(imm(reg::AP, 7));
     execute(imm(reg::APC, 2)); // modulo 4, upwards
@@ -162,7 +164,7 @@ TEST_F(InstructionTest, ApcMovesTheAccumulatorOnlyAfterWholeWrites)
     EXPECT_EQ(get(reg::APC), 4u);
 }
 
-TEST_F(InstructionTest, RegistersKeepTheirWidths)
+TEST_F(Instruction, RegistersKeepTheirWidths)
 {
     struct Case {
         unsigned number;
@@ -201,7 +203,7 @@ TEST_F(InstructionTest, RegistersKeepTheirWidths)
 }
 
 // Each pointer form, as a source and as a destination: width and step.
-TEST_F(InstructionTest, PointerForms)
+TEST_F(Instruction, PointerForms)
 {
     struct Case {
         unsigned number;
@@ -246,7 +248,7 @@ TEST_F(InstructionTest, PointerForms)
     }
 }
 
-TEST_F(InstructionTest, SourceMovesBeforeDestination)
+TEST_F(Instruction, SourceMovesBeforeDestination)
 {
     setData(0x10, 0x030201);
     set(reg::DP0, 0x10);
@@ -255,7 +257,7 @@ TEST_F(InstructionTest, SourceMovesBeforeDestination)
     EXPECT_EQ(get(reg::DP0), 0x12u);
 }
 
-TEST_F(InstructionTest, FramePointerIsBasePlusOffset)
+TEST_F(Instruction, FramePointerIsBasePlusOffset)
 {
     set(reg::BP, 0xF0);
     execute(imm(reg::FP, 0x100));
@@ -265,7 +267,7 @@ TEST_F(InstructionTest, FramePointerIsBasePlusOffset)
     EXPECT_EQ(get(reg::A(4)), 0x210u);
 }
 
-TEST_F(InstructionTest, BitsOfRegistersAndSources)
+TEST_F(Instruction, BitsOfRegistersAndSources)
 {
     execute(move(reg::IMR, registerNumber(7, 8 + 7)));
     EXPECT_EQ(get(reg::IMR), 0x80u);
@@ -282,7 +284,7 @@ TEST_F(InstructionTest, BitsOfRegistersAndSources)
     EXPECT_EQ(events.take(), Log{});
 }
 
-TEST_F(InstructionTest, PrefixesAndInstructionPointerAsSources)
+TEST_F(Instruction, PrefixesAndInstructionPointerAsSources)
 {
     execute({0x0B12, 0x0B34, uint16_t(0x8000 | reg::A(1) << 8 | reg::PFX)});
     EXPECT_EQ(get(reg::A(1)), 0x1234u);
@@ -295,7 +297,7 @@ TEST_F(InstructionTest, PrefixesAndInstructionPointerAsSources)
 }
 
 // Numbers that mean nothing are reported with the address of the first word and passed over.
-TEST_F(InstructionTest, UnknownInstructions)
+TEST_F(Instruction, UnknownInstructions)
 {
     const Words unknown[] = {
         move(reg::A(0), registerNumber(5, 0)),
@@ -334,7 +336,5 @@ TEST_F(InstructionTest, UnknownInstructions)
     EXPECT_EQ(get(reg::A(1)), 0x02030405u);
     EXPECT_EQ(core.ip(), at + 5);
 }
-
-} // namespace
 
 } // namespace maxq30

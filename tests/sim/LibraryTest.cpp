@@ -10,7 +10,7 @@ namespace maxq30 {
 
 namespace {
 
-class LibraryTest : public ::testing::Test {
+class Library : public ::testing::Test {
 protected:
     void SetUp() override
     {
@@ -42,7 +42,9 @@ protected:
     void* m_handle = nullptr;
 };
 
-TEST_F(LibraryTest, ExecutesThroughItsSlots)
+} // namespace
+
+TEST_F(Library, ExecutesThroughItsSlots)
 {
     EXPECT_EQ(sim->step(), 0u); // before initialise nothing happens
     EXPECT_FALSE(sim->initialise(&events, "", (dir / "missing.hex").c_str()));
@@ -67,7 +69,7 @@ TEST_F(LibraryTest, ExecutesThroughItsSlots)
     EXPECT_FALSE(sim->readCode(0, 1, bytes));
 }
 
-TEST_F(LibraryTest, FurtherCallbacksOnlyOnRequest)
+TEST_F(Library, FurtherCallbacksOnlyOnRequest)
 {
     ASSERT_TRUE(sim->initialise(&events, "", rom.c_str()));
     sim->writeRegister(1, 2, 7);
@@ -86,7 +88,7 @@ TEST_F(LibraryTest, FurtherCallbacksOnlyOnRequest)
     EXPECT_EQ(events.take(), (Log{"write.L 1c=5", "write.W 1a=0", "write.W 18=6"}));
 }
 
-TEST_F(LibraryTest, ARunnerTellsWhatItDidAlsoWhenACallbackThrows)
+TEST_F(Library, ARunnerTellsWhatItDidAlsoWhenACallbackThrows)
 {
     EXPECT_FALSE(runner());
     struct Throwing : Recorder {
@@ -139,7 +141,7 @@ TEST_F(LibraryTest, ARunnerTellsWhatItDidAlsoWhenACallbackThrows)
     EXPECT_EQ(counts[1].executed, 0u);
 }
 
-TEST_F(LibraryTest, BadParametersAndRomFilesAreRefused)
+TEST_F(Library, BadParametersAndRomFilesAreRefused)
 {
     for (const char* parameter : {"code=63", "code=17M", "data=", "data=5000000000", "data=0x", "code=4Kx",
                                   "code=65", "speed=9", "trace=", "trace=\"open", "=", "code"}) {
@@ -177,7 +179,7 @@ TEST_F(LibraryTest, BadParametersAndRomFilesAreRefused)
     EXPECT_EQ(bytes[1], 0xDA);
 }
 
-TEST_F(LibraryTest, TraceShowsEachInstruction)
+TEST_F(Library, TraceShowsEachInstruction)
 {
     EXPECT_FALSE(sim->initialise(&events, ("trace=" + dir / "none/t.txt").c_str(), rom.c_str()));
     EXPECT_EQ(events.take(), Log{"cannot write trace file " + dir / "none/t.txt"});
@@ -200,7 +202,7 @@ TEST_F(LibraryTest, TraceShowsEachInstruction)
                           "000008: interrupt, requests 0001\n");
 }
 
-TEST_F(LibraryTest, AFullDiskUnderTheTraceIsToldAtTheEndOfARun)
+TEST_F(Library, AFullDiskUnderTheTraceIsToldAtTheEndOfARun)
 {
     ASSERT_TRUE(sim->initialise(&events, "trace=/dev/full", rom.c_str()));
     const unsigned char nop[] = {0x3A, 0xDA};
@@ -213,7 +215,5 @@ TEST_F(LibraryTest, AFullDiskUnderTheTraceIsToldAtTheEndOfARun)
     EXPECT_EQ(events.take(), Log{});
     EXPECT_EQ(run.steps, 1u);
 }
-
-} // namespace
 
 } // namespace maxq30

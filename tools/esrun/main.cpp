@@ -6,6 +6,9 @@
 // -p prints the completion value. Exit status 0 on a normal completion, 1 after a failure, 130 after
 // Ctrl-C.
 #include "script/engine/ESContext.h"
+#include "script/engine/ESException.h"
+#include "script/engine/ESValue.h"
+#include "script/engine/limits.h"
 #include "script/host/BuiltinScript.h"
 #include "script/host/HostEvaluation.h"
 #include "script/native/ESLibrary.h"

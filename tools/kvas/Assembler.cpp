@@ -1,6 +1,10 @@
 #include "tools/kvas/Assembler.h"
+#include "tools/kvas/Cursor.h"
+#include "tools/kvas/Diagnostics.h"
 #include "tools/kvas/Instruction.h"
+#include "tools/kvas/Program.h"
 #include "tools/kvas/Registers.h"
+#include "tools/kvas/Tags.h"
 #include "tools/kvas/limits.h"
 
 #include <cstdio>

@@ -2,7 +2,11 @@
 // by line; a line with one has no effect beyond what stood before the fault.
 #pragma once
 
+#include "tools/kvas/Cursor.h"
+#include "tools/kvas/Diagnostics.h"
 #include "tools/kvas/ExpressionParser.h"
+#include "tools/kvas/Program.h"
+#include "tools/kvas/Tags.h"
 
 #include <string>
 #include <string_view>

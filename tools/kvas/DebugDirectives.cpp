@@ -1,6 +1,9 @@
 // What only the debugger reads: lines, functions, variables.
 #include "tools/kvas/Assembler.h"
+#include "tools/kvas/Cursor.h"
+#include "tools/kvas/Program.h"
 #include "tools/kvas/Registers.h"
+#include "tools/kvas/Tags.h"
 #include "tools/kvas/limits.h"
 
 #include <filesystem>

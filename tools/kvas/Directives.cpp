@@ -1,5 +1,8 @@
 // Data, sections, and what concerns the module as a whole.
 #include "tools/kvas/Assembler.h"
+#include "tools/kvas/Cursor.h"
+#include "tools/kvas/Diagnostics.h"
+#include "tools/kvas/Program.h"
 #include "tools/kvas/limits.h"
 
 #include <bit>

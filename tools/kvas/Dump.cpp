@@ -2,10 +2,18 @@
 
 #include "maxq30/cpu/ZOFFMAXQ30Reader.h"
 #include "support/HByteStream.h"
+#include "support/HString.h"
+#include "support/Pool.h"
+#include "zoff/ZOFFExpr.h"
+#include "zoff/ZOFFInsn.h"
 #include "zoff/ZOFFMarker.h"
 #include "zoff/ZOFFModule.h"
+#include "zoff/ZOFFObject.h"
+#include "zoff/ZOFFReader.h"
+#include "zoff/ZOFFScope.h"
 #include "zoff/ZOFFSection.h"
 #include "zoff/ZOFFSymbol.h"
+#include "zoff/ZOFFTags.h"
 #include "zoff/ZOFFType.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 #include "tools/kvas/Expression.h"
+#include "tools/kvas/Tags.h"
 #include "tools/kvas/limits.h"
 
 namespace kvas {

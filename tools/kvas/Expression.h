@@ -2,6 +2,7 @@
 #pragma once
 
 #include "tools/kvas/Program.h"
+#include "tools/kvas/Tags.h"
 
 #include <optional>
 #include <string>

@@ -1,6 +1,7 @@
 #include "tools/kvas/ExpressionParser.h"
 #include "tools/kvas/Expression.h"
 #include "tools/kvas/Registers.h"
+#include "tools/kvas/Tags.h"
 #include "tools/kvas/limits.h"
 
 namespace kvas {

@@ -8,7 +8,9 @@
 #pragma once
 
 #include "tools/kvas/Cursor.h"
+#include "tools/kvas/Diagnostics.h"
 #include "tools/kvas/Program.h"
+#include "tools/kvas/Tags.h"
 
 namespace kvas {
 

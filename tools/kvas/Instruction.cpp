@@ -1,4 +1,6 @@
 #include "tools/kvas/Instruction.h"
+#include "tools/kvas/Cursor.h"
+#include "tools/kvas/Program.h"
 #include "tools/kvas/Registers.h"
 
 #include <algorithm>

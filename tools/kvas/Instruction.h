@@ -1,7 +1,9 @@
 // Processor instructions: mnemonics and operands as disassembly prints them, made into words.
 #pragma once
 
+#include "tools/kvas/Cursor.h"
 #include "tools/kvas/ExpressionParser.h"
+#include "tools/kvas/Program.h"
 
 #include <string_view>
 

@@ -1,5 +1,7 @@
 #include "tools/kvas/Layout.h"
+#include "tools/kvas/Diagnostics.h"
 #include "tools/kvas/Instruction.h"
+#include "tools/kvas/Program.h"
 #include "tools/kvas/limits.h"
 
 #include <algorithm>

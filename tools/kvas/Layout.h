@@ -4,7 +4,9 @@
 // follows it. Instructions start at their shortest form and only ever grow, until a round changes nothing.
 #pragma once
 
+#include "tools/kvas/Diagnostics.h"
 #include "tools/kvas/Expression.h"
+#include "tools/kvas/Program.h"
 
 #include <map>
 #include <optional>

@@ -1,6 +1,7 @@
 #include "tools/kvas/Link.h"
 #include "tools/kvas/Assembler.h"
 #include "tools/kvas/ModuleWriter.h"
+#include "tools/kvas/Program.h"
 
 #include <stdexcept>
 

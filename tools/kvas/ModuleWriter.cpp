@@ -1,6 +1,8 @@
 #include "tools/kvas/ModuleWriter.h"
 
 #include "tools/kvas/Instruction.h"
+#include "tools/kvas/Program.h"
+#include "tools/kvas/Tags.h"
 
 #include <algorithm>
 

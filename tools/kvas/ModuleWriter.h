@@ -2,6 +2,7 @@
 #pragma once
 
 #include "tools/kvas/Expression.h"
+#include "tools/kvas/Program.h"
 #include "tools/kvas/ZOFFWriter.h"
 
 #include <map>

@@ -7,6 +7,9 @@
 //   FUNCTION(parameters [-> results])  MEMBER(class)
 //   STRUCT name, or a name given by .TYPE
 #include "tools/kvas/Assembler.h"
+#include "tools/kvas/Cursor.h"
+#include "tools/kvas/Program.h"
+#include "tools/kvas/Tags.h"
 #include "tools/kvas/limits.h"
 
 #include <algorithm>

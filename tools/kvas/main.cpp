@@ -2,10 +2,12 @@
 #include "maxq30/cpu/MAXQ30Processor.h"
 #include "support/HException.h"
 #include "tools/kvas/Cursor.h"
+#include "tools/kvas/Diagnostics.h"
 #include "tools/kvas/Dump.h"
 #include "tools/kvas/Link.h"
 #include "tools/kvas/OutputFile.h"
 #include "tools/kvas/Registers.h"
+#include "zoff/ZOFFProcessor.h"
 
 #include <charconv>
 #include <cstdio>

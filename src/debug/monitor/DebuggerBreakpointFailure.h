@@ -7,3 +7,6 @@ class DebuggerBreakpointFailure : public HException {
 public:
     using HException::HException;
 };
+
+// For a monitor that gives no reason of its own.
+inline constexpr char TargetRefuses[] = "the target refuses the breakpoint";

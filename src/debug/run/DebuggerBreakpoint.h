@@ -14,4 +14,5 @@ public:
     virtual QString getAddress() const = 0;
     virtual unsigned getSize() const = 0; // bytes
     virtual bool isPermanent() const { return false; }
+    virtual bool isEnabled() const = 0;
 };

@@ -1,30 +1,20 @@
 #include "debug/run/ZOFFBreakpoint.h"
 
-ZOFFBreakpoint::~ZOFFBreakpoint()
+ZOFFBreakpoint::ZOFFBreakpoint(Records records, bool temporary)
+    : m_records(std::move(records)), m_temporary(temporary)
 {
-    while (m_record) {
-        HBreakpoint* next = m_record->next;
-        delete m_record;
-        m_record = next;
-    }
+    for (size_t i = 0; i < m_records.size(); ++i)
+        m_records[i]->next = i + 1 < m_records.size() ? m_records[i + 1].get() : nullptr;
 }
 
 QString ZOFFBreakpoint::getDescription() const
 {
-    if (m_record->length < 2)
-        return QString::asprintf("0x%x", m_record->address);
-    return QString::asprintf("0x%x-0x%x", m_record->address, m_record->address + m_record->length - 1);
+    if (record()->length < 2)
+        return QString::asprintf("0x%x", record()->address);
+    return QString::asprintf("0x%x-0x%x", record()->address, record()->address + record()->length - 1);
 }
 
 QString ZOFFBreakpoint::getAddress() const
 {
-    return QString::asprintf(m_record->isRegister ? "@r%u" : "0x%x", m_record->address);
-}
-
-void ZOFFBreakpoint::setStepping(bool over, uint32_t start, uint32_t length)
-{
-    m_stepping = true;
-    m_stepOver = over;
-    m_rangeStart = start;
-    m_rangeLength = length;
+    return QString::asprintf(record()->isRegister ? "@r%u" : "0x%x", record()->address);
 }

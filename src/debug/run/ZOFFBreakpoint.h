@@ -6,34 +6,46 @@
 #include "debug/run/DebuggerBreakpoint.h"
 
 #include <cstdint>
+#include <memory>
+#include <optional>
+#include <vector>
+
+// A step that goes on: of a range of code, whose ends the program has not left yet, or out of a call.
+struct SourceStep {
+    bool over = false;
+    uint32_t start = 0;
+    uint32_t length = 0; // 0 for a step that ends where its breakpoint is
+    // The stack pointer that the program has where the step ends, when it may come by in a deeper call
+    // before.
+    std::optional<uint32_t> depth;
+
+    bool holds(uint32_t address) const { return address >= start && address - start < length; }
+};
 
 class ZOFFBreakpoint : public DebuggerBreakpoint {
 public:
-    // Takes the record over, with all behind it along the `next` links.
-    ZOFFBreakpoint(HBreakpoint* record, bool temporary) : m_record(record), m_temporary(temporary) {}
-    ~ZOFFBreakpoint() override;
+    using Records = std::vector<std::unique_ptr<HBreakpoint>>;
+
+    // The records' `next` links go from the first to the last. There is at least one.
+    ZOFFBreakpoint(Records records, bool temporary);
     ZOFFBreakpoint(const ZOFFBreakpoint&) = delete;
     ZOFFBreakpoint& operator=(const ZOFFBreakpoint&) = delete;
 
-    int getCount() const override { return m_record->count; }
+    int getCount() const override { return record()->count; }
     QString getDescription() const override;
     QString getAddress() const override;
-    unsigned getSize() const override { return m_record->length; }
+    unsigned getSize() const override { return record()->length; }
+    bool isEnabled() const override { return record()->enabled; }
 
-    HBreakpoint* record() const { return m_record; }
+    HBreakpoint* record() const { return m_records.front().get(); }
+    const Records& records() const { return m_records; }
     bool temporary() const { return m_temporary; } // removed at the next stop
-    // A step goes on while the pc lies in its range.
-    bool stepping() const { return m_stepping; }
-    bool stepOver() const { return m_stepOver; }
-    uint32_t rangeStart() const { return m_rangeStart; }
-    uint32_t rangeLength() const { return m_rangeLength; }
-    void setStepping(bool over, uint32_t start, uint32_t length);
+    // Of the breakpoint of a step; null for any other.
+    SourceStep* step() { return m_step ? &*m_step : nullptr; }
+    void setStep(const SourceStep& step) { m_step = step; }
 
 private:
-    HBreakpoint* m_record;
+    Records m_records;
     bool m_temporary;
-    bool m_stepping = false;
-    bool m_stepOver = false;
-    uint32_t m_rangeStart = 0;
-    uint32_t m_rangeLength = 0;
+    std::optional<SourceStep> m_step;
 };

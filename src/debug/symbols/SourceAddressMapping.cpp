@@ -18,12 +18,18 @@ uint32_t extent(const ZOFFInsn* insn, const ZOFFLocus* locus)
 
 } // namespace
 
+// Of several places of a line the one with the lowest address.
 ZOFFLocus* SourceAddressMapping::locusOf(const HString* file, int line) const
 {
     const auto& loci = m_symbols->loci();
     ZOFFInsnListIteratorLocusLT less;
-    auto found = std::lower_bound(loci.begin(), loci.end(), std::pair(file, line), less);
-    return found != loci.end() && !less(std::pair(file, line), *found) ? *found : nullptr;
+    std::pair place(file, line);
+    ZOFFLocus* lowest = nullptr;
+    for (auto at = std::lower_bound(loci.begin(), loci.end(), place, less);
+         at != loci.end() && !less(place, *at); ++at)
+        if (!lowest || uint32_t((*at)->pc()) < uint32_t(lowest->pc()))
+            lowest = *at;
+    return lowest;
 }
 
 bool SourceAddressMapping::SourceToAddress(const HString* file, int line, uint32_t& address) const

@@ -8,6 +8,7 @@
 #include "zoff/ZOFFType.h"
 
 #include <algorithm>
+#include <set>
 #include <string>
 
 namespace {
@@ -66,16 +67,21 @@ ScopeBounds boundsOf(const ZOFFScope* scope)
     return {!start.unresolved && !end.unresolved, start.value, end.value};
 }
 
-// Parents before children; the last scope that holds the address is the innermost. How deep scopes are
-// nested is bounded by the reader.
-void searchScope(ZOFFScope* scope, int64_t address, ZOFFScope*& best)
+struct KnownScope {
+    int64_t start;
+    int64_t end;
+    ZOFFScope* scope;
+};
+
+// Parents before children. How deep scopes are nested is bounded by the reader.
+void collectScopes(ZOFFScope* scope, std::vector<KnownScope>& scopes)
 {
     ScopeBounds bounds = boundsOf(scope);
-    if (bounds.known && bounds.start <= address && address < bounds.end && bounds.start >= LowestBound &&
+    if (bounds.known && bounds.start < bounds.end && bounds.start >= LowestBound &&
         bounds.end <= HighestBound)
-        best = scope;
+        scopes.push_back({std::max<int64_t>(bounds.start, 0), bounds.end, scope});
     for (ZOFFScope* child : scope->children())
-        searchScope(child, address, best);
+        collectScopes(child, scopes);
 }
 
 } // namespace
@@ -200,6 +206,15 @@ ZOFFInsn* SymbolicDebug::insnAround(uint32_t address) const
     return pc <= address && address < pc + uint64_t(insn->length()) ? insn : nullptr;
 }
 
+ZOFFInsn* SymbolicDebug::insnBefore(uint32_t address) const
+{
+    auto found = std::lower_bound(m_instructions.begin(), m_instructions.end(), address, atPC);
+    if (found == m_instructions.begin())
+        return nullptr;
+    ZOFFInsn* insn = *std::prev(found);
+    return uint32_t(insn->pc()) + uint64_t(insn->length()) == address ? insn : nullptr;
+}
+
 ZOFFSection* SymbolicDebug::getSection(uint32_t address) const
 {
     for (auto& [name, section] : m_module->sectionsByName()) {
@@ -212,11 +227,49 @@ ZOFFSection* SymbolicDebug::getSection(uint32_t address) const
     return nullptr;
 }
 
+// Of the scopes that hold an address the last one in the order of the file is the innermost, however they
+// overlap. Between two bounds of scopes that one is the same.
+const std::vector<SymbolicDebug::ScopeStretch>& SymbolicDebug::scopeStretches() const
+{
+    if (!m_scopeStretches.empty())
+        return m_scopeStretches;
+    std::vector<KnownScope> scopes;
+    collectScopes(m_module, scopes);
+    struct Bound {
+        int64_t address;
+        bool begins;
+        size_t scope;
+    };
+    std::vector<Bound> bounds;
+    for (size_t i = 0; i < scopes.size(); ++i) {
+        bounds.push_back({scopes[i].start, true, i});
+        bounds.push_back({scopes[i].end, false, i});
+    }
+    std::sort(bounds.begin(), bounds.end(),
+              [](const Bound& a, const Bound& b) { return a.address < b.address; });
+    std::set<size_t> open;
+    m_scopeStretches.push_back({0, nullptr});
+    for (size_t i = 0; i < bounds.size();) {
+        int64_t address = bounds[i].address;
+        for (; i < bounds.size() && bounds[i].address == address; ++i) {
+            if (bounds[i].begins)
+                open.insert(bounds[i].scope);
+            else
+                open.erase(bounds[i].scope);
+        }
+        m_scopeStretches.push_back(
+            {uint32_t(address), open.empty() ? nullptr : scopes[*open.rbegin()].scope});
+    }
+    return m_scopeStretches;
+}
+
 ZOFFScope* SymbolicDebug::findScope(uint32_t address) const
 {
-    ZOFFScope* best = nullptr;
-    searchScope(m_module, address, best);
-    return best;
+    const auto& stretches = scopeStretches();
+    auto behind =
+        std::upper_bound(stretches.begin(), stretches.end(), address,
+                         [](uint32_t wanted, const ScopeStretch& stretch) { return wanted < stretch.start; });
+    return std::prev(behind)->scope;
 }
 
 ZOFFSymbol* SymbolicDebug::findScopedSymbol(std::string_view name, uint32_t address) const
@@ -228,15 +281,41 @@ ZOFFSymbol* SymbolicDebug::findScopedSymbol(std::string_view name, uint32_t addr
     return nullptr;
 }
 
-ZOFFSymbol* SymbolicDebug::findModuleSymbol(std::string_view name) const
+ZOFFSymbol* SymbolicDebug::findLocalSymbol(std::string_view name, uint32_t address) const
 {
     Spellings spellings(name);
-    if (ZOFFSymbol* symbol = symbolIn(m_module, spellings))
-        return symbol;
-    for (ZOFFSymbol* symbol : m_module->allSymbols())
-        if (spellings.match(symbol->name()))
+    for (ZOFFScope* scope = findScope(address); scope && scope->kind() != ZOFFKind::Module;
+         scope = scope->scope())
+        if (ZOFFSymbol* symbol = symbolIn(scope, spellings))
             return symbol;
     return nullptr;
+}
+
+template <class Visitor> ZOFFSymbol* SymbolicDebug::findNamed(std::string_view name, Visitor&& visit) const
+{
+    if (m_namedSymbols.empty()) {
+        for (ZOFFSymbol* symbol : m_module->allSymbols())
+            if (symbol->name())
+                m_namedSymbols.emplace_back(symbol->name()->serial(), symbol);
+        sortByKey(m_namedSymbols, [](const NamedSymbol& entry) { return entry.first; });
+    }
+    Spellings spellings(name);
+    for (const HString* spelling : {spellings.plain, spellings.decorated}) {
+        auto entry = std::lower_bound(
+            m_namedSymbols.begin(), m_namedSymbols.end(), spelling->serial(),
+            [](const NamedSymbol& symbol, uint32_t wanted) { return symbol.first < wanted; });
+        for (; entry != m_namedSymbols.end() && entry->first == spelling->serial(); ++entry)
+            if (visit(entry->second))
+                return entry->second;
+    }
+    return nullptr;
+}
+
+ZOFFSymbol* SymbolicDebug::findModuleSymbol(std::string_view name) const
+{
+    if (ZOFFSymbol* symbol = symbolIn(m_module, Spellings(name)))
+        return symbol;
+    return findNamed(name, [](const ZOFFSymbol*) { return true; });
 }
 
 ZOFFSymbol* SymbolicDebug::findGlobalSymbol(std::string_view name) const
@@ -246,14 +325,10 @@ ZOFFSymbol* SymbolicDebug::findGlobalSymbol(std::string_view name) const
 
 ZOFFSymbol* SymbolicDebug::findDeclaredSymbol(std::string_view name, const HString* file, int line) const
 {
-    Spellings spellings(name);
-    for (ZOFFSymbol* symbol : m_module->allSymbols()) {
+    return findNamed(name, [file, line](const ZOFFSymbol* symbol) {
         const ZOFFLocus* locus = symbol->locus();
-        if (spellings.match(symbol->name()) && locus && fileNameOf(locus) == file &&
-            (line == 0 || locus->line() == line))
-            return symbol;
-    }
-    return nullptr;
+        return locus && fileNameOf(locus) == file && (line == 0 || locus->line() == line);
+    });
 }
 
 ZOFFSymbol* SymbolicDebug::findClosestSymbol(uint32_t address) const
@@ -292,10 +367,40 @@ ZOFFSymbol* SymbolicDebug::findCodeSymbol(uint32_t address, bool exact) const
     return section && section->sectionKind() == ZOFFSection::Code ? symbol : nullptr;
 }
 
+const std::vector<SymbolicDebug::CodeSymbol>& SymbolicDebug::codeSymbols() const
+{
+    if (m_codeSymbols.empty())
+        for (const AddressedSymbol& entry : m_symbols) {
+            ZOFFSection* section = sectionOf(entry.symbol);
+            if (!section || section->sectionKind() != ZOFFSection::Code)
+                continue;
+            section->computeSectionMetrics();
+            uint32_t highest = section->highestAddress();
+            bool known = highest != ZOFFSection::UnknownAddress;
+            m_codeSymbols.push_back({entry.address, known ? highest + 1 : entry.address, entry.symbol});
+        }
+    return m_codeSymbols;
+}
+
 ZOFFSymbol* SymbolicDebug::findFunctionSymbol(uint32_t address, bool exact) const
 {
-    ZOFFSymbol* symbol = findSymbol(address, exact);
-    return symbol && symbol->type() && symbol->type()->isFunction() ? symbol : nullptr;
+    const auto& symbols = codeSymbols();
+    auto behind =
+        std::upper_bound(symbols.begin(), symbols.end(), address,
+                         [](uint32_t wanted, const CodeSymbol& symbol) { return wanted < symbol.address; });
+    if (behind == symbols.begin())
+        return nullptr;
+    const CodeSymbol& last = *std::prev(behind);
+    if (last.address != address && (exact || address >= last.end))
+        return nullptr;
+    // Of several at one place one may be a mere label.
+    for (auto entry = behind; entry != symbols.begin() && std::prev(entry)->address == last.address;
+         --entry) {
+        ZOFFSymbol* symbol = std::prev(entry)->symbol;
+        if (symbol->type() && symbol->type()->isFunction())
+            return symbol;
+    }
+    return nullptr;
 }
 
 ZOFFType* SymbolicDebug::findNamedType(std::string_view name) const

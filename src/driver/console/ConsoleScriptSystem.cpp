@@ -40,6 +40,11 @@ ConsoleScriptSystem::ConsoleScriptSystem() : m_context(std::make_unique<ConsoleC
 
 ConsoleScriptSystem::~ConsoleScriptSystem() = default;
 
+bool ConsoleScriptSystem::defines(const QString& name) const
+{
+    return ESContext::hasProperty(m_context->globalObject(), ESStringPool::intern(name));
+}
+
 bool ConsoleScriptSystem::stopRequested() const
 {
     return m_stopRequested || Interrupt::requested();
@@ -73,7 +78,7 @@ ESObject* OutputObject::install(ESContext* context, const char* name, const char
 
 void OutputObject::call(ESContext* context, ESObject* function, ESObject* self, int argc, ESValue* argv)
 {
-    if (function->builtinId != FirstFreeId) {
+    if (function->builtinId() != FirstFreeId) {
         ESQObject::call(context, function, self, argc, argv);
         return;
     }

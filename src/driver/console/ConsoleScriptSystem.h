@@ -17,6 +17,8 @@ public:
     ~ConsoleScriptSystem() override;
 
     ESContext* context() { return m_context.get(); }
+    // Whether the global object has a property of that name.
+    bool defines(const QString& name) const;
 
     // Throws HException with the message of an Error that the script threw, "uncaught exception - " and
     // the text of any other value, or the text of what the engine or a host function gave up with; throws

@@ -25,7 +25,7 @@ void onSignal(int number)
         raise(number);
         return;
     }
-    g_requested = 1;
+    g_requested = number;
     char byte = 0;
     [[maybe_unused]] ssize_t written = write(g_pipe[1], &byte, 1);
 }
@@ -51,7 +51,9 @@ Interrupt::Interrupt()
         return;
     m_notifier = new QSocketNotifier(g_pipe[0], QSocketNotifier::Read, this);
     QObject::connect(m_notifier, &QSocketNotifier::activated, this, [this] {
-        m_notifier->setEnabled(false);
+        char bytes[16];
+        while (read(g_pipe[0], bytes, sizeof bytes) > 0) {
+        }
         Q_EMIT interrupted();
     });
     for (int number : HandledSignals)
@@ -80,6 +82,16 @@ void Interrupt::beforeEnd(void (*act)())
 bool Interrupt::requested()
 {
     return g_requested != 0;
+}
+
+bool Interrupt::byKey()
+{
+    return g_requested == SIGINT;
+}
+
+void Interrupt::forget()
+{
+    g_requested = 0;
 }
 
 void Interrupt::check()

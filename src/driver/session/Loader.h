@@ -3,7 +3,7 @@
 // is an HException with a text for the user.
 #pragma once
 
-#include "debug/DebuggerHelperFunctions.h"
+#include "debug/monitor/DebuggerHelperFunctions.h"
 #include "driver/session/SourceText.h"
 #include "loadfile/LoadFileList.h"
 #include "target/TargetInterface.h"

@@ -1,6 +1,7 @@
 #include "driver/session/ProgramRun.h"
 
 #include "debug/SymbolicDebuggerInterface.h"
+#include "debug/monitor/HMonitor.h"
 #include "driver/session/Interrupt.h"
 #include "driver/session/Loader.h"
 #include "loadfile/LoadFileInterface.h"
@@ -35,21 +36,34 @@ double processorMilliseconds()
 
 } // namespace
 
-ProgramRun::Scope::Scope(ProgramRun& run, TargetIOServer& server) : m_run(run)
+ProgramRun::Scope::Scope(ProgramRun& run, TargetIOServer& server, bool debugging) : m_run(run)
 {
     SymbolicDebuggerInterface& debugger = run.debugger();
+    TargetInterface* target = run.m_loader.targetInterface();
     run.m_server = &server;
+    run.m_debugging = debugging;
     run.m_idlePolls = 0;
     run.m_quit = false;
     run.m_exitStatus.reset();
-    debugger.setTargetInterface(run.m_loader.targetInterface());
+    debugger.setTargetInterface(target);
     debugger.setTargetIOServer(&server);
+    run.m_monitor = dynamic_cast<HMonitor*>(target);
+    if (run.m_monitor)
+        run.m_monitor->setDebugSession(debugging);
     run.m_timer.start(PassMilliseconds);
 }
 
 ProgramRun::Scope::~Scope()
 {
     m_run.m_timer.stop();
+    if (m_run.m_debugging)
+        try { // whatever ended the run, and a link that is gone has nothing to be cleared
+            m_run.debugger().clear();
+        } catch (const HException&) {
+        }
+    if (m_run.m_monitor)
+        m_run.m_monitor->setDebugSession(false);
+    m_run.m_monitor = nullptr;
     m_run.debugger().setTargetIOServer(nullptr);
     m_run.m_server = nullptr;
 }
@@ -78,16 +92,36 @@ void ProgramRun::loadSymbols()
 
 void ProgramRun::start(const QString& entry, bool stop)
 {
-    m_stopped = false;
+    setRunning();
     debugger().start(entry, stop);
 }
 
+// Under commands a stop is to be known at once: a program in this process is looked at after each slice, and
+// any other right after it was sent on, since most steps are short; after that the timer looks.
 void ProgramRun::pass()
 {
-    QCoreApplication::processEvents();
-    Interrupt::check();
-    if (!m_quit)
+    if (m_pollAtOnce) {
+        m_pollAtOnce = false;
+        poll();
+        if (m_stopped)
+            return;
+    }
+    bool sliced = m_debugging && m_monitor && m_monitor->runsOnEvents();
+    QCoreApplication::processEvents(m_debugging ? QEventLoop::WaitForMoreEvents : QEventLoop::AllEvents);
+    if (Interrupt::requested() || m_quit)
+        return;
+    if (!m_debugging)
         QTx::sleep(idle() ? IdlePassMilliseconds : PassMilliseconds);
+    else if (!m_stopped && sliced)
+        poll();
+}
+
+void ProgramRun::setRunning()
+{
+    m_stopped = false;
+    m_pollAtOnce = true;
+    m_idlePolls = 0;
+    m_timer.setInterval(PassMilliseconds);
 }
 
 bool ProgramRun::idle() const
@@ -99,7 +133,8 @@ bool ProgramRun::idle() const
 void ProgramRun::poll()
 {
     try {
-        if (debugger().isStopped() && !m_stopped) {
+        // A stop that is the session's end is not told.
+        if (debugger().isStopped() && !m_stopped && !Interrupt::requested()) {
             m_stopped = true;
             if (m_listener)
                 m_listener->onBreakpoint();
@@ -111,6 +146,10 @@ void ProgramRun::poll()
 
 void ProgramRun::timedPoll()
 {
+    if (m_debugging && m_stopped) {
+        m_timer.setInterval(IdlePollMaximum);
+        return;
+    }
     uint64_t before = m_server->requests();
     double start = processorMilliseconds();
     poll();
@@ -128,8 +167,10 @@ bool ProgramRun::waitForStop(unsigned milliseconds)
 {
     QElapsedTimer timer;
     timer.start();
-    while (!m_stopped && !m_quit && !timer.hasExpired(milliseconds))
+    while (!m_stopped && !m_quit && !timer.hasExpired(milliseconds)) {
         pass();
+        Interrupt::check();
+    }
     return m_stopped;
 }
 

@@ -9,6 +9,7 @@
 
 #include <optional>
 
+class HMonitor;
 class Loader;
 class SymbolicDebuggerInterface;
 class TargetIOServer;
@@ -27,7 +28,9 @@ public:
     // What a run sets up in the debugger, for exactly as long as it lasts.
     class Scope {
     public:
-        Scope(ProgramRun& run, TargetIOServer& server);
+        // The server is not owned. With `debugging` the program is under commands: it goes on while events
+        // are handled, and at the end the debugger is cleared, which leaves the target without breakpoints.
+        Scope(ProgramRun& run, TargetIOServer& server, bool debugging);
         ~Scope();
         Scope(const Scope&) = delete;
         Scope& operator=(const Scope&) = delete;
@@ -48,8 +51,7 @@ public:
     void loadSymbols();
     // Runs the program from an entry point, as SymbolicDebuggerInterface::start takes it.
     void start(const QString& entry, bool stop);
-    // Handles what has happened: events, requests, a stop. Sleeps, for a moment, only when nothing was to be
-    // done.
+    // Handles what has happened: events, requests, a stop. Waits for a moment when there is nothing to do.
     void pass();
     // Until the program stands, or for so many milliseconds. Returns whether it stands. Throws Interrupted.
     bool waitForStop(unsigned milliseconds);
@@ -75,10 +77,13 @@ private:
     Loader& m_loader;
     SymbolicDebuggerInterface* m_debugger = nullptr;
     TargetIOServer* m_server = nullptr; // within a Scope
+    HMonitor* m_monitor = nullptr;      // likewise
     StopListener* m_listener = nullptr;
     QTimer m_timer;
     bool m_stopped = false;
     bool m_quit = false;
     std::optional<int> m_exitStatus;
+    bool m_debugging = false;
+    bool m_pollAtOnce = false; // the program was sent on, and may stand already
     int m_idlePolls = 0;
 };

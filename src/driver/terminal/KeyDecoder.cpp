@@ -75,6 +75,8 @@ void KeyDecoder::controlByte(unsigned char byte, Receiver& receiver)
         m_state = State::Escape;
     else if (byte == '\n' || byte == '\r')
         receiver.onKey(Key::Enter);
+    else if (byte == '\t')
+        receiver.onKey(Key::Tab);
     else if (byte == m_erase || byte == BackspaceByte || byte == DeleteByte)
         receiver.onKey(Key::Backspace);
     else if (byte == m_kill)

@@ -7,7 +7,7 @@
 
 class KeyDecoder {
 public:
-    enum class Key { Up, Down, Left, Right, Home, End, Delete, Backspace, Enter, Kill, EndOfFile };
+    enum class Key { Up, Down, Left, Right, Home, End, Delete, Backspace, Enter, Tab, Kill, EndOfFile };
 
     class Receiver {
     public:

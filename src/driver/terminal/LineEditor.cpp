@@ -83,6 +83,7 @@ void LineEditor::onKey(KeyDecoder::Key key)
     case KeyDecoder::Key::Delete: keyPressed(DeleteKey); break;
     case KeyDecoder::Key::Backspace: keyPressed(BackspaceKey); break;
     case KeyDecoder::Key::Enter: keyPressed(NewlineKey); break;
+    case KeyDecoder::Key::Tab: m_owner.completionRequested(); break;
     case KeyDecoder::Key::Kill: setText(QString()); break;
     case KeyDecoder::Key::EndOfFile:
         if (m_text.isEmpty())
@@ -177,6 +178,14 @@ void LineEditor::setText(const QString& bytes)
     m_text = bytes;
     m_cursor = bytes.size();
     m_owner.draw(bytes);
+}
+
+void LineEditor::replaceToCursor(qsizetype start, const QString& bytes)
+{
+    clearFromScreen();
+    m_text.replace(start, m_cursor - start, bytes);
+    m_cursor = start + bytes.size();
+    redraw();
 }
 
 void LineEditor::clearFromScreen()

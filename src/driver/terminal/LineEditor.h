@@ -23,6 +23,8 @@ public:
         virtual void endOfFile() = 0;
         // Text was typed.
         virtual void typed() = 0;
+        // Tab.
+        virtual void completionRequested() = 0;
 
     protected:
         ~Owner() = default;
@@ -31,6 +33,7 @@ public:
     explicit LineEditor(Owner& owner) : m_owner(owner) {}
 
     const QString& text() const { return m_text; }
+    qsizetype cursor() const { return m_cursor; }
     // The text, leaving an empty line. Nothing is drawn.
     QString take();
     // The first so many characters are used up. Nothing is drawn.
@@ -45,6 +48,8 @@ public:
     void onKey(KeyDecoder::Key key) override;
     // Puts a text in place of the line.
     void setText(const QString& bytes);
+    // Puts bytes in place of those from `start` to the cursor.
+    void replaceToCursor(qsizetype start, const QString& bytes);
     // Takes the line off the screen, to be put back by redraw().
     void clearFromScreen();
     void redraw();

@@ -1,6 +1,7 @@
 #include "driver/terminal/TerminalFace.h"
 
 #include "driver/terminal/StandardOutput.h"
+#include "driver/terminal/TerminalText.h"
 #include "driver/terminal/TextTargetIOServerTerminal.h"
 #include "support/Warning.h"
 
@@ -22,7 +23,10 @@ void TerminalFace::warning(const QString& text)
 
 void TerminalFace::output(std::string_view text)
 {
-    StandardOutput::write(text);
+    if (m_console) // below which its prompt comes again
+        m_console->addOutput(TerminalText::fromBytes(text));
+    else
+        StandardOutput::write(text);
 }
 
 void TerminalFace::showLines(const QStringList& lines)

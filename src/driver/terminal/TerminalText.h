@@ -37,4 +37,9 @@ inline QString asBytes(const QString& text)
     return fromBytes({bytes.constData(), size_t(bytes.size())});
 }
 
+inline QString fromBytesToText(const QString& bytes)
+{
+    return QString::fromLocal8Bit(bytes.toLatin1());
+}
+
 } // namespace TerminalText

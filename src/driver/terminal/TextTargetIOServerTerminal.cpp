@@ -1,5 +1,6 @@
 #include "driver/terminal/TextTargetIOServerTerminal.h"
 
+#include "driver/session/Completer.h"
 #include "driver/session/Interrupt.h"
 #include "driver/terminal/RawTerminal.h"
 #include "driver/terminal/StandardOutput.h"
@@ -72,10 +73,35 @@ void TextTargetIOServerTerminal::draw(const QString& bytes)
         write(bytes);
 }
 
+// The prompt stands below what the program writes.
 void TextTargetIOServerTerminal::addOutput(const QString& text)
 {
     m_idleRequests = 0;
+    if (text.isEmpty())
+        return;
+    hidePrompt();
     write(text);
+    if (!m_prompt.isEmpty()) {
+        m_promptHidden = true;
+        if (text.endsWith(QLatin1Char('\n')))
+            revealPrompt();
+    }
+}
+
+void TextTargetIOServerTerminal::hidePrompt()
+{
+    if (m_promptHidden)
+        return;
+    m_editor.clearFromScreen();
+    if (!m_prompt.isEmpty())
+        write(repeated("\b \b", columns(m_prompt)));
+}
+
+void TextTargetIOServerTerminal::revealPrompt()
+{
+    m_promptHidden = false;
+    showPromptString();
+    m_editor.redraw();
 }
 
 void TextTargetIOServerTerminal::exitOccurred(int code)
@@ -101,14 +127,21 @@ void TextTargetIOServerTerminal::showPromptString()
 
 void TextTargetIOServerTerminal::showOutputWithPrompt(const QStringList& lines)
 {
-    m_editor.clearFromScreen();
-    if (!m_prompt.isEmpty())
-        write(repeated("\b \b", columns(m_prompt)));
+    if (m_promptHidden)
+        write(QStringLiteral("\n"));
+    hidePrompt();
     for (const QString& line : lines)
         if (!line.isEmpty())
             write(asBytes(line) + QLatin1Char('\n'));
-    showPromptString();
-    m_editor.redraw();
+    revealPrompt();
+}
+
+void TextTargetIOServerTerminal::dropLine()
+{
+    m_editor.take();
+    if (m_echo)
+        write(QStringLiteral("^C\n"));
+    revealPrompt();
 }
 
 // --- Input for the program --------------------------------------------------------------------
@@ -195,10 +228,15 @@ void TextTargetIOServerTerminal::poll()
             return;
         }
         std::string_view text(bytes, size_t(count));
-        if (m_echo)
+        if (m_echo) {
+            if (m_promptHidden) {
+                write(QStringLiteral("\n"));
+                revealPrompt();
+            }
             m_decoder.decode(text, m_editor);
-        else
+        } else {
             addPipedText(text);
+        }
     }
 }
 
@@ -240,4 +278,35 @@ void TextTargetIOServerTerminal::lineCompleted()
     draw(QStringLiteral("\n"));
     if (m_echo)
         showPromptString();
+}
+
+void TextTargetIOServerTerminal::typed()
+{
+    m_inputEnded = false;
+    m_offered.clear();
+}
+
+// The first Tab goes as far as all candidates go together, a second one shows them.
+void TextTargetIOServerTerminal::completionRequested()
+{
+    if (!m_completer)
+        return;
+    const QString before = fromBytesToText(m_editor.text().left(m_editor.cursor()));
+    const QString line = before + fromBytesToText(m_editor.text().mid(m_editor.cursor()));
+    Completer::Completion completion = m_completer->complete(line, before.size());
+    if (completion.candidates.isEmpty() || completion.start > before.size())
+        return;
+    QString common = completion.candidates.first();
+    for (const QString& each : std::as_const(completion.candidates)) {
+        auto end = std::mismatch(common.cbegin(), common.cend(), each.cbegin(), each.cend());
+        common.truncate(end.first - common.cbegin());
+    }
+    if (common.size() > before.size() - completion.start) {
+        m_editor.replaceToCursor(asBytes(before.left(completion.start)).size(), asBytes(common));
+        m_offered.clear();
+    } else if (m_offered == completion.candidates) {
+        showOutputWithPrompt(completion.candidates);
+    } else if (completion.candidates.size() > 1) {
+        m_offered = completion.candidates;
+    }
 }

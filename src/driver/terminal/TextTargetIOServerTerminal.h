@@ -22,6 +22,7 @@
 #include <memory>
 #include <optional>
 
+class Completer;
 class QTimer;
 class RawTerminal;
 class TargetInterface;
@@ -56,6 +57,7 @@ public:
     // What standard output failed with.
     const std::optional<HException>& outputFailure() const { return m_outputFailure; }
     // No further input will come, or so the user says; further keys then take that back.
+    bool keyboard() const { return m_echo; }
     bool inputEnded() const { return m_inputEnded; }
     // A target whose program asks for input again and again, and does nothing else for it, then costs no
     // processor time. Null for none; its cycle count tells how long the program was busy.
@@ -77,7 +79,11 @@ public:
 
     void setPromptString(const QString& prompt);
     void showPromptString();
-    // Lines above the prompt. Empty ones are left out.
+    // What Tab offers, not owned; null for nothing.
+    void setCompleter(Completer* completer) { m_completer = completer; }
+    // Ctrl-C at the prompt: the line that is being edited is given up.
+    void dropLine();
+    // Lines above the prompt and the edited line. Empty ones are left out.
     void showOutputWithPrompt(const QStringList& lines);
     // Puts a text in place of the edited line.
     void setInputString(const QString& text) { m_editor.setText(text); }
@@ -92,7 +98,10 @@ private:
     void draw(const QString& bytes) override;
     void lineCompleted() override;
     void endOfFile() override { m_inputEnded = true; }
-    void typed() override { m_inputEnded = false; }
+    void typed() override;
+    void completionRequested() override;
+    void hidePrompt();
+    void revealPrompt();
     void addPipedText(std::string_view bytes);
     void completePartial();
     void endInput();
@@ -113,6 +122,9 @@ private:
     qsizetype m_taken = 0;
     qsizetype m_buffered = 0; // characters in the completed lines, roughly
     QString m_prompt;
+    bool m_promptHidden = false; // behind what the program wrote last, without a newline at its end
+    Completer* m_completer = nullptr;
+    QStringList m_offered; // by the last Tab, when it could not go further
     bool m_inputEnded = false;
     bool m_inputClosed = false; // nothing is left to read
     KeyDecoder m_decoder;

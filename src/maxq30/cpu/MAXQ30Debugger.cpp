@@ -1,9 +1,9 @@
 #include "maxq30/cpu/MAXQ30Debugger.h"
 
+#include "debug/evaluation/VariableListBuilder.h"
 #include "debug/symbols/SymbolicDebug.h"
 #include "maxq30/cpu/MAXQ30Registers.h"
 #include "maxq30/cpu/ZOFFMAXQ30Insn.h"
-#include "project/EnvironmentSettings.h"
 #include "target/memory/TargetMemoryInterface.h"
 #include "zoff/ZOFFSymbol.h"
 #include "zoff/ZOFFType.h"
@@ -15,13 +15,16 @@ namespace {
 
 using R = MAXQ30Registers;
 
-constexpr uint32_t HighestCodeAddress = 0xFFFF;
+constexpr uint32_t WordAddressMask = 0xFFFFFF; // of a place in code, as it lies on the stack or in a register
+constexpr uint32_t LongestScan = 0x1000;       // bytes of a statement that are looked through in one go
 constexpr uint32_t DefaultEndOfStack = 0x800;
 constexpr unsigned StackEntry = 4; // bytes
 constexpr unsigned StackScan = 2;
 constexpr int DefaultStackAdjust = 1;
-constexpr unsigned FirstSavedRegister = 2, LastSavedRegister = 15;
+constexpr unsigned FirstSavedRegister = 2, LastSavedRegister = 15, SavedRegisterBytes = 4;
+constexpr uint32_t StackWindow = 64; // bytes of the stack that are read at once
 constexpr uint32_t StackOfBareFrame = 15;
+constexpr unsigned RegistersOfModule = 16;    // that a value may run through
 constexpr unsigned MaxJumpsInRange = 0x10000; // a range that jumps within itself for ever
 constexpr unsigned MaxPrefixes = 3;
 constexpr int DisassemblyColumns = 20;
@@ -37,13 +40,15 @@ struct Control {
     Taken taken;
 };
 
-constexpr Control returns[] = {
+constexpr uint16_t ReturnFromInterruptBit = 0x80;
+constexpr Control Returns[] = {
     {0x8C0D, Taken::Always}, {0x9C0D, Taken::IfZ},    {0xAC0D, Taken::IfC},    {0xBC0D, Taken::IfE},
     {0xCC0D, Taken::IfS},    {0xDC0D, Taken::IfNotZ}, {0xEC0D, Taken::IfNotC}, {0xFC0D, Taken::IfNotE},
 };
 
 constexpr uint16_t JumpMask = 0x7F00;
-constexpr Control jumps[] = {
+constexpr uint16_t CallWord = 0x3D00;
+constexpr Control Jumps[] = {
     {0x0C00, Taken::Always},     {0x1C00, Taken::IfZ},    {0x2C00, Taken::IfC},     {0x3C00, Taken::IfE},
     {0x3D00, Taken::OnStepInto}, {0x4C00, Taken::IfS},    {0x4D00, Taken::IfLoop0}, {0x5C00, Taken::IfNotZ},
     {0x5D00, Taken::IfLoop1},    {0x6C00, Taken::IfNotC}, {0x7C00, Taken::IfNotE},
@@ -51,15 +56,15 @@ constexpr Control jumps[] = {
 
 const Control* returnOf(uint16_t word)
 {
-    for (const Control& form : returns)
-        if (form.word == word)
+    for (const Control& form : Returns)
+        if (form.word == (word & ~ReturnFromInterruptBit))
             return &form;
     return nullptr;
 }
 
 const Control* jumpOf(uint16_t word)
 {
-    for (const Control& form : jumps)
+    for (const Control& form : Jumps)
         if (form.word == (word & JumpMask))
             return &form;
     return nullptr;
@@ -143,22 +148,91 @@ TargetMemoryInterface* MAXQ30Debugger::getMemorySegment(const QString& name) con
     return name == QLatin1String("Code") ? from.codeMemory() : from.dataMemory();
 }
 
-TargetRegisterInterface* MAXQ30Debugger::createRegisters(uint32_t pc)
+std::unique_ptr<TargetRegisterInterface> MAXQ30Debugger::createRegisters(uint32_t pc)
 {
     auto registers = std::make_unique<MAXQ30Registers>();
     registers->setPC(pc);
     registers->setSP(StackOfBareFrame);
-    return registers.release();
+    return registers;
 }
 
+unsigned MAXQ30Debugger::numRegisterWords() const
+{
+    return unsigned(R::named().size());
+}
+
+std::unique_ptr<TargetRegisterInterface> MAXQ30Debugger::createRegisters(const unsigned* block)
+{
+    auto registers = std::make_unique<MAXQ30Registers>();
+    for (unsigned number : R::named())
+        registers->setValue(number, *block++);
+    return registers;
+}
+
+// -1 for a name that means nothing. Registers without a name of their own are called as they are shown,
+// "M8[2]".
 int MAXQ30Debugger::registerNameToNumber(const char* name)
 {
-    return int(MAXQ30Registers().nameToNumber(name));
+    unsigned module = 0, index = 0;
+    int end = 0;
+    if (sscanf(name, "M%u[%u]%n", &module, &index, &end) == 2 && end > 0 && !name[end])
+        return module < R::NumModules && index < R::NumIndexes ? int(index << 4 | module) : -1;
+    unsigned number = R().nameToNumber(name);
+    bool isZero = name[0] == '0' || std::string_view(name) == "M0";
+    return number == 0 && !isZero ? -1 : int(number);
 }
 
 QString MAXQ30Debugger::registerNumberToName(unsigned number)
 {
-    return QString::fromStdString(MAXQ30Registers().numberToName(number));
+    return QString::fromStdString(R().numberToName(number));
+}
+
+// Of an array of registers that of its elements.
+unsigned MAXQ30Debugger::getRegisterLength(unsigned number)
+{
+    return R().sizeInBytes(number == R::ArrayLC ? R::LC0 : number == R::ArrayDP ? R::DP0 : number);
+}
+
+unsigned MAXQ30Debugger::nextRegisterNumber(unsigned number)
+{
+    return (R::indexOf(number) + 1) % RegistersOfModule << 4 | R::moduleOf(number);
+}
+
+bool MAXQ30Debugger::registerNumberLT(unsigned a, unsigned b)
+{
+    auto key = [](unsigned number) {
+        return R::moduleOf(number) << 4 | R::indexOf(number) % RegistersOfModule;
+    };
+    return key(a) < key(b);
+}
+
+int MAXQ30Debugger::registerDereference(int base, int64_t index)
+{
+    if (index < 0 || index >= R::NumIndexes)
+        return -1;
+    auto i = int(index);
+    int number = (i << 4) | base;
+    if (base == R::ArrayLC)
+        number = R::LC0 + (i << 4);
+    else if (base == R::ArrayDP)
+        number = i == 0 ? int(R::DP0) : i == 1 ? int(R::DP1) : (i << 4) | 15;
+    return number < int(R::NumRegisters) ? number : -1;
+}
+
+void MAXQ30Debugger::getRegisters(Frame* frame, VariableListBuilder* builder)
+{
+    if (!frame)
+        return;
+    ExpressionContext context;
+    context.frame = frame;
+    setContext(context);
+    builder->setExpressionContext(context);
+    for (unsigned number : R::named()) {
+        QString name = registerNumberToName(number);
+        std::unique_ptr<MyMarker> marker =
+            mkExpressionType(registerType(getRegisterLength(number)), number, DebugMarkerType::Register);
+        formatVariable(name, QLatin1Char('@') + name, *marker, builder);
+    }
 }
 
 // Little-endian; 0 where no memory is.
@@ -186,13 +260,16 @@ uint32_t MAXQ30Debugger::isSequential(uint32_t address, uint32_t low, uint32_t h
 uint32_t MAXQ30Debugger::nextInstruction(TargetRegisterInterface* registers, bool stepOver, uint32_t start,
                                          uint32_t length)
 {
-    setDisassembleRange(start, length);
-    uint32_t end = start + length;
     uint32_t pc = registers->getPC();
-    if (length > 1 && pc >= start && pc < end)
-        if (uint32_t behind = isSequential(pc, start, end))
-            return behind;
-    for (unsigned jumped = 0; pc >= start && pc < end && jumped < MaxJumpsInRange; ++jumped) {
+    auto inRange = [start, length](uint32_t address) { return address >= start && address - start < length; };
+    // A statement that claims to be longer is passed instruction by instruction.
+    if (length <= LongestScan) {
+        setDisassembleRange(start, length);
+        if (length > 1 && inRange(pc))
+            if (uint32_t behind = isSequential(pc, start, start + length))
+                return behind;
+    }
+    for (unsigned jumped = 0; inRange(pc) && jumped < MaxJumpsInRange; ++jumped) {
         uint32_t next = 0;
         uint32_t destination = stepFrom(registers, stepOver, pc, next);
         if (destination == next || destination == pc)
@@ -204,30 +281,44 @@ uint32_t MAXQ30Debugger::nextInstruction(TargetRegisterInterface* registers, boo
     return pc;
 }
 
+MAXQ30Debugger::Decoded MAXQ30Debugger::decode(uint32_t pc)
+{
+    Decoded insn;
+    uint32_t address = pc;
+    insn.word = peekPC(address);
+    while (isPrefix(insn.word) && insn.prefixes < MaxPrefixes) {
+        insn.value = insn.value << 8 | (insn.word & 0xFF);
+        insn.sourceBit = insn.word & PrefixSourceBit;
+        ++insn.prefixes;
+        address += 2;
+        insn.word = peekPC(address);
+    }
+    insn.next = address + 2;
+    if (!(insn.word & SourceIsRegister))
+        insn.value = insn.value << 8 | (insn.word & 0xFF);
+    return insn;
+}
+
+bool MAXQ30Debugger::isCallAt(uint32_t address)
+{
+    return (decode(address).word & JumpMask) == CallWord;
+}
+
 // Where the instruction at pc leads, and the place behind it. Without registers a place that depends on
 // them is the instruction itself.
 uint32_t MAXQ30Debugger::stepFrom(TargetRegisterInterface* registers, bool stepOver, uint32_t pc,
                                   uint32_t& next)
 {
-    Prefix prefix;
-    uint32_t address = pc;
-    uint16_t word = peekPC(address);
-    while (isPrefix(word) && prefix.count < MaxPrefixes) {
-        prefix.value = prefix.value << 8 | (word & 0xFF);
-        prefix.sourceBit = word & PrefixSourceBit;
-        ++prefix.count;
-        address += 2;
-        word = peekPC(address);
-    }
-    next = address + 2;
-    if (!(word & SourceIsRegister))
-        prefix.value = prefix.value << 8 | (word & 0xFF);
-    if (const Control* form = prefix.count == 0 ? returnOf(word) : nullptr) {
+    Decoded insn = decode(pc);
+    next = insn.next;
+    if (const Control* form = insn.prefixes == 0 ? returnOf(insn.word) : nullptr) {
         if (!registers)
             return pc;
-        return isTaken(form->taken, *registers, stepOver) ? dataNumber(registers->getSP(), 2) * 2 : next;
+        return isTaken(form->taken, *registers, stepOver)
+                   ? (dataNumber(registers->getSP(), StackEntry) & WordAddressMask) * 2
+                   : next;
     }
-    const Control* form = jumpOf(word);
+    const Control* form = jumpOf(insn.word);
     if (!form)
         return next;
     if (!registers)
@@ -235,23 +326,25 @@ uint32_t MAXQ30Debugger::stepFrom(TargetRegisterInterface* registers, bool stepO
     if (!isTaken(form->taken, *registers, stepOver))
         return next;
     uint32_t destination = next;
-    if (!getJumpDestination(registers, word, prefix, destination))
+    if (!getJumpDestination(registers, insn, destination))
         return pc;
-    return destination > HighestCodeAddress ? next : destination;
+    return destination / 2 > WordAddressMask ? next : destination;
 }
 
-bool MAXQ30Debugger::getJumpDestination(TargetRegisterInterface* registers, uint16_t word,
-                                        const Prefix& prefix, uint32_t& destination)
+bool MAXQ30Debugger::getJumpDestination(TargetRegisterInterface* registers, const Decoded& insn,
+                                        uint32_t& destination)
 {
-    if (!(word & SourceIsRegister)) {
-        destination = prefix.count > 0 ? prefix.value * 2 : destination + uint32_t(int8_t(word & 0xFF) * 2);
+    if (!(insn.word & SourceIsRegister)) {
+        destination = insn.prefixes > 0 ? (insn.value & WordAddressMask) * 2
+                                        : destination + uint32_t(int8_t(insn.word & 0xFF) * 2);
         return true;
     }
     if (!registers)
         return false;
-    unsigned source = (word & 0xFF) | prefix.sourceBit;
+    unsigned source = (insn.word & 0xFF) | insn.sourceBit;
     bool isMemory = R::moduleOf(source) == 15;
-    destination = (isMemory ? readPointed(registers, R::indexOf(source)) : registers->getValue(source)) * 2;
+    uint32_t words = isMemory ? readPointed(registers, R::indexOf(source)) : registers->getValue(source);
+    destination = (words & WordAddressMask) * 2;
     return true;
 }
 
@@ -284,66 +377,108 @@ uint32_t MAXQ30Debugger::endOfStack() const
     return known ? uint32_t(start + size) : DefaultEndOfStack;
 }
 
-// The call that ends where the given address begins; a far one has prefix words in front.
+// Null unless the instruction in front of an address is a call.
 const ZOFFMAXQ30Insn* MAXQ30Debugger::callBefore(uint32_t address) const
 {
-    for (unsigned words = 1; words <= MaxPrefixes + 1; ++words) {
-        const ZOFFInsn* insn = getInsnAt(address - 2 * words);
-        if (!insn)
-            continue;
-        auto* call = dynamic_cast<const ZOFFMAXQ30Insn*>(insn);
-        return call && call->isCall() && unsigned(call->length()) == 2 * words ? call : nullptr;
-    }
-    return nullptr;
+    auto* call = dynamic_cast<const ZOFFMAXQ30Insn*>(tables().insnBefore(address));
+    return call && call->isCall() ? call : nullptr;
 }
 
-void MAXQ30Debugger::generateBackTrace(std::unique_ptr<Frame> innermost)
+namespace {
+
+// The stack, read a window at a time. What is not there reads as 0.
+class StackReader {
+public:
+    StackReader(MAXQ30Debugger& debugger, uint32_t end) : m_debugger(debugger), m_end(end) {}
+
+    uint32_t entry(uint32_t address)
+    {
+        unsigned char bytes[StackEntry] = {};
+        for (unsigned i = 0; i < StackEntry; ++i)
+            bytes[i] = byte(address + i);
+        return uint32_t(bytes[0]) | uint32_t(bytes[1]) << 8 | uint32_t(bytes[2]) << 16 |
+               uint32_t(bytes[3]) << 24;
+    }
+
+private:
+    unsigned char byte(uint32_t address)
+    {
+        if (address < m_start || address - m_start >= m_bytes.size()) {
+            // Not beyond the stack, unless nobody could have said where it ends.
+            uint32_t size = address < m_end ? std::min(StackWindow, m_end - address) : 1;
+            m_start = address;
+            m_bytes.assign(size, 0);
+            if (m_debugger.readMemory(address, size, m_bytes.data()) == 0) {
+                m_bytes.assign(1, 0);
+                m_debugger.readMemory(address, 1, m_bytes.data());
+            }
+        }
+        return m_bytes[address - m_start];
+    }
+
+    MAXQ30Debugger& m_debugger;
+    uint32_t m_end;
+    uint32_t m_start = 0;
+    std::vector<unsigned char> m_bytes;
+};
+
+} // namespace
+
+// Registers that a function has pushed lie right below its return address, those with the lowest numbers
+// first. What lies below its stack pointer is not pushed yet, or no longer.
+void MAXQ30Debugger::restoreRegisters(TargetRegisterInterface& caller, uint32_t place, uint32_t entry,
+                                      uint32_t sp, const std::function<uint32_t(uint32_t)>& stack)
 {
-    const PropertyValue* setting =
-        environment
-            ? environment->findProperty(QStringLiteral("Environment/Debugger/Maximum Backtrace Calls"))
-            : nullptr;
-    int maxCalls = setting ? setting->toInt() : 0;
-    auto* registers = static_cast<MAXQ30Registers*>(innermost->registers());
-    uint32_t pc = registers->getPC(), sp = registers->getSP(), end = endOfStack();
-    frames().clear();
-    frames().push_back(std::move(innermost));
-    if (const ZOFFInsn* insn = getInsnAt(pc); insn && insn->stackAdjust() != DefaultStackAdjust)
+    const SymbolicDebug* table = tables().at(place);
+    const ZOFFSymbol* function = table ? table->findFunctionSymbol(place) : nullptr;
+    if (!function)
+        return;
+    auto mask = uint32_t(static_cast<const ZOFFFunctionType*>(function->type())->savedRegisters());
+    uint32_t slot = entry;
+    for (unsigned n = FirstSavedRegister; n <= LastSavedRegister; ++n) {
+        if (!(mask >> n & 1))
+            continue;
+        slot -= SavedRegisterBytes;
+        if (slot < sp || slot > entry)
+            return;
+        caller.setValue(n << 4 | R::ArrayA, stack(slot));
+    }
+}
+
+std::vector<std::unique_ptr<Frame>> MAXQ30Debugger::generateBackTrace(Frame& innermost)
+{
+    std::vector<std::unique_ptr<Frame>> callers;
+    auto* registers = static_cast<MAXQ30Registers*>(innermost.registers());
+    uint32_t place = registers->getPC(), sp = registers->getSP(), end = endOfStack();
+    StackReader reader(*this, end + StackEntry);
+    auto stack = [&reader](uint32_t address) { return reader.entry(address); };
+    uint32_t frameSP = sp; // of the frame whose caller is looked for
+    if (const ZOFFInsn* insn = getInsnAt(place); insn && insn->stackAdjust() != DefaultStackAdjust)
         sp -= uint32_t(insn->stackAdjust());
 
-    for (int count = 0; sp <= end && count < maxCalls; ++count) {
-        uint32_t returnAddress = dataNumber(sp, 2) * 2;
+    for (int count = 0; sp <= end && count < m_maximumCalls; ++count) {
+        uint32_t returnAddress = (stack(sp) & WordAddressMask) * 2;
         const ZOFFMAXQ30Insn* call = callBefore(returnAddress);
-        bool found = call != nullptr;
-        if (found) {
+        if (call) {
             uint32_t entry = sp;
             auto caller = std::make_unique<MAXQ30Registers>(registers);
             caller->setSP(entry + StackEntry);
             caller->setPC(returnAddress);
-            SymbolicDebug* table = symbols(pc);
-            ZOFFSymbol* function = table ? table->findFunctionSymbol(pc) : nullptr;
-            auto* type = function ? static_cast<const ZOFFFunctionType*>(function->type()) : nullptr;
-            if (type && type->savedRegisters() != 0) {
-                sp += uint32_t(type->frameSize());
-                for (unsigned n = FirstSavedRegister; n <= LastSavedRegister; ++n)
-                    if (type->savedRegisters() >> n & 1) {
-                        caller->setValue(n, dataNumber(sp, 2));
-                        sp += 2;
-                    }
-            }
+            restoreRegisters(*caller, place, entry, frameSP, stack);
             registers = caller.get();
-            frames().push_back(std::make_unique<Frame>(symbols(returnAddress), caller.release(), false));
-            pc = returnAddress;
-            sp = entry + StackEntry;
+            place = uint32_t(call->pc());
+            callers.push_back(std::make_unique<Frame>(tables().at(place), std::move(caller), place));
+            sp = frameSP = entry + StackEntry;
         }
         uint32_t previous = sp;
-        if (found && call->stackAdjust() != DefaultStackAdjust)
+        if (call && call->stackAdjust() != DefaultStackAdjust)
             sp -= uint32_t(call->stackAdjust());
         else
             sp += StackScan;
         if (sp < previous)
             break;
     }
+    return callers;
 }
 
 QString MAXQ30Debugger::disassemble(uint32_t address, uint32_t& length, bool& isJump, uint32_t& target)

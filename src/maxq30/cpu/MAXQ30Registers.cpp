@@ -23,7 +23,7 @@ struct Named {
 };
 
 // The registers with names of their own. The A registers follow a rule instead.
-constexpr Named namedRegisters[] = {
+constexpr Named NamedRegisters[] = {
     {"AP", 8, 0, 1, 0x280},        {"APC", 8, 1, 1, 0x281},     {"PSF", 8, 4, 2, 0x282},
     {"IC", 8, 5, 1, 0x284},        {"SC", 8, 8, 2, 0x286},      {"IPR0", 8, 9, 2, 0x288},
     {"IPR1", 8, 10, 2, 0x28A},     {"CKCN", 8, 14, 2, 0x28C},   {"WDCN", 8, 15, 1, 0x28E},
@@ -39,7 +39,7 @@ constexpr int LastSlotOffset = 0x2E8;
 
 const Named* findNumber(unsigned number)
 {
-    for (const Named& r : namedRegisters)
+    for (const Named& r : NamedRegisters)
         if (r.number() == number)
             return &r;
     return nullptr;
@@ -76,7 +76,7 @@ std::string MAXQ30Registers::numberToName(unsigned number)
 
 unsigned MAXQ30Registers::nameToNumber(const char* name)
 {
-    for (const Named& r : namedRegisters)
+    for (const Named& r : NamedRegisters)
         if (!std::strcmp(r.name, name))
             return r.number();
     if (!std::strcmp(name, "A"))
@@ -124,6 +124,27 @@ void MAXQ30Registers::setValue1(unsigned number, uint32_t value)
 {
     if (number < NumRegisters)
         storage(number) = value;
+}
+
+// The A registers stand between those of module 8 and the others.
+std::span<const unsigned> MAXQ30Registers::named()
+{
+    static constexpr size_t Count = std::size(NamedRegisters) + Accumulators;
+    static constexpr auto Numbers = [] {
+        std::array<unsigned, Count> numbers{};
+        size_t count = 0;
+        bool listed = false;
+        for (const Named& r : NamedRegisters) {
+            if (!listed && r.module > AccumulatorModule) {
+                for (unsigned n = 0; n < Accumulators; ++n)
+                    numbers[count++] = n << 4 | AccumulatorModule;
+                listed = true;
+            }
+            numbers[count++] = r.number();
+        }
+        return numbers;
+    }();
+    return Numbers;
 }
 
 int MAXQ30Registers::offsetInRegisterMap(unsigned number)

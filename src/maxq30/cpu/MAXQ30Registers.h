@@ -6,6 +6,7 @@
 #include "target/TargetRegisterInterface.h"
 
 #include <array>
+#include <span>
 
 class MAXQ30Registers : public TargetRegisterInterface {
 public:
@@ -57,6 +58,9 @@ public:
     // The raw value, without the computed register. Numbers from 512 up read as 0 and take nothing.
     virtual uint32_t getValue1(unsigned number);
     virtual void setValue1(unsigned number, uint32_t value);
+
+    // The numbers of all registers with a name, in the order in which they are listed.
+    static std::span<const unsigned> named();
 
     // Byte offset in the register map that a device's debug engine sends; -1 when it is not there.
     static int offsetInRegisterMap(unsigned number);

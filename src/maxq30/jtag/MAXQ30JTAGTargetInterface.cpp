@@ -324,7 +324,7 @@ ESObject* MAXQ30JTAGTargetInterface::installScriptObject(ESContext* context)
 void MAXQ30JTAGTargetInterface::call(ESContext* context, ESObject* function, ESObject* self, int argc,
                                      ESValue* argv)
 {
-    switch (function->builtinId) {
+    switch (function->builtinId()) {
     case LoaderMasterEraseCommand: {
         const unsigned char command[] = {jtag::MasterErase, 0};
         loaderCommand(command, sizeof command);

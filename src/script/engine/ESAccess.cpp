@@ -3,9 +3,18 @@
 #include "script/engine/ESContext.h"
 
 #include <algorithm>
+#include <utility>
+#include <vector>
 
 void ESContext::plainPut(ESObject* object, ESString* name, const ESValue& value)
 {
+    if (ESArray* elements = object->array(); elements && name->arrayIndex() >= 0) {
+        if (ESValue* element = elements->at(unsigned(name->arrayIndex()))) {
+            *element = value;
+            elements->undefinedInside = elements->undefinedInside || value.isUndefined();
+            return;
+        }
+    }
     if (ESProperty* slot = object->find(name)) {
         if (!(slot->attributes & ESProperty::ReadOnly))
             slot->setValue(value);
@@ -14,33 +23,120 @@ void ESContext::plainPut(ESObject* object, ESString* name, const ESValue& value)
     object->append(name, 0, value);
 }
 
+ESValue ESContext::indexGet(ESObject* object, unsigned index, ESString* name)
+{
+    for (; object; object = object->prototype) {
+        if (ESArray* array = object->array())
+            if (ESValue* element = array->at(index))
+                return *element;
+        if (!object->is(ESObject::IndexNames))
+            continue;
+        if (!name && !(name = ESStringPool::findNumber(index)))
+            return g_undefined;
+        if (ESProperty* slot = object->find(name))
+            return slot->value();
+    }
+    return g_undefined;
+}
+
+// For an object whose class has a `get` of its own.
+ESValue ESContext::getOwnIndex(ESObject* object, unsigned index)
+{
+    ESString* name = ESStringPool::findNumber(index);
+    return name ? object->cls->get(this, object, name) : g_undefined;
+}
+
+void ESContext::putElement(ESArray* array, unsigned index, const ESValue& value, ESString* name)
+{
+    if (ESValue* element = array->at(index)) {
+        *element = value;
+        array->undefinedInside = array->undefinedInside || value.isUndefined();
+    } else {
+        ESProperty* slot = nullptr;
+        if (array->is(ESObject::IndexNames) && (name || (name = ESStringPool::findNumber(index))))
+            slot = array->find(name);
+        if (slot) {
+            if (!(slot->attributes & ESProperty::ReadOnly))
+                slot->setValue(value);
+        } else if (array->accepts(index)) {
+            array->insert(index, value);
+        } else {
+            array->appendSparse(ESStringPool::number(index), value);
+        }
+    }
+    ESProperty* length = array->find(g_lengthString);
+    if (!length)
+        array->append(g_lengthString, ESProperty::DontEnum, ESValue(double(index) + 1));
+    else if (double(index) >= length->value().number() && !(length->attributes & ESProperty::ReadOnly))
+        length->setValue(ESValue(double(index) + 1));
+}
+
+namespace {
+
+// The element of that name, or null.
+ESValue* elementOf(ESObject* object, ESString* name)
+{
+    ESArray* array = object->array();
+    return array && name->arrayIndex() >= 0 ? array->at(unsigned(name->arrayIndex())) : nullptr;
+}
+
+} // namespace
+
+bool ESContext::hasOwnProperty(ESObject* object, ESString* name)
+{
+    return elementOf(object, name) || object->find(name);
+}
+
+bool ESContext::hasOwnKey(ESObject* object, ESString* text)
+{
+    if (int index = ESStringPool::arrayIndexOf(text); index >= 0) {
+        ESArray* array = object->array();
+        if (array && array->at(unsigned(index)))
+            return true;
+    }
+    ESString* name = ESStringPool::findName(text);
+    return name && object->find(name);
+}
+
 bool ESContext::hasProperty(ESObject* object, ESString* name)
 {
     for (; object; object = object->prototype)
-        if (object->find(name))
+        if (hasOwnProperty(object, name))
             return true;
     return false;
 }
 
 bool ESContext::propertyIsEnumerable(ESObject* object, ESString* name)
 {
+    if (elementOf(object, name))
+        return object->kind() == ESObject::Array;
     ESProperty* slot = object->find(name);
     return slot && !(slot->attributes & ESProperty::DontEnum);
 }
 
 bool ESContext::deleteProperty(ESObject* object, ESString* name)
 {
+    if (elementOf(object, name)) {
+        object->array()->erase(unsigned(name->arrayIndex()));
+        return true;
+    }
     ESProperty* slot = object->find(name);
     if (!slot)
         return true;
     if (slot->attributes & ESProperty::DontDelete)
         return false;
-    *slot = ESProperty();
+    object->remove(slot);
     return true;
 }
 
 bool ESContext::deleteProperty(ESObject* object, unsigned index)
 {
+    if (ESArray* array = object->array(); array && array->at(index)) {
+        array->erase(index);
+        return true;
+    }
+    if (!object->is(ESObject::IndexNames) && index < 2147483647)
+        return true;
     // A number that was never interned names no property.
     ESString* name = ESStringPool::findNumber(index);
     return !name || deleteProperty(object, name);
@@ -56,18 +152,12 @@ bool ESContext::isPrototypeOf(ESObject* object, const ESValue& value)
     return false;
 }
 
-ESValue ESContext::getIndex(ESObject* object, unsigned index)
-{
-    ESString* name = ESStringPool::findNumber(index);
-    return name ? get(object, name) : g_undefined;
-}
-
 // Names.
 
 ESObject* ESContext::dynamicGet(ESString* name, ESValue& value)
 {
-    for (ESObject* cell = m_scope; cell; cell = cell->prototype) {
-        ESObject* object = cell->value.object();
+    for (ESScope* cell = m_scope; cell; cell = cell->next) {
+        ESObject* object = cell->object;
         if (hasProperty(object, name)) {
             value = get(object, name);
             return object;
@@ -79,9 +169,9 @@ ESObject* ESContext::dynamicGet(ESString* name, ESValue& value)
 
 void ESContext::dynamicPut(ESString* name, const ESValue& value)
 {
-    for (ESObject* cell = m_scope; cell; cell = cell->prototype) {
-        if (hasProperty(cell->value.object(), name)) {
-            put(cell->value.object(), name, value);
+    for (ESScope* cell = m_scope; cell; cell = cell->next) {
+        if (hasProperty(cell->object, name)) {
+            put(cell->object, name, value);
             return;
         }
     }
@@ -90,9 +180,9 @@ void ESContext::dynamicPut(ESString* name, const ESValue& value)
 
 bool ESContext::dynamicDelete(ESString* name)
 {
-    for (ESObject* cell = m_scope; cell; cell = cell->prototype)
-        if (hasProperty(cell->value.object(), name))
-            return deleteProperty(cell->value.object(), name);
+    for (ESScope* cell = m_scope; cell; cell = cell->next)
+        if (hasProperty(cell->object, name))
+            return deleteProperty(cell->object, name);
     return hasProperty(m_global, name) && deleteProperty(m_global, name);
 }
 
@@ -118,56 +208,85 @@ ESObject* ESContext::receiver(const ESValue& value, ESObject* function)
 {
     if (value.isObject())
         return value.object();
-    if (function && function->builtinId >= 0) {
+    if (function && function->isNative()) {
         if (value.type() == ESValue::String && function->cls == m_realm.cls(ESRealm::String)) {
-            m_stringReceiver->value = value;
+            m_stringReceiver->setInternal(value);
             return m_stringReceiver;
         }
         if (value.isNumber() && function->cls == m_realm.cls(ESRealm::Number)) {
-            m_numberReceiver->value = value;
+            m_numberReceiver->setInternal(value);
             return m_numberReceiver;
         }
     }
     return ToObject(value);
 }
 
+namespace {
+
+// The number as an array index, or -1.
+int64_t indexOf(const ESValue& key)
+{
+    if (!key.isNumber() || !(key.number() >= 0 && key.number() < 2147483647.0))
+        return -1;
+    auto index = int64_t(key.number());
+    return double(index) == key.number() ? index : -1;
+}
+
+} // namespace
+
 ESValue ESContext::getByKey(const ESValue& object, const ESValue& key)
 {
     if (object.type() == ESValue::Undefined || object.isNull())
         ToObject(object);
+    if (int64_t index = indexOf(key); index >= 0 && object.isObject()) {
+        if (index < ESLimits::NumberStrings)
+            ESStringPool::meetNumber(unsigned(index));
+        return getIndex(object.object(), unsigned(index));
+    }
     ESValue holder = object;
-    return memberOf(holder, toEString(key));
+    ESString* text = toEString(key);
+    int number = ESStringPool::arrayIndexOf(text);
+    if (number >= 0 && holder.isObject())
+        return getIndex(holder.object(), unsigned(number));
+    ESString* name = ESStringPool::findName(text);
+    if (!name) {
+        // A class of the host may know of what no property is named by.
+        if (!holder.isObject() || !holder.object()->is(ESObject::OwnAccess))
+            return g_undefined;
+        name = ESStringPool::name(text);
+    }
+    return memberOf(holder, name);
 }
 
 void ESContext::putByKey(const ESValue& object, const ESValue& key, const ESValue& value)
 {
     ESObject* holder = ToObject(object);
-    ESString* name = toEString(key);
-    put(holder, name, value);
-}
-
-// Puts an array element past the virtual call, for the names that the machine knows to be indices.
-void ESContext::putElement(ESObject* array, ESString* name, const ESValue& value)
-{
-    ESProperty* data = array->properties.data();
-    uint32_t index = uint32_t(name->arrayIndex());
-    // Nothing can be at or beyond the bound, so there is no need to look for it.
-    bool fresh = index >= array->indexBound && !array->call && array->properties.count() &&
-                 data[0].name == g_lengthString && !(data[0].attributes & ESProperty::ReadOnly);
-    if (!fresh) {
-        array->cls->put(this, array, name, value);
+    if (int64_t index = indexOf(key); index >= 0 && holder->kind() == ESObject::Array) {
+        putElement(static_cast<ESArray*>(holder), unsigned(index), value, nullptr);
         return;
     }
-    array->append(name, 0, value);
-    ESProperty& length = array->properties[0];
-    if (length.value().number() <= index)
-        length.setValue(ESValue(double(index) + 1));
+    ESString* text = toEString(key);
+    if (int number = ESStringPool::arrayIndexOf(text); number >= 0)
+        putIndex(holder, unsigned(number), value);
+    else
+        put(holder, ESStringPool::name(text), value);
+}
+
+bool ESContext::deleteByKey(ESObject* object, const ESValue& key)
+{
+    if (int64_t index = indexOf(key); index >= 0)
+        return deleteProperty(object, unsigned(index));
+    ESString* text = toEString(key);
+    if (int number = ESStringPool::arrayIndexOf(text); number >= 0)
+        return deleteProperty(object, unsigned(number));
+    ESString* name = ESStringPool::findName(text);
+    return !name || deleteProperty(object, name);
 }
 
 ESValue ESContext::incrementMember(const ESValue& object, const ESValue& key, int delta, bool post)
 {
     ESObject* holder = ToObject(object);
-    ESString* name = toEString(key);
+    ESString* name = toName(key);
     double old = ToNumber(get(holder, name));
     put(holder, name, ESValue(old + delta));
     return ESValue(post ? old : old + delta);
@@ -182,23 +301,32 @@ ESValue ESContext::incrementDynamic(ESString* name, int delta, bool post)
     return ESValue(post ? old : old + delta);
 }
 
-// The object that for-in steps through: `index` and `length` in the first two slots, and behind them the
-// names that can be enumerated, in the order of the pool.
+// The object that for-in steps through: its elements are the names that can be enumerated, in the order in
+// which they were first met.
 ESObject* ESContext::enumerate(ESObject* object)
 {
-    std::vector<ESString*> names;
-    for (ESObject* at = object; at; at = at->prototype)
-        for (const ESProperty& slot : at->properties)
-            if (slot.name && !(slot.attributes & ESProperty::DontEnum))
-                names.push_back(slot.name);
-    std::sort(names.begin(), names.end(), [](ESString* a, ESString* b) { return a->index() < b->index(); });
-    names.erase(std::unique(names.begin(), names.end()), names.end());
+    using Entry = std::pair<uint64_t, ESString*>;
+    std::vector<Entry> names;
+    for (ESObject* at = object; at; at = at->prototype) {
+        at->tidy();
+        if (ESArray* array = at->array(); array && at->kind() == ESObject::Array)
+            for (uint32_t i = 0; i < array->count; ++i)
+                if (array->at(i))
+                    names.emplace_back(ESStringPool::meetNumber(i), numberToEString(i));
+        for (const ESProperty& slot : at->properties())
+            if (slot.isNamed() && !(slot.attributes & ESProperty::DontEnum))
+                names.emplace_back(slot.name()->order(), slot.name());
+    }
+    auto before = [](const Entry& a, const Entry& b) { return a.first < b.first; };
+    if (!std::is_sorted(names.begin(), names.end(), before))
+        std::sort(names.begin(), names.end(), before);
+    auto same = [](const Entry& a, const Entry& b) { return a.first == b.first; };
+    names.erase(std::unique(names.begin(), names.end(), same), names.end());
 
-    ESObject* list = mkplain();
-    list->properties.reserve(uint32_t(names.size()) + 2);
-    list->append(g_indexString, 0, ESValue(0.0));
-    list->append(g_lengthString, 0, ESValue(double(names.size())));
+    auto* list = static_cast<ESArray*>(m_heap.make(ESObject::Arguments, objectPrototype(), objectClass()));
+    list->reserveElements(uint32_t(names.size()));
     for (size_t i = 0; i < names.size(); ++i)
-        list->append(ESStringPool::number(unsigned(i)), 0, ESValue(names[i]));
+        list->elements[i] = ESValue(names[i].second);
+    list->count = list->filled = uint32_t(names.size());
     return list;
 }

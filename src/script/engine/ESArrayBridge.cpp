@@ -5,11 +5,11 @@ template <typename In> ESObject* ESContext::fromBuffer(const In* data, unsigned 
 {
     if (count > ESLimits::BridgeElements)
         throwRangeError(QStringLiteral("array too long"));
-    ESObject* array = newArray(0, nullptr);
-    array->properties.reserve(count + 1);
+    ESArray* array = newArray(0, nullptr);
+    array->reserveElements(count);
     for (unsigned i = 0; i < count; ++i)
-        array->append(ESStringPool::number(i), 0, ESValue(double(data[i])));
-    array->properties[0].setValue(ESValue(double(count)));
+        array->insert(i, ESValue(double(data[i])));
+    array->slot(0).setValue(ESValue(double(count)));
     return array;
 }
 

@@ -35,7 +35,7 @@ void ESContext::padArguments(int formalCount, int& argc)
 
 // Makes the frame of a script function, whose arguments are the top `argc` stack values and at least as
 // many as it has parameters.
-void ESContext::enter(ESObject* function, ESCode* code, ESObject* scope, ESObject* self, int argc, bool entry,
+void ESContext::enter(ESObject* function, ESCode* code, ESScope* scope, ESObject* self, int argc, bool entry,
                       ESObject* made)
 {
     const ESThread& thread = code->thread();
@@ -48,6 +48,7 @@ void ESContext::enter(ESObject* function, ESCode* code, ESObject* scope, ESObjec
     frame.registers = frame.base;
     frame.thread = &thread;
     frame.callerScope = m_scope;
+    frame.scope = scope;
     frame.callerSelf = m_self;
     frame.made = made;
     frame.code = code;
@@ -75,30 +76,40 @@ void ESContext::enter(ESObject* function, ESCode* code, ESObject* scope, ESObjec
 // An activation object has the parameters, a nameless slot for each surplus argument, and the locals.
 void ESContext::pushActivation(ESCode* code, const ESValue* argv, int argc)
 {
-    ESObject* activation = mkobj(nullptr, &m_activationClass);
-    activation->properties.reserve(uint32_t(argc + code->localCount));
-    activation->names = code->thread().names();
-    const ESProperty* variable = code->variables.begin();
-    for (int i = 0; i < code->formalCount; ++i, ++variable)
-        activation->properties.append(variable->name, variable->attributes, argv[i]);
+    auto* activation =
+        static_cast<ESActivationObject*>(m_heap.make(ESObject::Activation, nullptr, &m_activationClass));
+    const ESThread& thread = code->thread();
+    activation->copySlots(thread.parameterSlots(), uint32_t(argc + code->localCount), thread.names());
+    for (int i = 0; i < code->formalCount; ++i)
+        activation->slots()[i].setValue(argv[i]);
     for (int i = code->formalCount; i < argc; ++i)
-        activation->properties.append(nullptr, ESProperty::DontEnum, argv[i]);
-    for (; variable != code->variables.end(); ++variable)
-        activation->properties.append(variable->name, variable->attributes, g_undefined);
-    ESObject* cell = mkobj();
-    cell->prototype = m_scope;
-    cell->value = ESValue(activation);
-    m_scope = cell;
+        activation->append(nullptr, ESProperty::DontEnum, argv[i]);
+    activation->appendSlots(thread.localSlots());
+    activation->scope = {m_scope, activation, false};
+    m_scope = &activation->scope;
+}
+
+// Gives the links of the scope chain back that the running function made, but for those that somebody keeps.
+void ESContext::leaveScopes(ESScope* outside)
+{
+    while (m_scope != outside) {
+        ESScope* link = m_scope;
+        m_scope = link->next;
+        if (!link->captured)
+            m_heap.freeScope(link);
+    }
 }
 
 ESObject* ESContext::makeArguments(ESObject* function, const ESValue* argv, int argc)
 {
-    ESObject* object = mkplain();
-    object->properties.reserve(uint32_t(argc) + 2);
+    auto* object = static_cast<ESArray*>(m_heap.make(ESObject::Arguments, objectPrototype(), objectClass()));
+    object->reserve(2);
     object->append(g_lengthString, ESProperty::DontEnum, ESValue(double(argc)));
-    for (int i = 0; i < argc; ++i)
-        object->append(ESStringPool::number(i), ESProperty::DontEnum, argv[i]);
     object->append(g_calleeString, ESProperty::DontEnum, function ? ESValue(function) : g_undefined);
+    if (argc)
+        object->reserveElements(uint32_t(argc));
+    for (int i = 0; i < argc; ++i)
+        object->insert(uint32_t(i), argv[i]);
     return object;
 }
 
@@ -118,27 +129,28 @@ void ESContext::call(ESObject* function, ESObject* self, int argc)
 {
     if (m_sp > m_limit)
         throw ESFatalError("virtual machine stack too small");
-    if (!function || !function->call)
+    if (!function || !function->isCallable())
         throwTypeError(QStringLiteral("can only call function objects"));
     NativeLevel level(this);
-    ESClosure* closure = function->call;
-    padArguments(closure->formalCount, argc);
-    if (function->builtinId >= 0) {
+    if (ESNativeFunctionObject* native = nativeFunction(function)) {
+        padArguments(native->formalCount, argc);
         ESValue* argv = m_sp - argc;
         if (!argc)
             *argv = g_undefined;
-        callNative(function, self, argc, argv);
+        callNative(native, self, argc, argv);
         m_A = *argv;
         m_sp = argv;
         return;
     }
+    auto* script = static_cast<ESFunctionObject*>(function);
+    padArguments(script->code->formalCount, argc);
     if (m_stopped) {
         m_sp -= argc;
         m_A = g_undefined;
         return;
     }
-    enter(function, closure->code, closure->scope, self, argc, true);
-    estmt(closure->code);
+    enter(function, script->code, script->scope, self, argc, true);
+    estmt(script->code);
 }
 
 void ESContext::call(ESObject* function, ESObject* self, int argc, const ESValue* argv, ESValue* result)
@@ -148,7 +160,7 @@ void ESContext::call(ESObject* function, ESObject* self, int argc, const ESValue
     checkSpace(argc + 1);
     ESValue* const sp = m_sp;
     const ESValue saved = m_A;
-    ESObject* const scope = m_scope;
+    ESScope* const scope = m_scope;
     ESObject* const running = m_self;
     const int frames = m_frameCount;
     try {
@@ -174,16 +186,16 @@ void ESContext::call(ESObject* function, ESObject* self, int argc, const ESValue
 ESObject* ESContext::newInstance(ESObject* function)
 {
     ESValue prototype = get(function, g_prototypeString);
-    ESObject* object =
-        mkobj(prototype.isObject() ? prototype.object() : objectPrototype(), m_realm.cls(ESRealm::Object));
-    if (function->construct->code)
-        object->properties.reserve(function->construct->code->constructedProperties);
+    ESObject* object = m_heap.make(
+        ESObject::Plain, prototype.isObject() ? prototype.object() : objectPrototype(), objectClass());
+    if (function->kind() == ESObject::Function)
+        object->reserve(static_cast<ESFunctionObject*>(function)->code->constructedProperties);
     return object;
 }
 
 ESObject* ESContext::construct(ESObject* function, int argc, const ESValue* argv)
 {
-    if (function->builtinId >= 0 && function->cls) {
+    if (function->isNative() && function->cls) {
         // Natives may write to their first argument.
         checkSpace(argc + 1);
         ESValue* arguments = m_sp;
@@ -195,8 +207,8 @@ ESObject* ESContext::construct(ESObject* function, int argc, const ESValue* argv
         if (made)
             return made;
     }
-    if (!function->construct)
-        throwError((function->value.isString() ? toString(function->value) : QString()) +
+    if (!function->isConstructor())
+        throwError((function->internal().isString() ? toString(function->internal()) : QString()) +
                    QStringLiteral(" failed to generate an object"));
     ESObject* object = newInstance(function);
     ESValue result;

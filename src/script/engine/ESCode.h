@@ -28,7 +28,11 @@ public:
     // holds them, so `this` of such a call is the global object even where names are looked up.
     std::vector<ESString*> calleeTemporaries;
     // Names in slot order: parameters first, marked as such, then locals and temporaries.
-    ESPropertyArray variables;
+    struct Variable {
+        ESString* name;
+        unsigned attributes;
+    };
+    std::vector<Variable> variables;
     int formalCount = 0;
     int localCount = 0;
     bool needsArguments = false; // an `arguments` object is made on each call

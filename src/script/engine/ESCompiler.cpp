@@ -40,9 +40,7 @@ ESObject* ESCompiler::parseFunction(const QString& parameters, const QString& bo
     m_functions.push_back(function);
     m_function = nullptr;
     generateFunctions();
-    ESObject* object = m_context->mkfunction(function->code, nullptr);
-    object->value = ESValue(ESStringPool::intern("anonymous"));
-    return object;
+    return m_context->mkfunction(function->code, nullptr);
 }
 
 // Nodes.
@@ -187,7 +185,7 @@ int ESCompiler::globalSlot(ESString* name, unsigned attributes)
 {
     ESObject* global = m_context->globalObject();
     if (ESProperty* found = global->find(name))
-        return int(found - global->properties.data());
+        return int(found - global->slots());
     return int(global->append(name, attributes, g_undefined));
 }
 
@@ -202,7 +200,7 @@ void ESCompiler::codevar(ESNode* function, ESCode* code, ESString* name, unsigne
         globalSlot(name, attributes);
         return;
     }
-    for (ESProperty& variable : code->variables) {
+    for (ESCode::Variable& variable : code->variables) {
         if (variable.name == name) {
             if (!redeclare)
                 return;
@@ -210,17 +208,17 @@ void ESCompiler::codevar(ESNode* function, ESCode* code, ESString* name, unsigne
             break;
         }
     }
-    if (code->variables.count() >= 65535)
+    if (code->variables.size() >= 65535)
         throw ESFatalError("compiler error: too many variables");
-    code->variables.append(name, attributes, g_undefined);
+    code->variables.push_back({name, attributes});
     ++((attributes & ESProperty::Parameter) ? code->formalCount : code->localCount);
 }
 
 namespace {
 
-ESProperty* findVariable(ESCode* code, ESString* name)
+ESCode::Variable* findVariable(ESCode* code, ESString* name)
 {
-    for (ESProperty& variable : code->variables)
+    for (ESCode::Variable& variable : code->variables)
         if (variable.name == name)
             return &variable;
     return nullptr;
@@ -239,7 +237,7 @@ ESCompiler::ESLocation ESCompiler::resolve(ESNode* function, ESCode* code, ESStr
 {
     if (pass == 1 && function && (name == g_argumentsString || name == g_evalString)) {
         // A parameter of that name hides the object.
-        ESProperty* variable = findVariable(code, g_argumentsString);
+        ESCode::Variable* variable = findVariable(code, g_argumentsString);
         if (!variable || !(variable->attributes & ESProperty::Parameter)) {
             if (name == g_argumentsString)
                 markFrames(function);
@@ -252,7 +250,7 @@ ESCompiler::ESLocation ESCompiler::resolve(ESNode* function, ESCode* code, ESStr
         return {ESLocation::Dynamic};
     }
     if (function) {
-        if (ESProperty* variable = findVariable(code, name)) {
+        if (ESCode::Variable* variable = findVariable(code, name)) {
             int slot = int(variable - code->variables.data());
             if (variable->attributes & ESProperty::Parameter)
                 return {ESLocation::Parameter, slot};

@@ -21,14 +21,14 @@ std::vector<std::unique_ptr<ESCode>>& codeVector()
 // Puts the machine's state back on every way out of an eval.
 struct ESContext::StateGuard {
     explicit StateGuard(ESContext* c)
-        : context(c), A(c->m_A), sp(c->m_sp), scope(c->m_scope), self(c->m_self), frames(c->m_frameCount),
+        : context(c), sp(c->m_sp), scope(c->m_scope), self(c->m_self), frames(c->m_frameCount),
           nativeLevel(c->m_nativeLevel), file(c->m_sourceFile)
     {
         ++c->m_evalDepth;
     }
     ~StateGuard()
     {
-        context->m_A = A;
+        context->m_A = g_undefined;
         context->m_sp = sp;
         context->m_scope = scope;
         context->m_self = self;
@@ -41,9 +41,8 @@ struct ESContext::StateGuard {
     StateGuard& operator=(const StateGuard&) = delete;
 
     ESContext* context;
-    ESValue A;
     ESValue* sp;
-    ESObject* scope;
+    ESScope* scope;
     ESObject* self;
     int frames;
     int nativeLevel;
@@ -53,9 +52,13 @@ struct ESContext::StateGuard {
 ESContext::ESContext(Ask ask) : m_ask(ask)
 {
     internWellKnownStrings();
+    ESCollector::enter(this);
 }
 
-ESContext::~ESContext() = default;
+ESContext::~ESContext()
+{
+    ESCollector::leave(this);
+}
 
 void ESContext::begin(ESObject* global)
 {
@@ -67,25 +70,30 @@ void ESContext::begin(ESObject* global)
 
     ESObject* root = mkobj(nullptr, m_realm.cls(ESRealm::Object));
     m_realm.setPrototype(ESRealm::Object, root);
+    m_heap.setPlain(root, m_realm.cls(ESRealm::Object));
+    m_realm.setPrototype(ESRealm::Function, mknative(root, m_realm.cls(ESRealm::Function), nullptr, 0));
+    m_realm.setPrototype(ESRealm::Array, mkobj(root, m_realm.cls(ESRealm::Array)));
     const struct {
         ESRealm::Kind kind;
         ESValue internal;
     } prototypes[] = {
-        {ESRealm::Function, g_undefined}, {ESRealm::String, ESValue(g_emptyString)},
-        {ESRealm::Number, ESValue(0.0)},  {ESRealm::Boolean, g_false},
-        {ESRealm::Array, g_undefined},    {ESRealm::Date, ESValue(NaN)},
+        {ESRealm::String, ESValue(g_emptyString)},
+        {ESRealm::Number, ESValue(0.0)},
+        {ESRealm::Boolean, g_false},
+        {ESRealm::Date, ESValue(NaN)},
     };
     for (const auto& row : prototypes)
         m_realm.setPrototype(row.kind, mkobj(root, m_realm.cls(row.kind), row.internal));
     arrayPrototype()->define(g_lengthString, ESProperty::DontEnum, ESValue(0.0));
 
-    m_global = global ? global : mkobj(root, m_realm.cls(ESRealm::Global));
-    m_global->value = ESValue(ESStringPool::intern("[object global]"));
+    m_global = global ? global : mkobj(root, nullptr, g_undefined);
     if (!m_global->cls)
-        m_global->cls = m_realm.cls(ESRealm::Global);
+        m_global->setClass(m_realm.cls(ESRealm::Global));
+    m_global->setInternal(ESValue(ESStringPool::intern("[object global]")));
+    m_global->setFlag(ESObject::Fixed);
     m_self = m_global;
-    m_stringReceiver = mkobj(stringPrototype(), m_realm.cls(ESRealm::String));
-    m_numberReceiver = mkobj(numberPrototype(), m_realm.cls(ESRealm::Number));
+    m_stringReceiver = mkobj(stringPrototype(), m_realm.cls(ESRealm::String), g_undefined);
+    m_numberReceiver = mkobj(numberPrototype(), m_realm.cls(ESRealm::Number), g_undefined);
 }
 
 bool ESContext::carryOnExecuting()
@@ -116,6 +124,7 @@ ESCompletion ESContext::eval(const QString& source, const QString& file)
         throw ESFatalError("virtual machine stack too small");
     StateGuard guard(this);
     ++m_nativeLevel;
+    bool inside = std::exchange(m_evalInside, false);
     if (m_evalDepth == 1)
         m_stopped = false;
     if (!file.isNull())
@@ -128,6 +137,7 @@ ESCompletion ESContext::eval(const QString& source, const QString& file)
             compiler.setSource(source);
             code = compiler.parse();
         }
+        m_evalInside = inside;
         completion.value = exec(code.get());
     } catch (const ESException& exception) {
         completion.type = ESCompletion::Thrown;
@@ -144,6 +154,37 @@ ESCompletion ESContext::eval(const QString& source, const QString& file)
         throw ESFatalError("out of memory");
     }
     return completion;
+}
+
+ESCompletion ESContext::evalInside(const QString& source, const QString& file)
+{
+    m_evalInside = true;
+    return eval(source, file);
+}
+
+void ESContext::setMemoryLimit(size_t bytes)
+{
+    m_heap.setLimit(bytes);
+    ESStringPool::setLimit(bytes);
+}
+
+void ESContext::mark(ESMarker& marker)
+{
+    for (ESValue* at = m_stack.get(); at != m_sp; ++at)
+        marker.value(*at);
+    marker.value(m_A);
+    for (int i = 0; i < m_frameCount; ++i) {
+        for (ESObject* object : {m_frames[size_t(i)].callerSelf, m_frames[size_t(i)].made})
+            if (object)
+                marker.object(object);
+    }
+    for (ESObject* object : {m_self, m_global, m_stringReceiver, m_numberReceiver})
+        if (object)
+            marker.object(object);
+    for (int kind = 0; kind < ESRealm::KindCount; ++kind)
+        if (ESObject* prototype = m_realm.prototype(ESRealm::Kind(kind)))
+            marker.object(prototype);
+    m_heap.markValues(marker);
 }
 
 ESValue ESContext::exec(ESCode* code)
@@ -194,7 +235,7 @@ int ESContext::errorLine() const
 void ESContext::throwException(ESObject* errorConstructor, const QString& text)
 {
     QString message = QStringLiteral("line %1: ").arg(errorLine()) + text;
-    ESValue argument(ESStringPool::intern(message));
+    ESValue argument(ESStringPool::text(message));
     throw ESException(ESValue(construct(errorConstructor, 1, &argument)));
 }
 
@@ -235,40 +276,34 @@ bool ESContext::iserrorobj(const ESValue& v) const
 
 ESObject* ESContext::mkobj(ESObject* prototype, ESClass* cls)
 {
-    ESObject* object = mkobj();
-    object->prototype = prototype;
-    object->cls = cls;
-    return object;
+    bool array = cls && cls->access() == ESClass::Access::Array;
+    return m_heap.make(array ? ESObject::Array : ESObject::Plain, prototype, cls);
 }
 
 ESObject* ESContext::mkobj(ESObject* prototype, ESClass* cls, const ESValue& internal)
 {
-    ESObject* object = mkobj(prototype, cls);
-    object->value = internal;
+    ESObject* object = m_heap.make(ESObject::Boxed, prototype, cls);
+    object->setInternal(internal);
     return object;
 }
 
-ESObject* ESContext::mkobj(ESObject* prototype, ESClosure* call, ESClosure* construct, ESClass* cls)
+ESNativeFunctionObject* ESContext::mknative(ESObject* prototype, ESClass* cls, ESHandler handler,
+                                            int formalCount)
 {
-    ESObject* object = mkobj(prototype, cls);
-    object->call = call;
-    object->construct = construct;
-    return object;
+    auto* function = static_cast<ESNativeFunctionObject*>(m_heap.make(ESObject::Native, prototype, cls));
+    function->handler = handler;
+    function->formalCount = formalCount;
+    return function;
 }
 
-ESObject* ESContext::mkfunction(ESCode* code, ESObject* scope)
+ESObject* ESContext::mkfunction(ESCode* code, ESScope* scope)
 {
-    ESClosure* closure = mkclosure(code->formalCount);
-    closure->localCount = code->localCount;
-    closure->code = code;
-    closure->scope = scope;
-    ESObject* function = mkobj(functionPrototype(), closure, closure, functionClass());
-    ESObject* prototype = mkplain();
-    prototype->properties.reserve(1);
-    prototype->append(g_constructorString, ESProperty::DontEnum, ESValue(function));
-    function->properties.reserve(2);
-    function->append(g_lengthString, ESProperty::DontEnum, ESValue(double(code->formalCount)));
-    function->append(g_prototypeString, ESProperty::DontEnum, ESValue(prototype));
+    auto* function =
+        static_cast<ESFunctionObject*>(m_heap.make(ESObject::Function, functionPrototype(), functionClass()));
+    function->code = code;
+    function->scope = scope;
+    for (; scope && !scope->captured; scope = scope->next)
+        scope->captured = true;
     return function;
 }
 
@@ -287,20 +322,23 @@ ESObject* ESContext::newObject(ESObject*, int argc, const ESValue* argv)
     }
 }
 
-ESObject* ESContext::newArray(int length, const ESValue* values)
+ESArray* ESContext::newArray(int length, const ESValue* values)
 {
-    ESObject* array = mkobj(arrayPrototype(), arrayClass());
-    array->properties.reserve(uint32_t(length) + 1);
+    auto* array = static_cast<ESArray*>(m_heap.make(ESObject::Array, arrayPrototype(), arrayClass()));
     array->append(g_lengthString, ESProperty::DontEnum, ESValue(double(length)));
+    array->reserveElements(uint32_t(length));
     for (int i = 0; i < length; ++i)
-        array->append(ESStringPool::number(i), 0, values[i]);
+        array->insert(uint32_t(i), values[i]);
     return array;
 }
 
 void ESContext::valinstant(ESObject* object, unsigned attributes, ESString* name, const ESValue& value)
 {
     put(object, name, value);
-    if (ESProperty* slot = object->find(name))
+    ESArray* array = object->array();
+    if (array && attributes && name->arrayIndex() >= 0 && array->at(unsigned(name->arrayIndex())))
+        object->define(name, attributes, value);
+    else if (ESProperty* slot = object->find(name))
         slot->attributes = uint8_t(attributes);
 }
 
@@ -319,7 +357,7 @@ void ESContext::fvarinstant(ESObject* object, unsigned attributes, ESString* nam
 ESContext::Method ESContext::callMethod(ESObject* object, ESString* name, ESValue* result)
 {
     ESValue method = get(object, name);
-    if (!method.isObject() || !method.object()->call)
+    if (!method.isObject() || !method.object()->isCallable())
         return Method::Missing;
     call(method.object(), object, 0, nullptr, result);
     return m_stopped ? Method::Stopped : Method::Called;

@@ -79,6 +79,8 @@ public:
     // whatever host calls throw pass through. In every case the machine's state is afterwards what it was
     // before. The file name is for warnings only.
     ESCompletion eval(const QString& source, const QString& file = QString());
+    // An eval on behalf of a native function that holds no values of its own meanwhile.
+    ESCompletion evalInside(const QString& source, const QString& file = QString());
     // Runs code at top level and returns its value.
     ESValue exec(ESCode* code);
     // The warnings of all compilations since the last call, but for those that it had already.
@@ -105,16 +107,16 @@ public:
     int errorLine() const;
 
     // Objects of this context's heap.
-    ESObject* mkobj() { return m_heap.object(); }
+    ESObject* mkobj() { return m_heap.make(ESObject::Plain, nullptr, nullptr); }
     ESObject* mkobj(ESObject* prototype, ESClass* cls);
     ESObject* mkobj(ESObject* prototype, ESClass* cls, const ESValue& internal);
-    ESObject* mkobj(ESObject* prototype, ESClosure* call, ESClosure* construct, ESClass* cls);
-    ESClosure* mkclosure(int formalCount) { return m_heap.closure(formalCount); }
-    ESObject* mkplain() { return mkobj(objectPrototype(), objectClass()); }
+    ESObject* mkplain() { return m_heap.make(ESObject::Plain, objectPrototype(), objectClass()); }
+    // A native function; the class gets its calls where there is no handler.
+    ESNativeFunctionObject* mknative(ESObject* prototype, ESClass* cls, ESHandler handler, int formalCount);
     // A function object with its own `prototype` object.
-    ESObject* mkfunction(ESCode* code, ESObject* scope);
+    ESObject* mkfunction(ESCode* code, ESScope* scope);
     ESObject* newObject(ESObject* function, int argc, const ESValue* argv);
-    ESObject* newArray(int length, const ESValue* values);
+    ESArray* newArray(int length, const ESValue* values);
 
     // Make a property with the object's own `put` and give it the attributes.
     void valinstant(ESObject* object, unsigned attributes, ESString* name, const ESValue& value);
@@ -124,30 +126,52 @@ public:
     // Property access through the object's class.
     ESValue get(ESObject* object, ESString* name)
     {
-        return object->cls->access() == ESClass::Access::Own ? object->cls->get(this, object, name)
-                                                             : plainGet(object, name);
+        return object->is(ESObject::OwnAccess) ? object->cls->get(this, object, name)
+                                               : plainGet(object, name);
     }
     void put(ESObject* object, ESString* name, const ESValue& value)
     {
-        if (object->cls->access() == ESClass::Access::Plain)
-            plainPut(object, name, value);
-        else
+        if (object->is(ESObject::OwnPut))
             object->cls->put(this, object, name, value);
+        else
+            plainPut(object, name, value);
     }
-    ESValue getIndex(ESObject* object, unsigned index);
+    ESValue getIndex(ESObject* object, unsigned index)
+    {
+        if (ESArray* array = object->array())
+            if (ESValue* element = array->at(index))
+                return *element;
+        return object->is(ESObject::OwnAccess) ? getOwnIndex(object, index)
+                                               : indexGet(object, index, nullptr);
+    }
+    void putIndex(ESObject* object, unsigned index, const ESValue& value)
+    {
+        if (object->kind() == ESObject::Array && index < 2147483647)
+            putElement(static_cast<ESArray*>(object), index, value, nullptr);
+        else
+            put(object, ESStringPool::number(index), value);
+    }
+    // What arrays do for an element: `length` stays above it. The name may be null.
+    static void putElement(ESArray* array, unsigned index, const ESValue& value, ESString* name);
     // What ESClass does itself.
     static ESValue plainGet(ESObject* object, ESString* name)
     {
+        if (name->arrayIndex() >= 0) [[unlikely]]
+            return indexGet(object, unsigned(name->arrayIndex()), name);
         for (; object; object = object->prototype)
             if (ESProperty* slot = object->find(name))
                 return slot->value();
         return g_undefined;
     }
+    // Looks an index up along the prototypes. A null name is looked for when it is needed.
+    static ESValue indexGet(ESObject* object, unsigned index, ESString* name);
     static void plainPut(ESObject* object, ESString* name, const ESValue& value);
 
     // Tests and changes past the object's class.
     static bool hasProperty(ESObject* object, ESString* name);
-    static bool hasOwnProperty(ESObject* object, ESString* name) { return object->find(name); }
+    static bool hasOwnProperty(ESObject* object, ESString* name);
+    // For a text that need be no name.
+    static bool hasOwnKey(ESObject* object, ESString* text);
     static bool propertyIsEnumerable(ESObject* object, ESString* name);
     static bool deleteProperty(ESObject* object, ESString* name);
     static bool deleteProperty(ESObject* object, unsigned index);
@@ -177,6 +201,13 @@ public:
     bool iserrorobj(const ESValue& v) const;
 
     ESRealm& realm() { return m_realm; }
+    ESHeap& heap() { return m_heap; }
+    // What the context's objects may take together with all strings; ESLimits::MemoryBytes if nothing is set.
+    // Beyond that a script ends in ESFatalError "out of memory".
+    void setMemoryLimit(size_t bytes);
+    // For the collector: marks what the context leads to; and asks at the next jump or call of a script.
+    void mark(ESMarker& marker);
+    void hurry() { m_budget = 0; }
     ESObject* globalObject() const { return m_global; }
     ESObject* objectPrototype() const { return m_realm.prototype(ESRealm::Object); }
     ESObject* functionPrototype() const { return m_realm.prototype(ESRealm::Function); }
@@ -208,31 +239,35 @@ private:
         return v.isObject() && v.object()->cls == m_realm.cls(kind);
     }
     struct StateGuard;
+    struct Run;
+    void rest();
     struct NativeLevel;
     template <bool Strict> ESValue run();
     bool strict() const;
     bool askToGoOn();
     ESValue abandon(int entry);
-    void enter(ESObject* function, ESCode* code, ESObject* scope, ESObject* self, int argc, bool entry,
+    void enter(ESObject* function, ESCode* code, ESScope* scope, ESObject* self, int argc, bool entry,
                ESObject* made = nullptr);
-    void callNative(ESObject* function, ESObject* self, int argc, ESValue* argv)
+    void callNative(ESNativeFunctionObject* function, ESObject* self, int argc, ESValue* argv)
     {
-        if (ESHandler handler = function->call->handler)
-            argv[0] = handler({this, function, self, argc, argv});
+        if (function->handler)
+            argv[0] = function->handler({this, function, self, argc, argv});
         else
             function->cls->call(this, function, self, argc, argv);
     }
     ESObject* makeArguments(ESObject* function, const ESValue* argv, int argc);
     ESObject* receiver(const ESValue& value, ESObject* function);
     ESValue memberOf(const ESValue& value, ESString* name);
+    void leaveScopes(ESScope* outside);
     void pushActivation(ESCode* code, const ESValue* argv, int argc);
-    void putElement(ESObject* object, ESString* name, const ESValue& value);
+    ESValue getOwnIndex(ESObject* object, unsigned index);
     void padArguments(int formalCount, int& argc);
     void checkSpace(int slots) const;
     ESObject* newInstance(ESObject* function);
     ESObject* enumerate(ESObject* object);
     ESValue getByKey(const ESValue& object, const ESValue& key);
     void putByKey(const ESValue& object, const ESValue& key, const ESValue& value);
+    bool deleteByKey(ESObject* object, const ESValue& key);
     ESValue incrementMember(const ESValue& object, const ESValue& key, int delta, bool post);
     ESValue incrementDynamic(ESString* name, int delta, bool post);
     ESObject* callee(const ESValue& value);
@@ -245,7 +280,7 @@ private:
     std::unique_ptr<ESValue[]> m_stack;
     ESValue* m_sp = nullptr;    // next free slot
     ESValue* m_limit = nullptr; // behind the last usable slot
-    ESObject* m_scope = nullptr;
+    ESScope* m_scope = nullptr;
     ESObject* m_global = nullptr;
     // Receivers for native methods of strings and numbers that are called on a primitive.
     ESObject* m_stringReceiver = nullptr;
@@ -256,6 +291,7 @@ private:
     std::unique_ptr<ESFrame[]> m_frames;
     int m_frameCount = 0;
     int m_nativeLevel = 0;
+    bool m_evalInside = false;
     int m_budget = ESLimits::HookStride;
     Ask m_ask;
     bool m_stopped = false;

@@ -7,33 +7,32 @@
 
 #include <charconv>
 #include <cmath>
+#include <cstring>
 
 namespace {
 
-QString textOf(const ESValue& value)
+QStringView textOf(const ESValue& value)
 {
-    return value.type() == ESValue::String ? value.string()->text() : *value.text();
+    return value.type() == ESValue::String ? value.string()->view() : QStringView(*value.text());
 }
 
-ESString* interned(const ESValue& value)
+ESString* owned(const ESValue& value)
 {
-    return value.type() == ESValue::String ? value.string() : ESStringPool::intern(*value.text());
+    return value.type() == ESValue::String ? value.string() : ESStringPool::text(*value.text());
 }
 
 // A double as text: whole numbers as 64-bit integers in the radix, beyond that clamped; others with six
-// significant digits.
-QByteArray formatNumber(double number, int radix)
+// significant digits. Returns the length.
+int formatNumber(double number, int radix, char (&buffer)[80])
 {
-    char buffer[80];
     char* end = buffer + sizeof buffer;
+    auto word = [&](const char* text) { return int(stpcpy(buffer, text) - buffer); };
     if (std::isnan(number))
-        return "NaN";
+        return word("NaN");
     if (std::isinf(number))
-        return number < 0 ? "-Infinity" : "Infinity";
-    if (number != std::trunc(number)) {
-        auto result = std::to_chars(buffer, end, number, std::chars_format::general, 6);
-        return QByteArray(buffer, qsizetype(result.ptr - buffer));
-    }
+        return word(number < 0 ? "-Infinity" : "Infinity");
+    if (number != std::trunc(number))
+        return int(std::to_chars(buffer, end, number, std::chars_format::general, 6).ptr - buffer);
     if (radix < 2 || radix > 36)
         radix = 10;
     constexpr double TwoTo63 = 9223372036854775808.0;
@@ -48,8 +47,7 @@ QByteArray formatNumber(double number, int radix)
         whole = magnitude < 2 * TwoTo63 ? uint64_t(magnitude) : ~uint64_t(0);
     if (number < 0)
         *at++ = '-';
-    auto result = std::to_chars(at, end, whole, radix);
-    return QByteArray(buffer, qsizetype(result.ptr - buffer));
+    return int(std::to_chars(at, end, whole, radix).ptr - buffer);
 }
 
 double parseNumber(QStringView text)
@@ -93,8 +91,14 @@ bool ESConversions::toBoolean(const ESValue& value)
 bool ESConversions::identical(const ESValue& a, const ESValue& b)
 {
     if (a.isString() && b.isString()) {
-        if (a.type() == ESValue::String && b.type() == ESValue::String)
-            return a.string() == b.string();
+        if (a.type() == ESValue::String && b.type() == ESValue::String) {
+            const ESString* left = a.string();
+            const ESString* right = b.string();
+            if (left == right)
+                return true;
+            if ((left->isName() && right->isName()) || left->length() != right->length())
+                return false;
+        }
         return textOf(a) == textOf(b);
     }
     if (a.type() != b.type())
@@ -150,15 +154,17 @@ bool ESConversions::lessOrEqual(const ESValue& left, const ESValue& right)
     return l <= ToNumber(b);
 }
 
-ESString* ESConversions::numberToEString(double number)
+ESString* ESConversions::numberToEString(double number, int radix)
 {
-    if (number >= 0 && number <= 4294967295.0) {
-        unsigned whole = unsigned(number);
+    // The texts of the numbers that are met most often are kept as names.
+    if (radix == 10 && number >= 0 && number < ESLimits::NumberStrings) {
+        auto whole = unsigned(number);
         if (whole == number)
             return ESStringPool::number(whole);
     }
-    QByteArray text = formatNumber(number, 10);
-    return ESStringPool::intern(text.constData());
+    char buffer[80];
+    int length = formatNumber(number, radix, buffer);
+    return ESStringPool::text(buffer, length);
 }
 
 QString ESConversions::toString(const ESValue& value, int radix)
@@ -167,7 +173,11 @@ QString ESConversions::toString(const ESValue& value, int radix)
     case ESValue::Undefined: return g_undefinedString->text();
     case ESValue::Null: return g_nullString->text();
     case ESValue::Boolean: return (value.bits() ? g_trueString : g_falseString)->text();
-    case ESValue::Number: return QString::fromLatin1(formatNumber(value.number(), radix));
+    case ESValue::Number: {
+        char buffer[80];
+        int length = formatNumber(value.number(), radix, buffer);
+        return QString::fromLatin1(buffer, length);
+    }
     case ESValue::Text: return *value.text();
     case ESValue::String: return value.string()->text();
     case ESValue::Object: {
@@ -189,7 +199,10 @@ ESString* ESConversions::toEString(const ESValue& value)
         hardToPrimitive(primitive, StringHint);
         return toEString(primitive);
     }
-    default: return ESStringPool::intern(toString(value, 10));
+    case ESValue::Undefined: return g_undefinedString;
+    case ESValue::Null: return g_nullString;
+    case ESValue::Boolean: return value.bits() ? g_trueString : g_falseString;
+    default: return ESStringPool::text(toString(value, 10));
     }
 }
 
@@ -233,7 +246,7 @@ ESObject* ESConversions::convertToObject(const ESValue& value)
     case ESValue::Boolean:
     case ESValue::Number: return wrap(value);
     case ESValue::Text:
-    case ESValue::String: return wrap(ESValue(interned(value)));
+    case ESValue::String: return wrap(ESValue(owned(value)));
     case ESValue::Object: return value.object();
     default: throw ESFatalError("unknown type in toObject");
     }

@@ -2,7 +2,7 @@
 // world (methods of objects, wrappers, errors) is asked of the context, which derives from this.
 #pragma once
 
-#include "script/engine/ESString.h"
+#include "script/engine/ESStringPool.h"
 #include "script/engine/ESValue.h"
 
 #include <QString>
@@ -21,8 +21,10 @@ public:
     bool lessOrEqual(const ESValue& a, const ESValue& b);
 
     QString toString(const ESValue& value, int radix = 10);
+    // The text of a value; and its name, where it serves to find a property.
     ESString* toEString(const ESValue& value);
-    static ESString* numberToEString(double number);
+    ESString* toName(const ESValue& value) { return ESStringPool::name(toEString(value)); }
+    static ESString* numberToEString(double number, int radix = 10);
 
     double ToNumber(const ESValue& value)
     {

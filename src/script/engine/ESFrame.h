@@ -6,6 +6,7 @@
 class ESCode;
 class ESThread;
 struct ESObject;
+struct ESScope;
 struct ESStep;
 
 struct ESFrame {
@@ -13,7 +14,8 @@ struct ESFrame {
     ESValue* registers; // formal parameters, then locals
     ESValue* base;      // the first argument; the stack ends here again afterwards
     const ESThread* thread;
-    ESObject* callerScope;
+    ESScope* scope; // around the function
+    ESScope* callerScope;
     ESObject* callerSelf;
     ESObject* made; // the object under construction, or null
     ESCode* code;

@@ -9,20 +9,21 @@
 #include <cassert>
 #include <cmath>
 #include <typeinfo>
+#include <utility>
 
 namespace {
 
 // The own property, looked for first where this step found it the last time.
 inline ESProperty* findCached(ESObject* object, ESString* name, uint32_t& cache)
 {
-    ESProperty* data = object->properties.data();
-    if (cache < object->properties.count() && data[cache].name == name)
-        return data + cache;
-    if (!(object->names & name->nameBit()))
+    ESProperty* slots = object->slots();
+    if (cache < object->slotCount() && slots[cache].nameIndex == uint32_t(name->index()))
+        return slots + cache;
+    if (!object->mayHave(name))
         return nullptr;
     ESProperty* found = object->search(name);
     if (found)
-        cache = uint32_t(found - data);
+        cache = uint32_t(found - object->slots());
     return found;
 }
 
@@ -33,25 +34,31 @@ inline bool truth(const ESValue& value)
     return value.isObject() || ESContext::toBoolean(ESValue(value));
 }
 
-// The number as a key below the table of number strings, or -1.
+// The element of an array at a key that is a whole number, or null when there is none.
+inline ESValue* elementAt(ESObject* object, const ESValue& key)
+{
+    if (!key.isNumber() || !object->is(ESObject::Elements))
+        return nullptr;
+    auto* array = static_cast<ESArray*>(object);
+    double number = key.number();
+    // Out of range the conversion gives the lowest number, which is beyond the elements, too.
+    auto index = uint64_t(int64_t(number));
+    if (index >= array->count || double(index) != number)
+        return nullptr;
+    ESValue* element = array->elements + index;
+    return element->type() != ESValue::Hole ? element : nullptr;
+}
+
+// The number of a case, or -1.
 inline int smallKey(const ESValue& key)
 {
     if (!key.isNumber())
         return -1;
     double number = key.number();
-    if (!(number >= 0 && number < ESLimits::NumberStrings))
+    if (!(number >= 0 && number < 65536))
         return -1;
     int index = int(number);
     return index == number ? index : -1;
-}
-
-// An element of an array is most often one slot behind the one of its index, since `length` comes first.
-inline ESProperty* elementSlot(ESObject* object, ESString* name, int index)
-{
-    uint32_t guess = uint32_t(index) + 1;
-    if (guess < object->properties.count() && object->properties.data()[guess].name == name)
-        return object->properties.data() + guess;
-    return object->find(name);
 }
 
 inline double modulo(double left, double right)
@@ -68,6 +75,34 @@ inline double modulo(double left, double right)
 
 } // namespace
 
+// One run of a machine while it is going on. It is blind when a native function that another machine called
+// has started it: what that native holds is not to be seen.
+struct ESContext::Run {
+    explicit Run(ESContext* context) : blind(!std::exchange(context->m_evalInside, false) && g_runs > 0)
+    {
+        ++g_runs;
+        g_blindRuns += blind;
+    }
+    ~Run()
+    {
+        --g_runs;
+        g_blindRuns -= blind;
+    }
+    Run(const Run&) = delete;
+    Run& operator=(const Run&) = delete;
+
+    bool blind;
+    static inline int g_runs = 0;
+    static inline int g_blindRuns = 0;
+};
+
+// Between two steps, with A and the stack pointer written back.
+void ESContext::rest()
+{
+    if (ESCollector::wanted() && !Run::g_blindRuns)
+        ESCollector::collect();
+}
+
 bool ESContext::strict() const
 {
     return m_ask == Ask::EachInstruction && typeid(*this) != typeid(ESContext);
@@ -76,6 +111,7 @@ bool ESContext::strict() const
 void ESContext::estmt(ESCode* code)
 {
     assert(m_frameCount > 0 && m_frames[size_t(m_frameCount - 1)].code == code);
+    Run running(this);
     m_A = strict() ? run<true>() : run<false>();
 }
 
@@ -91,6 +127,7 @@ template <bool Strict> ESValue ESContext::run()
     ESValue* registers = frame->registers;
     ESValue* sp = m_sp;
     ESValue A = m_A;
+    const uint32_t lengthIndex = uint32_t(g_lengthString->index());
     // The operands of a call on its way to `call`.
     ESValue callee;
     ESObject* self = nullptr;
@@ -114,17 +151,16 @@ template <bool Strict> ESValue ESContext::run()
 #define JUMP()                                                                                               \
     do {                                                                                                     \
         ip += ip->a;                                                                                         \
-        if constexpr (!Strict)                                                                               \
-            if (--m_budget < 0) [[unlikely]]                                                                 \
-                goto question;                                                                               \
+        if (--m_budget < 0) [[unlikely]]                                                                     \
+            goto question;                                                                                   \
         DISPATCH();                                                                                          \
     } while (0)
 #define SAVE() (frame->ip = ip, m_sp = sp)
 #define PUSH(v) (*sp++ = A, A = (v))
 #define POP() (A = *--sp)
 #define REGISTER(n) registers[n]
-#define GLOBAL(n) m_global->properties.data()[n]
-#define ACTIVATION(n) m_scope->value.object()->properties.data()[n]
+#define GLOBAL(n) m_global->slots()[n]
+#define ACTIVATION(n) m_scope->object->slots()[n]
 #define CALL(fn_, self_, count_)                                                                             \
     do {                                                                                                     \
         callee = (fn_);                                                                                      \
@@ -147,8 +183,13 @@ template <bool Strict> ESValue ESContext::run()
 
     DISPATCH();
 
-    [[maybe_unused]] question : SAVE();
-    if (!askToGoOn())
+question:
+    SAVE();
+    m_A = A;
+    rest();
+    if constexpr (Strict)
+        m_budget = ESLimits::HookStride;
+    else if (!askToGoOn())
         goto stop;
     DISPATCH();
 
@@ -174,14 +215,14 @@ do_TYPEOF:
     case ESValue::Null: A = g_objectString; break;
     case ESValue::Boolean: A = g_booleanString; break;
     case ESValue::Number: A = g_numberString; break;
-    case ESValue::Object: A = A.object()->call ? g_functionString : g_objectString; break;
+    case ESValue::Object: A = A.object()->isCallable() ? g_functionString : g_objectString; break;
     default: A = g_stringString; break;
     }
     NEXT();
 
 do_NEWOBJ:
     PUSH(ESValue(mkplain()));
-    A.object()->properties.reserve(uint32_t(ip->a));
+    A.object()->reserve(uint32_t(ip->a));
     NEXT();
 do_CLOSURE:
     PUSH(ESValue(mkfunction(ip->u.code, m_scope)));
@@ -210,14 +251,13 @@ do_ENUM : {
 }
 
 do_NEXT : {
-    if (!A.isObject())
+    // The list of names that ENUM made; each is taken out.
+    if (!A.isObject() || !A.object()->array())
         throw ESFatalError("tos isn't a property object");
-    // The object is one that ENUM made: `index` and `length` come first, then the names.
-    ESPropertyArray& names = A.object()->properties;
-    double index = names[0].value().number();
-    if (index < names[1].value().number()) {
-        names[0].setValue(ESValue(index + 1));
-        A = names[uint32_t(index) + 2].value();
+    ESArray* names = A.object()->array();
+    if (names->count) {
+        A = names->elements[0];
+        names->dropFirst();
         JUMP();
     }
     POP();
@@ -226,15 +266,12 @@ do_NEXT : {
 
 do_WITH : {
     OBJECT(object, A);
-    ESObject* cell = mkobj();
-    cell->prototype = m_scope;
-    cell->value = ESValue(object);
-    m_scope = cell;
+    m_scope = m_heap.makeScope(m_scope, object);
     POP();
     NEXT();
 }
 do_ENDWITH:
-    m_scope = m_scope->prototype;
+    leaveScopes(m_scope->next);
     NEXT();
 
     // Variables.
@@ -282,9 +319,9 @@ do_SETR:
 
 do_GETW : {
     *sp++ = A;
-    for (ESObject* cell = m_scope; cell; cell = cell->prototype) {
-        ESObject* object = cell->value.object();
-        if (object->prototype || object->cls->access() != ESClass::Access::Plain)
+    for (ESScope* cell = m_scope; cell; cell = cell->next) {
+        ESObject* object = cell->object;
+        if (object->prototype || object->is(ESObject::OwnPut))
             break;
         if (ESProperty* found = findCached(object, ip->u.name, ip->cache)) {
             A = found->value();
@@ -299,9 +336,9 @@ do_GETW : {
 }
 
 do_PUTW : {
-    for (ESObject* cell = m_scope; cell; cell = cell->prototype) {
-        ESObject* object = cell->value.object();
-        if (object->prototype || object->cls->access() != ESClass::Access::Plain)
+    for (ESScope* cell = m_scope; cell; cell = cell->next) {
+        ESObject* object = cell->object;
+        if (object->prototype || object->is(ESObject::OwnPut))
             break;
         if (ESProperty* found = findCached(object, ip->u.name, ip->cache)) {
             if (!(found->attributes & ESProperty::ReadOnly))
@@ -321,7 +358,7 @@ do_PUTW : {
 #define GET_NAMED(from_)                                                                                     \
     do {                                                                                                     \
         ESValue holder_ = (from_);                                                                           \
-        if (holder_.isObject() && holder_.object()->cls->access() != ESClass::Access::Own) [[likely]] {      \
+        if (holder_.isObject() && !holder_.object()->is(ESObject::OwnAccess)) [[likely]] {                   \
             ESObject* o_ = holder_.object();                                                                 \
             ESProperty* found_;                                                                              \
             do                                                                                               \
@@ -350,7 +387,7 @@ do_GETF_T:
     do {                                                                                                     \
         ESObject* o_ = (into_);                                                                              \
         ESValue v_ = (what_);                                                                                \
-        if (o_->cls->access() == ESClass::Access::Plain) [[likely]] {                                        \
+        if (!o_->is(ESObject::OwnPut)) [[likely]] {                                                          \
             if (ESProperty* found_ = findCached(o_, ip->u.name, ip->cache)) {                                \
                 if (!(found_->attributes & ESProperty::ReadOnly))                                            \
                     found_->setValue(v_);                                                                    \
@@ -385,12 +422,9 @@ do_PUTF_T:
     do {                                                                                                     \
         ESValue h_ = (from_);                                                                                \
         ESValue k_ = (at_);                                                                                  \
-        int index_ = smallKey(k_);                                                                           \
-        if (index_ >= 0 && h_.isObject() && h_.object()->cls->access() != ESClass::Access::Own) {            \
-            ESString* name_ = ESStringPool::number(unsigned(index_));                                        \
-            ESObject* o_ = h_.object();                                                                      \
-            ESProperty* found_ = elementSlot(o_, name_, index_);                                             \
-            A = found_ ? found_->value() : o_->prototype ? plainGet(o_->prototype, name_) : g_undefined;     \
+        ESValue* found_ = h_.isObject() ? elementAt(h_.object(), k_) : nullptr;                              \
+        if (found_) {                                                                                        \
+            A = *found_;                                                                                     \
         } else {                                                                                             \
             SAVE();                                                                                          \
             A = getByKey(ESValue(h_), ESValue(k_));                                                          \
@@ -412,22 +446,16 @@ do_GETX_RR:
     GET_ELEMENT(REGISTER(ip->a), REGISTER(ip->c));
     NEXT();
 
+// An element that is there has been counted in `length`, if that is where arrays have it.
 #define PUT_ELEMENT(into_, at_, what_)                                                                       \
     do {                                                                                                     \
         ESValue h_ = (into_);                                                                                \
         ESValue k_ = (at_);                                                                                  \
         ESValue v_ = (what_);                                                                                \
-        int index_ = smallKey(k_);                                                                           \
-        if (index_ >= 0 && h_.isObject() && h_.object()->cls->access() == ESClass::Access::Array) {          \
-            ESObject* o_ = h_.object();                                                                      \
-            ESString* name_ = ESStringPool::number(unsigned(index_));                                        \
-            uint32_t guess_ = uint32_t(index_) + 1;                                                          \
-            ESProperty* data_ = o_->properties.data();                                                       \
-            if (guess_ < o_->properties.count() && data_[guess_].name == name_ &&                            \
-                data_[0].name == g_lengthString && !(data_[guess_].attributes & ESProperty::ReadOnly))       \
-                data_[guess_].setValue(v_);                                                                  \
-            else                                                                                             \
-                putElement(o_, name_, ESValue(v_));                                                          \
+        ESValue* found_ = h_.isObject() ? elementAt(h_.object(), k_) : nullptr;                              \
+        if (found_ && !v_.isUndefined() && h_.object()->slotCount() &&                                       \
+            h_.object()->slots()[0].nameIndex == lengthIndex) {                                              \
+            *found_ = v_;                                                                                    \
         } else {                                                                                             \
             SAVE();                                                                                          \
             putByKey(ESValue(h_), ESValue(k_), ESValue(v_));                                                 \
@@ -449,7 +477,7 @@ do_MEMBEROP : {
     ESValue right = *--sp;
     OBJECT(object, holder);
     SAVE();
-    ESString* name = toEString(ESValue(A));
+    ESString* name = toName(ESValue(A));
     A = binary(ip->a, get(object, name), ESValue(right));
     put(object, name, ESValue(A));
     NEXT();
@@ -504,7 +532,7 @@ do_DELETEX : {
     ESValue holder = *--sp;
     OBJECT(object, holder);
     SAVE();
-    A = ESValue::boolean(deleteProperty(object, toEString(ESValue(A))));
+    A = ESValue::boolean(deleteByKey(object, ESValue(A)));
     NEXT();
 }
 
@@ -705,6 +733,8 @@ do_CALLW : {
     SAVE();
     ESValue value;
     ESObject* holder = dynamicGet(ip->u.name, value);
+    if (holder->kind() == ESObject::Activation) [[unlikely]]
+        static_cast<ESActivationObject*>(holder)->scope.captured = true;
     CALL(value, ip->a ? m_global : holder, ip->b);
 }
 do_CALLG:
@@ -745,10 +775,10 @@ do_CALLX : {
 
 do_NEW : {
     SAVE();
-    if (!A.isObject() || !A.object()->construct)
+    if (!A.isObject() || !A.object()->isConstructor())
         throwTypeError(QStringLiteral("new must be given a constructor object"));
     ESObject* function = A.object();
-    if (function->builtinId >= 0) {
+    if (function->isNative()) {
         ESValue* argv = sp - ip->a;
         A = ESValue(construct(function, ip->a, argv));
         sp = argv;
@@ -761,24 +791,25 @@ do_NEW : {
 }
 
 call : {
-    if (!callee.isObject() || !callee.object()->call) [[unlikely]] {
+    if (!callee.isObject() || !callee.object()->isCallable()) [[unlikely]] {
         SAVE();
         throwTypeError(QStringLiteral("not a function object"));
     }
-    ESObject* function = callee.object();
-    ESClosure* closure = function->call;
-    if (argc < closure->formalCount) {
+    ESNativeFunctionObject* native = nativeFunction(callee.object());
+    auto* function = static_cast<ESFunctionObject*>(callee.object());
+    int formals = native ? native->formalCount : function->code->formalCount;
+    if (argc < formals) {
         SAVE();
-        checkSpace(closure->formalCount - argc);
-        for (; argc < closure->formalCount; ++argc)
+        checkSpace(formals - argc);
+        for (; argc < formals; ++argc)
             *sp++ = g_undefined;
     }
     SAVE();
-    if (function->builtinId >= 0) {
+    if (native) {
         ESValue* argv = sp - argc;
         if (!argc)
             *sp = g_undefined;
-        callNative(function, self, argc, argv);
+        callNative(native, self, argc, argv);
         A = *argv;
         sp = argv;
         if (!Strict && m_stopped) [[unlikely]]
@@ -786,16 +817,15 @@ call : {
         NEXT();
     }
     m_A = A;
-    enter(function, closure->code, closure->scope, self, argc, false, made);
+    enter(function, function->code, function->scope, self, argc, false, made);
     made = nullptr;
     frame = &m_frames[size_t(m_frameCount - 1)];
     A = m_A;
     sp = m_sp;
     ip = frame->ip;
     registers = frame->registers;
-    if constexpr (!Strict)
-        if (--m_budget < 0) [[unlikely]]
-            goto question;
+    if (--m_budget < 0) [[unlikely]]
+        goto question;
     DISPATCH();
 }
 
@@ -810,10 +840,12 @@ do_RET:
 
 leave:
     sp = frame->base;
+    if (m_scope != frame->scope)
+        leaveScopes(frame->scope);
     m_scope = frame->callerScope;
     m_self = frame->callerSelf;
     if (frame->made) {
-        frame->code->constructedProperties = frame->made->properties.count();
+        frame->code->constructedProperties = frame->made->slotCount();
         if (!A.isObject())
             A = ESValue(frame->made);
     }

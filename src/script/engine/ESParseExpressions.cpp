@@ -212,7 +212,7 @@ ESNode* ESCompiler::memberSuffix(ESNode* object)
     if (key->kind == ESToken::StringLiteral)
         constant = key->name;
     else if (key->kind == ESToken::NumberLiteral)
-        constant = ESContext::numberToEString(m_code->numbers[size_t(key->number)]);
+        constant = ESStringPool::name(ESContext::numberToEString(m_code->numbers[size_t(key->number)]));
     if (!constant)
         return make('[', object, key);
     ESNode* node = make('.', object);
@@ -307,7 +307,7 @@ ESNode* ESCompiler::objectLiteral()
         if (token == ESToken::Identifier || token == ESToken::StringLiteral)
             key = m_lexer.name();
         else if (token == ESToken::NumberLiteral)
-            key = ESContext::numberToEString(m_lexer.number());
+            key = ESStringPool::name(ESContext::numberToEString(m_lexer.number()));
         else
             fail(m_lexer.line(),
                  QStringLiteral("number, string, or identifier expected in object initialiser"));

@@ -1,70 +1,60 @@
 #include "script/engine/ESStringPool.h"
 
+#include "script/engine/ESCollector.h"
 #include "script/engine/ESException.h"
 
+#include <algorithm>
 #include <array>
-#include <charconv>
+#include <cstdlib>
 #include <cstring>
-#include <deque>
-#include <utility>
+#include <memory>
+#include <new>
 #include <vector>
 
 namespace {
 
-// Below this length a concatenation is put together at once: a copy of so few characters costs less
-// than remembering its halves, and property names have to be flat anyway.
-constexpr int ShortText = 32;
-
-constexpr uint64_t HashBase = 0x9E3779B97F4A7C15;
-
-// A polynomial hash, so that the hash of a concatenation follows from those of its halves.
-uint64_t extend(uint64_t hash, QStringView text)
-{
-    for (QChar c : text)
-        hash = hash * HashBase + c.unicode() + 1;
-    return hash;
-}
-
-uint64_t power(unsigned exponent)
-{
-    uint64_t result = 1;
-    for (uint64_t square = HashBase; exponent; exponent >>= 1, square *= square)
-        if (exponent & 1)
-            result *= square;
-    return result;
-}
-
-// The low bits of a polynomial hash depend on the low bits of the characters alone.
-uint32_t spread(uint64_t hash)
-{
-    hash ^= hash >> 29;
-    return uint32_t((hash * 0xBF58476D1CE4E5B9) >> 32);
-}
+// Up to this length a concatenation is put together at once.
+constexpr uint32_t ShortText = 40;
+// A part of a text is a copy up to this length, and leads to the whole beyond.
+constexpr uint32_t CopiedPart = 64;
+constexpr size_t BlockStrings = 680;
 
 struct Entry {
     uint32_t hash;
-    uint32_t index; // in the vector, plus 1; 0 in an empty entry
+    uint32_t index; // of the name; 0 in an empty entry
 };
 
 // Open addressing, at most half full.
-std::vector<Entry> g_stringMap;
-std::vector<ESString*> g_stringVector;
-std::deque<ESString> g_storage;
-std::array<ESString*, 256> g_characters;
+std::vector<Entry> g_nameMap;
+std::vector<ESString*> g_nameVector;
+std::vector<ESString*> g_blocks;
+ESString* g_free = nullptr;
+uint64_t g_nextOrder = 1;
+// Places of numbers in the order of strings, by pages that are made when one of their numbers is met.
+constexpr unsigned NumberPage = 64;
+std::vector<std::unique_ptr<std::array<uint64_t, NumberPage>>> g_numberOrder;
+
+uint32_t hashOf(QStringView text)
+{
+    uint64_t hash = uint64_t(text.size());
+    for (QChar c : text)
+        hash = (hash ^ c.unicode()) * 0x9E3779B97F4A7C15;
+    return uint32_t(hash >> 32);
+}
 
 void place(uint32_t hash, uint32_t index)
 {
-    size_t mask = g_stringMap.size() - 1;
+    size_t mask = g_nameMap.size() - 1;
     size_t at = hash & mask;
-    while (g_stringMap[at].index)
+    while (g_nameMap[at].index)
         at = (at + 1) & mask;
-    g_stringMap[at] = {hash, index};
+    g_nameMap[at] = {hash, index};
 }
 
-void grow()
+void growMap()
 {
-    std::vector<Entry> old(g_stringMap.empty() ? 2048 : g_stringMap.size() * 2);
-    old.swap(g_stringMap);
+    std::vector<Entry> old(g_nameMap.empty() ? 2048 : g_nameMap.size() * 2);
+    old.swap(g_nameMap);
     for (const Entry& entry : old)
         if (entry.index)
             place(entry.hash, entry.index);
@@ -94,17 +84,21 @@ QStringView formatNumber(unsigned n, char16_t (&buffer)[12])
     return QStringView(at, buffer + 12 - at);
 }
 
-template <typename Same> ESString* find(uint64_t hash, int length, Same same)
+bool same(QStringView a, QStringView b)
 {
-    if (g_stringMap.empty())
+    return a.size() == b.size() && std::memcmp(a.utf16(), b.utf16(), size_t(a.size()) * 2) == 0;
+}
+
+ESString* search(QStringView text, uint32_t hash)
+{
+    if (g_nameMap.empty())
         return nullptr;
-    uint32_t low = spread(hash);
-    size_t mask = g_stringMap.size() - 1;
-    for (size_t at = low & mask; g_stringMap[at].index; at = (at + 1) & mask) {
-        if (g_stringMap[at].hash != low)
+    size_t mask = g_nameMap.size() - 1;
+    for (size_t at = hash & mask; g_nameMap[at].index; at = (at + 1) & mask) {
+        if (g_nameMap[at].hash != hash)
             continue;
-        ESString* candidate = g_stringVector[g_stringMap[at].index - 1];
-        if (candidate->length() == length && same(candidate))
+        ESString* candidate = g_nameVector[g_nameMap[at].index];
+        if (same(candidate->view(), text))
             return candidate;
     }
     return nullptr;
@@ -113,68 +107,185 @@ template <typename Same> ESString* find(uint64_t hash, int length, Same same)
 } // namespace
 
 ESString* ESStringPool::g_numbers[ESLimits::NumberStrings];
+ESString* ESStringPool::g_characters[256];
+ESString** ESStringPool::g_names;
+size_t ESStringPool::g_bytes;
+size_t ESStringPool::g_limit = ESLimits::MemoryBytes;
 
-void ESString::join() const
+// Characters of texts.
+
+const char16_t* ESString::settle() const
 {
-    if (!m_left->m_pending && m_left->m_left && m_left->m_length >= m_right->m_length) {
-        QString text = std::exchange(m_left->m_text, QString());
-        m_left->m_pending = true;
-        text += m_right->text();
-        m_text = text;
-        m_pending = false;
-        return;
+    if (m_form == Rope) {
+        const_cast<ESString*>(this)->flatten();
+        return m_flat.chars;
     }
-    QString text(m_length, Qt::Uninitialized);
-    QChar* end = text.data() + m_length;
-    // From the right end, so that the long left-hand chains of "s = s + x" keep the list short.
-    std::vector<const ESString*> open{this};
-    while (!open.empty()) {
-        const ESString* part = open.back();
-        open.pop_back();
-        if (part->m_pending) {
-            open.push_back(part->m_left);
-            open.push_back(part->m_right);
-        } else {
-            end -= part->m_length;
-            std::memcpy(end, part->m_text.constData(), size_t(part->m_length) * sizeof(QChar));
-        }
+    // A slice of a slice leads to the whole from now on.
+    ESString* base = m_slice.base;
+    uint32_t offset = m_slice.offset;
+    while (base->m_form == Slice) {
+        offset += base->m_slice.offset;
+        base = base->m_slice.base;
     }
-    m_text = text;
-    m_pending = false;
+    auto* self = const_cast<ESString*>(this);
+    self->m_slice.base = base;
+    self->m_slice.offset = offset;
+    return base->chars() + offset;
 }
 
-namespace {
-
-template <typename Fill> ESString* add(uint64_t hash, Fill fill)
+void ESString::flatten()
 {
-    if ((g_stringVector.size() + 1) * 2 > g_stringMap.size())
-        grow();
-    g_storage.emplace_back();
-    ESString* string = &g_storage.back();
-    fill(string, int(g_stringVector.size()));
-    g_stringVector.push_back(string);
-    place(spread(hash), uint32_t(g_stringVector.size()));
+    char16_t* chars = ESStringPool::allocateUnits(m_length);
+    char16_t* end = chars + m_length;
+    // From the right end, so that long chains to the left keep the list short.
+    std::vector<const ESString*> open{m_rope.left, m_rope.right};
+    while (!open.empty()) {
+        const ESString* piece = open.back();
+        open.pop_back();
+        if (piece->m_form == Rope) {
+            open.push_back(piece->m_rope.left);
+            open.push_back(piece->m_rope.right);
+        } else {
+            end -= piece->m_length;
+            std::memcpy(end, piece->chars(), size_t(piece->m_length) * 2);
+        }
+    }
+    m_flat = {chars, m_length};
+    m_form = Flat;
+}
+
+// Makes the characters the string's own.
+void ESString::own()
+{
+    if (m_form == Rope) {
+        flatten();
+    } else if (m_form == Slice) {
+        char16_t* chars = ESStringPool::allocateUnits(m_length);
+        std::memcpy(chars, settle(), size_t(m_length) * 2);
+        m_flat = {chars, m_length};
+        m_form = Flat;
+    }
+}
+
+// Memory.
+
+void ESStringPool::charge(size_t bytes)
+{
+    if (g_bytes + bytes > g_limit)
+        throw ESFatalError("out of memory");
+    g_bytes += bytes;
+    ESCollector::allocated(bytes);
+}
+
+char16_t* ESStringPool::allocateUnits(uint32_t units)
+{
+    charge(size_t(units) * 2);
+    auto* chars = static_cast<char16_t*>(std::malloc(std::max(size_t(units) * 2, size_t(1))));
+    if (!chars)
+        throw std::bad_alloc();
+    return chars;
+}
+
+ESString* ESStringPool::allocate()
+{
+    charge(sizeof(ESString));
+    if (!g_free) {
+        auto* block = new ESString[BlockStrings];
+        g_blocks.push_back(block);
+        for (size_t i = BlockStrings; i-- > 0;) {
+            block[i].m_nextFree = g_free;
+            g_free = block + i;
+        }
+    }
+    ESString* string = g_free;
+    g_free = string->m_nextFree;
+    string->m_order = g_nextOrder++;
     return string;
 }
 
-} // namespace
+void ESStringPool::sweep()
+{
+    for (ESString* block : g_blocks) {
+        for (size_t i = 0; i < BlockStrings; ++i) {
+            ESString& string = block[i];
+            if (string.m_form == ESString::Free || string.m_index)
+                continue;
+            if (string.m_marked) {
+                string.m_marked = false;
+                continue;
+            }
+            if (string.m_form == ESString::Flat) {
+                std::free(string.m_flat.chars);
+                g_bytes -= size_t(string.m_flat.capacity) * 2;
+            }
+            g_bytes -= sizeof(ESString);
+            string.m_form = ESString::Free;
+            string.m_nextFree = g_free;
+            g_free = &string;
+        }
+    }
+}
+
+void ESStringPool::clear()
+{
+    for (ESString* block : g_blocks) {
+        for (size_t i = 0; i < BlockStrings; ++i)
+            if (block[i].m_form == ESString::Flat)
+                std::free(block[i].m_flat.chars);
+        delete[] block;
+    }
+    g_blocks.clear();
+    g_free = nullptr;
+    g_nameMap.clear();
+    g_nameVector.clear();
+    g_names = nullptr;
+    g_numberOrder.clear();
+    g_nextOrder = 1;
+    g_bytes = 0;
+    std::memset(g_characters, 0, sizeof g_characters);
+    std::memset(g_numbers, 0, sizeof g_numbers);
+}
+
+// Names.
+
+ESString* ESStringPool::find(QStringView text)
+{
+    return search(text, hashOf(text));
+}
+
+// Makes a name of a string whose text is no name yet.
+ESString* ESStringPool::enter(ESString* string, uint32_t hash)
+{
+    string->own();
+    if ((g_nameVector.size() + 1) * 2 > g_nameMap.size())
+        growMap();
+    if (g_nameVector.empty())
+        g_nameVector.push_back(nullptr);
+    string->m_index = uint32_t(g_nameVector.size());
+    g_nameVector.push_back(string);
+    g_names = g_nameVector.data();
+    string->m_arrayIndex = asArrayIndex(string->view());
+    if (string->m_arrayIndex >= 0) {
+        string->m_order = meetNumber(unsigned(string->m_arrayIndex));
+        if (string->m_arrayIndex < ESLimits::NumberStrings)
+            g_numbers[string->m_arrayIndex] = string;
+    }
+    place(hash, string->m_index);
+    return string;
+}
+
+ESString* ESStringPool::makeName(ESString* string)
+{
+    uint32_t hash = hashOf(string->view());
+    ESString* found = search(string->view(), hash);
+    return found ? found : enter(string, hash);
+}
 
 ESString* ESStringPool::intern(QStringView text)
 {
-    uint64_t hash = extend(0, text);
-    ESString* found = find(hash, int(text.size()),
-                           [&](ESString* s) { return s->m_hash == hash && QStringView(s->text()) == text; });
-    if (found)
-        return found;
-    return add(hash, [&](ESString* s, int index) {
-        s->m_index = index;
-        s->m_length = int(text.size());
-        s->m_hash = hash;
-        s->m_text = text.toString();
-        s->m_arrayIndex = asArrayIndex(text);
-        if (s->m_arrayIndex >= 0 && s->m_arrayIndex < ESLimits::NumberStrings)
-            g_numbers[s->m_arrayIndex] = s;
-    });
+    uint32_t hash = hashOf(text);
+    ESString* found = search(text, hash);
+    return found ? found : enter(make(text), hash);
 }
 
 ESString* ESStringPool::intern(const QString& text)
@@ -186,23 +297,28 @@ ESString* ESStringPool::intern(const QString& text)
 
 ESString* ESStringPool::intern(const char* latin1)
 {
-    char16_t buffer[64];
-    size_t length = std::strlen(latin1);
-    if (length > std::size(buffer))
-        return intern(QString::fromLatin1(latin1));
-    for (size_t i = 0; i < length; ++i)
-        buffer[i] = static_cast<unsigned char>(latin1[i]);
-    return intern(QStringView(buffer, qsizetype(length)));
-}
-
-ESString* ESStringPool::get(int index)
-{
-    return g_stringVector[size_t(index)];
+    return intern(QStringView(QString::fromLatin1(latin1)));
 }
 
 int ESStringPool::count()
 {
-    return int(g_stringVector.size());
+    return int(g_nameVector.size());
+}
+
+uint64_t ESStringPool::meetNumber(unsigned n)
+{
+    // So high up they come behind all others, in their own order.
+    if (n >= ESLimits::OrderedNumbers)
+        return (uint64_t(1) << 63) + n;
+    size_t page = n / NumberPage;
+    if (page >= g_numberOrder.size())
+        g_numberOrder.resize(page + 1);
+    if (!g_numberOrder[page])
+        g_numberOrder[page] = std::make_unique<std::array<uint64_t, NumberPage>>();
+    uint64_t& order = (*g_numberOrder[page])[n % NumberPage];
+    if (!order)
+        order = g_nextOrder++;
+    return order;
 }
 
 ESString* ESStringPool::makeNumber(unsigned n)
@@ -211,8 +327,10 @@ ESString* ESStringPool::makeNumber(unsigned n)
     return intern(formatNumber(n, buffer));
 }
 
-ESString* ESStringPool::signedNumber(int n)
+ESString* ESStringPool::number(int n)
 {
+    if (n >= 0)
+        return number(unsigned(n));
     char16_t buffer[12];
     QStringView digits = formatNumber(0u - unsigned(n), buffer);
     char16_t* sign = buffer + (12 - digits.size() - 1);
@@ -225,67 +343,117 @@ ESString* ESStringPool::findNumber(unsigned n)
     if (n < unsigned(ESLimits::NumberStrings))
         return g_numbers[n];
     char16_t buffer[12];
-    QStringView text = formatNumber(n, buffer);
-    uint64_t hash = extend(0, text);
-    return find(hash, int(text.size()),
-                [&](ESString* s) { return s->m_hash == hash && QStringView(s->text()) == text; });
+    return find(formatNumber(n, buffer));
+}
+
+// Texts.
+
+ESString* ESStringPool::make(QStringView text)
+{
+    auto length = uint32_t(text.size());
+    char16_t* chars = length > ESString::InlineLength ? allocateUnits(length) : nullptr;
+    ESString* string = allocate();
+    string->m_length = length;
+    string->m_form = chars ? ESString::Flat : ESString::Inline;
+    std::memcpy(chars ? chars : string->m_inline, text.utf16(), size_t(length) * 2);
+    if (chars)
+        string->m_flat = {chars, length};
+    return string;
+}
+
+ESString* ESStringPool::makeCharacter(char16_t unit)
+{
+    if (unit >= 256)
+        return make(QStringView(&unit, 1));
+    return g_characters[unit] = intern(QStringView(&unit, 1));
+}
+
+ESString* ESStringPool::text(QStringView text)
+{
+    if (text.size() > ESLimits::StringLength)
+        throw ESFatalError("string too long");
+    if (text.size() <= 1)
+        return text.isEmpty() ? g_emptyString : character(text[0].unicode());
+    return make(text);
+}
+
+ESString* ESStringPool::text(const char* latin1, int length)
+{
+    char16_t buffer[128];
+    if (length > int(std::size(buffer)))
+        return text(QString::fromLatin1(latin1, length));
+    for (int i = 0; i < length; ++i)
+        buffer[i] = static_cast<unsigned char>(latin1[i]);
+    return text(QStringView(buffer, length));
+}
+
+int ESStringPool::arrayIndexOf(const ESString* string)
+{
+    if (string->isName())
+        return string->arrayIndex();
+    return string->length() <= 10 ? asArrayIndex(string->view()) : -1;
+}
+
+ESString* ESStringPool::part(ESString* whole, int from, int length)
+{
+    if (length == whole->length())
+        return whole;
+    if (uint32_t(length) <= CopiedPart) {
+        // The characters are copied first: making a string can't move them.
+        return text(whole->view().mid(from, length));
+    }
+    whole->chars(); // a rope is put together once
+    ESString* string = allocate();
+    string->m_length = uint32_t(length);
+    string->m_form = ESString::Slice;
+    string->m_slice = {whole, uint32_t(from)};
+    return string;
 }
 
 ESString* ESStringPool::concat(ESString* left, ESString* right)
 {
-    if (!left->m_length)
-        return right;
-    if (!right->m_length)
-        return left;
-    int length = left->m_length + right->m_length;
-    if (length > ESLimits::StringLength)
+    uint32_t first = left->m_length;
+    uint32_t second = right->m_length;
+    if (!first || !second)
+        return first ? left : right;
+    uint32_t length = first + second;
+    if (length > uint32_t(ESLimits::StringLength))
         throw ESFatalError("string too long");
+
     if (length <= ShortText) {
         char16_t buffer[ShortText];
-        // Texts as short as these are never pending.
-        std::memcpy(buffer, left->m_text.constData(), size_t(left->m_length) * 2);
-        std::memcpy(buffer + left->m_length, right->m_text.constData(), size_t(right->m_length) * 2);
-        return intern(QStringView(buffer, length));
+        std::memcpy(buffer, left->chars(), size_t(first) * 2);
+        std::memcpy(buffer + first, right->chars(), size_t(second) * 2);
+        return make(QStringView(buffer, length));
     }
-
-    uint64_t shift = right->m_length == 1 ? HashBase : power(unsigned(right->m_length));
-    uint64_t hash = left->m_hash * shift + right->m_hash;
-    ESString* found = find(hash, length, [&](ESString* s) {
-        if (s->m_hash != hash)
-            return false;
-        if (s->m_left == left && s->m_right == right)
-            return true;
-        QString text = s->text();
-        return text.startsWith(left->text()) && QStringView(text).mid(left->m_length) == right->text();
-    });
-    if (found)
-        return found;
-    return add(hash, [&](ESString* s, int index) {
-        s->m_index = index;
-        s->m_length = length;
-        s->m_hash = hash;
-        s->m_left = left;
-        s->m_right = right;
-        s->m_pending = true;
-    });
-}
-
-ESString* ESStringPool::character(char16_t unit)
-{
-    if (unit >= g_characters.size())
-        return intern(QStringView(&unit, 1));
-    if (!g_characters[unit])
-        g_characters[unit] = intern(QStringView(&unit, 1));
-    return g_characters[unit];
-}
-
-void ESStringPool::clear()
-{
-    g_stringMap.clear();
-    g_stringVector.clear();
-    g_storage.clear();
-    g_characters.fill(nullptr);
-    std::memset(g_numbers, 0, sizeof g_numbers);
+    ESString* string = allocate();
+    string->m_length = length;
+    if (left->m_form != ESString::Flat || left->m_index || first < second) {
+        string->m_form = ESString::Rope;
+        string->m_rope = {left, right};
+        return string;
+    }
+    // The new text takes the characters of the left one over, which becomes a slice of it.
+    const char16_t* added = right->chars();
+    char16_t* chars = left->m_flat.chars;
+    uint32_t capacity = left->m_flat.capacity;
+    if (capacity < length) {
+        uint32_t wanted = length + length / 2;
+        char16_t* grown = allocateUnits(wanted);
+        std::memcpy(grown, chars, size_t(first) * 2);
+        std::memcpy(grown + first, added, size_t(second) * 2);
+        std::free(chars);
+        g_bytes -= size_t(capacity) * 2;
+        chars = grown;
+        capacity = wanted;
+    } else {
+        std::memcpy(chars + first, added, size_t(second) * 2);
+    }
+    string->m_flat = {chars, capacity};
+    string->m_form = ESString::Flat;
+    left->m_slice = {string, 0};
+    left->m_form = ESString::Slice;
+    return string;
 }
 
 ESString *g_lengthString, *g_prototypeString, *g_nullString, *g_trueString, *g_falseString, *g_evalString,

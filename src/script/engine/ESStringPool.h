@@ -1,44 +1,82 @@
-// The interned strings, one pool for the process and all its contexts. The pool never shrinks while it
-// is in use: every distinct text that a script makes stays. One thread only.
+// All strings, one pool for the process and all its contexts. Names stay while it is in use; texts are given
+// back when a collection finds that no value leads to them. One thread only.
 #pragma once
 
 #include "script/engine/ESString.h"
 #include "script/engine/limits.h"
 
 #include <QStringView>
+#include <cstddef>
 
 class ESStringPool {
 public:
+    // The name of that text.
     static ESString* intern(const QString& text);
     static ESString* intern(QStringView text);
     static ESString* intern(const char* latin1);
-    static ESString* get(int index);
+    // The name that is equal to the string; the string itself may become it.
+    static ESString* name(ESString* string) { return string->isName() ? string : makeName(string); }
+    // That name if there is one, else null: no object has a property of that name then.
+    static ESString* findName(ESString* string) { return string->isName() ? string : find(string->view()); }
+    static ESString* get(int index) { return g_names[index]; }
+    // Names that there are.
     static int count();
 
-    // The decimal string of a number.
-    static ESString* number(int n) { return n >= 0 ? number(unsigned(n)) : signedNumber(n); }
+    // A text. Throws ESFatalError "string too long" beyond ESLimits::StringLength.
+    static ESString* text(QStringView text);
+    // A text of Latin-1 characters.
+    static ESString* text(const char* latin1, int length);
+    // The array index that the text is the decimal form of, or -1.
+    static int arrayIndexOf(const ESString* string);
+    // A text of units from within another.
+    static ESString* part(ESString* whole, int from, int length);
+    // A text of both. Throws as `text` does.
+    static ESString* concat(ESString* left, ESString* right);
+    // The string of one UTF-16 unit.
+    static ESString* character(char16_t unit)
+    {
+        return unit < 256 && g_characters[unit] ? g_characters[unit] : makeCharacter(unit);
+    }
+
+    // The name of a number, its decimal form.
     static ESString* number(unsigned n)
     {
         if (n < unsigned(ESLimits::NumberStrings) && g_numbers[n])
             return g_numbers[n];
         return makeNumber(n);
     }
-    // Null when the number was never interned: no object has a property of that name then.
+    static ESString* number(int n);
+    // Null when the number is no name.
     static ESString* findNumber(unsigned n);
+    // Notes that the number was met, if it was not before, and returns its place in the order of all strings.
+    static uint64_t meetNumber(unsigned n);
 
-    // The text of both, without building it when it is long. Throws ESFatalError "string too long"
-    // beyond ESLimits::StringLength.
-    static ESString* concat(ESString* left, ESString* right);
-    // The string of one UTF-16 unit.
-    static ESString* character(char16_t unit);
+    // Bytes that strings take, and may take at most.
+    static size_t bytes() { return g_bytes; }
+    static void setLimit(size_t bytes) { g_limit = bytes; }
+    // Frees the texts that are not marked, and takes the marks off.
+    static void sweep();
 
-    // Deletes every entry. No context may be alive.
+    // Deletes every string. No context may be alive.
     static void clear();
 
 private:
-    static ESString* signedNumber(int n);
+    friend class ESString;
+    static ESString* makeName(ESString* string);
+    static ESString* find(QStringView text);
     static ESString* makeNumber(unsigned n);
+    static ESString* makeCharacter(char16_t unit);
+    static ESString* allocate();
+    static ESString* make(QStringView text);
+    static ESString* enter(ESString* string, uint32_t hash);
+    static char16_t* allocateUnits(uint32_t units);
+    static void charge(size_t bytes);
+
     static ESString* g_numbers[ESLimits::NumberStrings];
+    static ESString* g_characters[256];
+    static ESString** g_names; // by index; the first is none
+    static size_t g_bytes;
+    static size_t g_limit;
 };
 
 // Names that the engine itself uses, set when the first context is built.

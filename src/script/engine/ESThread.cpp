@@ -45,8 +45,14 @@ ESThread::ESThread(ESCode& code) : m_code(code)
     makeTables();
     m_depthAt = {};
     m_isTarget = {};
-    for (const ESProperty& variable : code.variables)
-        m_names |= variable.name->nameBit();
+    for (const ESCode::Variable& variable : code.variables) {
+        ESProperty slot;
+        slot.nameIndex = uint32_t(variable.name->index());
+        slot.attributes = uint8_t(variable.attributes);
+        bool parameter = int(m_parameterSlots.size()) < code.formalCount;
+        (parameter ? m_parameterSlots : m_localSlots).push_back(slot);
+        m_names = uint16_t(m_names | variable.name->nameBit());
+    }
 }
 
 // Follows all paths and notes the greatest depth. Depths agree wherever paths meet.
@@ -82,8 +88,8 @@ void ESThread::measureStack(const ESCode& code)
         case ESFlow::Return: break;
         }
     }
-    // One more for the instruction that stores A before it looks for a callee.
-    m_stackNeed = deepest + 2 + (code.needsFrame ? 0 : code.localCount);
+    // More for the instruction that stores A before it looks for a callee, and for a key that is pushed.
+    m_stackNeed = deepest + 3 + (code.needsFrame ? 0 : code.localCount);
 }
 
 // Lets a jump that lands on a jump go where it would end up, and turns `&&` and `||` in conditions into
@@ -199,6 +205,20 @@ void ESThread::translateOne(const std::vector<uint8_t>& bytes, int offset)
         step.b = post;
     };
 
+    // A member that is named by an array index is taken as an element with that key.
+    auto elementKey = [&](int code) {
+        ESString* name = ESStringPool::get(m_code.indexOf(first));
+        if (name->arrayIndex() < 0)
+            return false;
+        constant(ESValue(double(name->arrayIndex())));
+        add(step, line);
+        step = ESStep();
+        step.op = uint16_t(code);
+        step.a = second;
+        add(step, line);
+        return true;
+    };
+
     if (int arithmetic = arithmeticStep(op); arithmetic >= 0) {
         plain(arithmetic);
         add(step, line);
@@ -252,7 +272,11 @@ void ESThread::translateOne(const std::vector<uint8_t>& bytes, int offset)
         named(STEP_CALLW);
         step.a = std::ranges::find(m_code.calleeTemporaries, step.u.name) != m_code.calleeTemporaries.end();
         break;
-    case VM_CALLF: named(STEP_CALLF); break;
+    case VM_CALLF:
+        if (elementKey(STEP_CALLX))
+            return;
+        named(STEP_CALLF);
+        break;
     case VM_CALLG: withSlot(STEP_CALLG, first); break;
     case VM_CALLA: withSlot(STEP_CALLR, first); break;
     case VM_CALLL: withSlot(STEP_CALLR, formals + first); break;
@@ -260,7 +284,11 @@ void ESThread::translateOne(const std::vector<uint8_t>& bytes, int offset)
     case VM_CALLLM: withSlot(STEP_CALLLM, first); break;
     case VM_CALLX: withSlot(STEP_CALLX, first); break;
     case VM_GETW: named(STEP_GETW); break;
-    case VM_GETF: named(STEP_GETF); break;
+    case VM_GETF:
+        if (elementKey(STEP_GETX))
+            return;
+        named(STEP_GETF);
+        break;
     case VM_GETG: withSlot(STEP_GETG, first); break;
     case VM_GETA: withSlot(STEP_GETR, first); break;
     case VM_GETL: withSlot(STEP_GETR, formals + first); break;
@@ -268,7 +296,11 @@ void ESThread::translateOne(const std::vector<uint8_t>& bytes, int offset)
     case VM_GETLM: withSlot(STEP_GETLM, first); break;
     case VM_GETX: plain(STEP_GETX); break;
     case VM_PUTW: named(STEP_PUTW); break;
-    case VM_PUTF: named(STEP_PUTF); break;
+    case VM_PUTF:
+        if (elementKey(STEP_PUTX))
+            return;
+        named(STEP_PUTF);
+        break;
     case VM_PUTG: withSlot(STEP_PUTG, first); break;
     case VM_PUTA: withSlot(STEP_PUTR, first); break;
     case VM_PUTL: withSlot(STEP_PUTR, formals + first); break;

@@ -3,8 +3,11 @@
 
 #include "script/engine/ESSteps.h"
 
+#include "script/engine/ESObject.h"
+
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 class ESCode;
@@ -22,8 +25,11 @@ public:
     int stackNeed() const { return m_stackNeed; }
     // Jump tables of SWITCH steps: distances from the step, 0 where no case is.
     const std::vector<int32_t>& table(int index) const { return m_tables[std::size_t(index)]; }
-    // Union of the variables' name bits, for activation objects.
-    uint64_t names() const { return m_names; }
+    // The slots of an activation object, undefined: the parameters, and the locals.
+    std::span<const ESProperty> parameterSlots() const { return m_parameterSlots; }
+    std::span<const ESProperty> localSlots() const { return m_localSlots; }
+    // Union of the variables' name bits.
+    uint16_t names() const { return m_names; }
 
 private:
     void simplifyLogic(std::vector<uint8_t>& bytes) const;
@@ -58,5 +64,7 @@ private:
     std::vector<Literal> m_literals;
     std::size_t m_barrier = 0; // steps before this may not be changed any more
     int m_stackNeed = 0;
-    uint64_t m_names = 0;
+    std::vector<ESProperty> m_parameterSlots;
+    std::vector<ESProperty> m_localSlots;
+    uint16_t m_names = 0;
 };

@@ -24,6 +24,7 @@ public:
         Number = 3,
         Text = 4, // a QString that native code owns; it must outlive the value
         Object = 5,
+        Hole = 6,  // no value: an element that an array does not have
         String = 7 // interned; everything that the engine produces
     };
 

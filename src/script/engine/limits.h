@@ -21,9 +21,12 @@ constexpr int NearOperands = 0xC000;
 constexpr int StringLength = 1 << 26;
 // Elements of an array that a host buffer is made from.
 constexpr unsigned BridgeElements = 1u << 26;
-// Objects allocated at once, and slots that a full property array grows by.
-constexpr int ObjectChunk = 64;
-constexpr int PropertyGrowth = 50;
+// What strings, and the objects of one context, may take together.
+constexpr unsigned long MemoryBytes = 1ul << 30;
+// Numbers below this are enumerated in the order in which they were first met as names.
+constexpr unsigned OrderedNumbers = 1u << 22;
+// Elements with indices below this are held side by side however few there are.
+constexpr unsigned DenseElements = 1024;
 // Decimal strings kept in a table once they are interned; the first ReadyNumbers are made at start.
 constexpr int NumberStrings = 65536;
 constexpr int ReadyNumbers = 100;

@@ -33,7 +33,7 @@ void BuiltinScript::install(ESContext* context, int argc, char** argv)
 
 void BuiltinScript::call(ESContext* context, ESObject* function, ESObject*, int, ESValue* argv)
 {
-    if (function->builtinId != Echo)
+    if (function->builtinId() != Echo)
         context->throwError(QStringLiteral("bad signature in BuiltinScript::call"));
     QByteArray text = context->toString(argv[0], 10).toUtf8();
     argv[0] = g_undefined;

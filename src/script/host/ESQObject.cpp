@@ -58,7 +58,7 @@ void ESQObject::getProperty(QObject* object, ESContext* context, ESValue* argv)
     QString name = context->toString(argv[0], 10);
     QMetaProperty property = findProperty(object, name);
     QVariant value = property.read(object);
-    auto string = [](const QString& text) { return ESValue(ESStringPool::intern(text)); };
+    auto string = [](const QString& text) { return ESValue(ESStringPool::text(text)); };
     if (property.isEnumType()) {
         argv[0] = string(QString::fromUtf8(property.enumerator().valueToKey(value.toInt())));
         return;

@@ -4,11 +4,10 @@ namespace {
 
 ESObject* makeFunction(ESContext* context, const Builtin& row, ESObject* prototype, ESClass* cls)
 {
-    ESObject* function = context->mkobj(prototype, context->mkclosure(row.argumentCount), nullptr, cls);
+    ESNativeFunctionObject* function = context->mknative(prototype, cls, row.handler, row.argumentCount);
     function->value = ESValue(ESStringPool::intern(row.fullName));
-    function->builtinId = row.id;
-    function->call->handler = row.handler;
-    function->properties.reserve(row.constructor ? 16 : 1);
+    function->id = row.id;
+    function->reserve(row.constructor ? 3 : 1);
     function->define(g_lengthString, ESProperty::DontEnum, ESValue(double(row.argumentCount)));
     return function;
 }
@@ -25,7 +24,7 @@ ESObject* biinst(ESContext* context, ESObject* owner, const Builtin& row, ESObje
 ESObject* mkbiobj(ESContext* context, const Builtin& row, ESObject* prototype, ESClass* cls)
 {
     ESObject* function = makeFunction(context, row, context->functionPrototype(), cls);
-    function->construct = function->call;
+    function->setFlag(ESObject::Constructor);
     function->define(g_prototypeString, ESProperty::DontEnum | ESProperty::DontDelete | ESProperty::ReadOnly,
                      ESValue(prototype));
     prototype->define(g_constructorString, ESProperty::DontEnum, ESValue(function));

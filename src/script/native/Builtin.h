@@ -8,7 +8,7 @@
 //            this);
 //
 // A row's handler carries the call out; call.function->cls is the instance that was given last. A row without
-// a handler has its calls arrive in `call` of that instance, with the row's id in function->builtinId.
+// a handler has its calls arrive in `call` of that instance, with the row's id in function->builtinId().
 #pragma once
 
 #include "script/engine/ESContext.h"

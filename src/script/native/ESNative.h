@@ -28,7 +28,7 @@ protected:
     // The members of a prototype: each row becomes a function of this class.
     template <size_t N> void installMembers(ESContext* context, ESObject* owner, const Builtin (&rows)[N])
     {
-        owner->properties.reserve(owner->properties.count() + uint32_t(N) + 2);
+        owner->reserve(owner->slotCount() + uint32_t(N) + 2);
         for (const Builtin& row : rows)
             biinst(context, owner, row, context->functionPrototype(), this);
     }

@@ -17,56 +17,80 @@ void putLength(ESContext* context, ESObject* object, double length)
 
 void putIndex(ESContext* context, ESObject* object, double index, const ESValue& value)
 {
-    context->put(object, ESContext::numberToEString(index), value);
+    if (index < 2147483647)
+        context->putIndex(object, unsigned(index), value);
+    else
+        context->put(object, ESStringPool::name(ESContext::numberToEString(index)), value);
+}
+
+// The object, when it is an array whose elements are all that there is to its indices: none stands in a slot,
+// the prototypes have none, and `length`, in the first slot, can be written and is not below the elements.
+ESArray* plainArray(ESObject* object)
+{
+    if (object->kind() != ESObject::Array || object->is(ESObject::IndexNames))
+        return nullptr;
+    auto* array = static_cast<ESArray*>(object);
+    if (!array->slotCount() || array->slot(0).nameIndex != uint32_t(g_lengthString->index()) ||
+        (array->slot(0).attributes & ESProperty::ReadOnly))
+        return nullptr;
+    double length = array->slot(0).value().number();
+    if (array->slot(0).type != ESValue::Number || !(length >= array->count && length <= 4294967295.0))
+        return nullptr;
+    for (ESObject* at = array->prototype; at; at = at->prototype)
+        if (at->is(ESObject::IndexNames) || (at->array() && at->array()->count))
+            return nullptr;
+    return array;
+}
+
+uint32_t plainLength(const ESArray* array)
+{
+    return uint32_t(array->slot(0).value().number());
+}
+
+void setPlainLength(ESArray* array, double length)
+{
+    array->slot(0).setValue(ESValue(length));
 }
 
 } // namespace
 
 ESNativeArray::ESNativeArray() : ESNative("Array", Access::Array) {}
 
-void ESNativeArray::setLength(ESContext* context, ESObject* array, const ESValue& value)
+void ESNativeArray::setLength(ESContext* context, ESObject* object, const ESValue& value)
 {
     uint32_t length = context->toUint32(value);
-    ESProperty* slot = array->find(g_lengthString);
+    ESProperty* slot = object->find(g_lengthString);
     uint32_t old = slot ? ESContext::toUint32(slot->value().isNumber() ? slot->value().number() : 0) : 0;
     if (slot && (slot->attributes & ESProperty::ReadOnly))
         return;
-    array->define(g_lengthString, slot ? slot->attributes : unsigned(ESProperty::DontEnum),
-                  ESValue(double(length)));
+    object->define(g_lengthString, slot ? slot->attributes : unsigned(ESProperty::DontEnum),
+                   ESValue(double(length)));
     if (length >= old)
         return;
-    if (old - length <= array->properties.count()) {
-        for (uint32_t index = length; index < old; ++index)
-            ESContext::deleteProperty(array, index);
-    } else {
-        // Far fewer properties than indices.
-        for (ESProperty& element : array->properties) {
-            int64_t index = element.name ? element.name->arrayIndex() : -1;
-            if (index >= length && index < old && !(element.attributes & ESProperty::DontDelete))
-                element = ESProperty();
-        }
+    ESArray* array = object->array();
+    if (array && old >= array->count)
+        array->truncate(length);
+    else
+        for (uint32_t index = length; array && index < old; ++index)
+            array->erase(index);
+    if (!object->is(ESObject::IndexNames))
+        return;
+    for (ESProperty& element : object->properties()) {
+        int64_t index = element.isNamed() ? element.name()->arrayIndex() : -1;
+        if (index >= length && index < old && !(element.attributes & ESProperty::DontDelete))
+            object->remove(&element);
     }
 }
 
-void ESNativeArray::put(ESContext* context, ESObject* array, ESString* name, const ESValue& value)
+void ESNativeArray::put(ESContext* context, ESObject* object, ESString* name, const ESValue& value)
 {
-    if (name == g_lengthString && !array->call) {
-        setLength(context, array, value);
-        return;
-    }
-    int index = name->arrayIndex();
-    bool fresh = index >= 0 && uint32_t(index) >= array->indexBound;
-    if (fresh)
-        array->append(name, 0, value);
+    ESArray* array = object->array();
+    if (array && name == g_lengthString)
+        setLength(context, object, value);
+    else if (array && name->arrayIndex() >= 0)
+        ESContext::putElement(array, unsigned(name->arrayIndex()), value, name);
     else
-        ESContext::plainPut(array, name, value);
-    if (index < 0 || array->call)
-        return;
-    ESProperty* slot = array->find(g_lengthString);
-    if (!slot)
-        array->append(g_lengthString, ESProperty::DontEnum, ESValue(double(index) + 1));
-    else if (double(index) >= slot->value().number() && !(slot->attributes & ESProperty::ReadOnly))
-        slot->setValue(ESValue(double(index) + 1));
+        ESContext::plainPut(object, name, value);
 }
 
 void ESNativeArray::arrayPut(ESContext* context, ESObject* array, unsigned index, const ESValue& value)
@@ -74,7 +98,7 @@ void ESNativeArray::arrayPut(ESContext* context, ESObject* array, unsigned index
     if (value.isUndefined())
         ESContext::deleteProperty(array, index);
     else
-        context->put(array, ESStringPool::number(index), value);
+        context->putIndex(array, index, value);
 }
 
 QString ESNativeArray::join(ESContext* context, ESObject* array, const QString& separator)
@@ -85,7 +109,9 @@ QString ESNativeArray::join(ESContext* context, ESObject* array, const QString& 
         if (i)
             text += separator;
         ESValue element = context->getIndex(array, i);
-        if (!element.isNull())
+        if (element.isNumber() || element.type() == ESValue::String)
+            text += context->toEString(element)->view();
+        else if (!element.isNull())
             text += context->toString(element, 10);
         if (text.size() > ESLimits::StringLength)
             throw ESFatalError("string too long");
@@ -108,11 +134,18 @@ ESObject* ESNativeArray::make(ESContext* context, int argc, const ESValue* argv)
 ESValue ESNativeArray::concat(const ESCall& call)
 {
     ESContext* context = call.context;
-    ESObject* result = context->newArray(0, nullptr);
+    ESArray* result = context->newArray(0, nullptr);
     unsigned count = 0;
     auto add = [&](const ESValue& value) {
         if (!context->isarray(value)) {
             putIndex(context, result, count++, value);
+            return;
+        }
+        if (ESArray* from = plainArray(value.object())) {
+            result->reserveElements(result->count + from->count);
+            for (uint32_t i = 0; i < from->count; ++i)
+                if (ESValue* element = from->at(i); element && !element->isUndefined())
+                    result->insert(count++, *element);
             return;
         }
         uint32_t length = lengthOf(context, value.object());
@@ -133,6 +166,16 @@ ESValue ESNativeArray::pop(const ESCall& call)
 {
     ESContext* context = call.context;
     ESObject* self = call.self;
+    if (ESArray* array = plainArray(self)) {
+        uint32_t length = plainLength(array);
+        if (!length)
+            return g_undefined;
+        ESValue* element = array->at(length - 1);
+        ESValue last = element ? *element : g_undefined;
+        array->erase(length - 1);
+        setPlainLength(array, length - 1.0);
+        return last;
+    }
     uint32_t length = lengthOf(context, self);
     if (length == 0) {
         putLength(context, self, 0);
@@ -146,6 +189,13 @@ ESValue ESNativeArray::pop(const ESCall& call)
 
 ESValue ESNativeArray::push(const ESCall& call)
 {
+    ESArray* array = plainArray(call.self);
+    if (array && plainLength(array) == array->count && array->accepts(array->count + uint32_t(call.argc))) {
+        for (int i = 0; i < call.argc; ++i)
+            array->insert(array->count, call.argv[i]);
+        setPlainLength(array, array->count);
+        return ESValue(double(array->count));
+    }
     double length = lengthOf(call.context, call.self);
     for (int i = 0; i < call.argc; ++i)
         putIndex(call.context, call.self, length + i, call.argv[i]);
@@ -157,6 +207,11 @@ ESValue ESNativeArray::reverse(const ESCall& call)
 {
     ESContext* context = call.context;
     ESObject* self = call.self;
+    if (ESArray* array = plainArray(self);
+        array && array->filled == plainLength(array) && !array->undefinedInside) {
+        std::reverse(array->elements, array->elements + array->count);
+        return ESValue(self);
+    }
     uint32_t length = lengthOf(context, self);
     for (uint32_t low = 0; low < length / 2 && context->keepGoing(); ++low) {
         uint32_t high = length - 1 - low;
@@ -172,6 +227,20 @@ ESValue ESNativeArray::shift(const ESCall& call)
 {
     ESContext* context = call.context;
     ESObject* self = call.self;
+    if (ESArray* array = plainArray(self)) {
+        uint32_t length = plainLength(array);
+        if (!length)
+            return g_undefined;
+        ESValue* element = array->at(0);
+        ESValue first = element ? *element : g_undefined;
+        // What moves and is undefined is an element no more.
+        if (array->undefinedInside)
+            array->dropUndefined(1);
+        if (array->count)
+            array->dropFirst();
+        setPlainLength(array, length - 1.0);
+        return first;
+    }
     uint32_t length = lengthOf(context, self);
     if (length == 0) {
         putLength(context, self, 0);
@@ -194,7 +263,17 @@ ESValue ESNativeArray::slice(const ESCall& call)
     auto clamped = [length](int64_t at) { return std::clamp(at < 0 ? at + length : at, int64_t(0), length); };
     int64_t from = clamped(context->toInt32(call.argument(0)));
     int64_t to = end.isUndefined() ? length : clamped(context->toInt32(end));
-    ESObject* result = context->newArray(0, nullptr);
+    ESArray* result = context->newArray(0, nullptr);
+    if (ESArray* array = plainArray(self); array && from < to) {
+        int64_t stop = std::min(to, int64_t(array->count));
+        if (stop > from)
+            result->reserveElements(uint32_t(stop - from));
+        for (int64_t i = from; i < stop; ++i)
+            if (ESValue* element = array->at(uint32_t(i)))
+                context->putIndex(result, unsigned(i - from), *element);
+        setPlainLength(result, double(to - from));
+        return ESValue(result);
+    }
     for (int64_t i = from; i < to && context->keepGoing(); ++i) {
         ESString* name = ESStringPool::findNumber(unsigned(i));
         if (name && ESContext::hasProperty(self, name))
@@ -212,7 +291,7 @@ ESValue ESNativeArray::sort(const ESCall& call)
     const int64_t length = lengthOf(context, self);
     ESObject* function = nullptr;
     if (!comparator.isUndefined()) {
-        if (!comparator.isObject() || !comparator.object()->call)
+        if (!comparator.isObject() || !comparator.object()->isCallable())
             context->throwError(QStringLiteral("Array.prototype.sort argument is not a function"));
         function = comparator.object();
     }
@@ -227,7 +306,7 @@ ESValue ESNativeArray::sort(const ESCall& call)
         }
         ESString* left = context->toEString(a);
         ESString* right = context->toEString(b);
-        return left == right ? 0 : left->text() < right->text() ? -1 : 1;
+        return QtPrivate::compareStrings(left->view(), right->view());
     };
 
     for (int64_t gap = (length + 3) / 5; gap >= 1; gap = (gap + 1) / 3) {
@@ -253,7 +332,7 @@ ESValue ESNativeArray::toString(const ESCall& call)
 {
     if (!call.context->isarray(ESValue(call.self)))
         call.context->throwTypeError(QStringLiteral("Array.prototype.toString requires an array"));
-    return ESValue(ESStringPool::intern(join(call.context, call.self, QStringLiteral(","))));
+    return ESValue(ESStringPool::text(join(call.context, call.self, QStringLiteral(","))));
 }
 
 void ESNativeArray::install(ESContext* context)

@@ -12,7 +12,7 @@ ESValue valueOf(const ESCall& call)
     if (!call.context->isboolobj(ESValue(call.self)))
         call.context->throwTypeError(
             QStringLiteral("Boolean.prototype.toString called on non-Boolean object"));
-    return call.self->value;
+    return call.self->internal();
 }
 
 ESValue toString(const ESCall& call)

@@ -37,9 +37,9 @@ double fromFields(ESContext* context, int argc, const ESValue* argv)
 // The time value of the receiver.
 double timeOf(const ESCall& call)
 {
-    if (!call.context->isdateobj(ESValue(call.self)) || !call.self->value.isNumber())
+    if (!call.context->isdateobj(ESValue(call.self)) || !call.self->internal().isNumber())
         call.context->throwTypeError(QStringLiteral("Date object required"));
-    return call.self->value.number();
+    return call.self->internal().number();
 }
 
 bool isDate(double time)
@@ -165,10 +165,10 @@ template <Part part> ESValue toText(const ESCall& call)
     QString day = date.date().toString(Qt::TextDate);
     QString clock = date.time().toString(Qt::TextDate);
     if (part != Part::Both)
-        return ESValue(ESStringPool::intern(part == Part::Day ? day : clock));
+        return ESValue(ESStringPool::text(part == Part::Day ? day : clock));
     // The text format puts the time before the year.
     qsizetype year = day.lastIndexOf(' ');
-    return ESValue(ESStringPool::intern(day.left(year + 1) + clock + day.mid(year)));
+    return ESValue(ESStringPool::text(day.left(year + 1) + clock + day.mid(year)));
 }
 
 ESValue getTime(const ESCall& call)
@@ -206,8 +206,8 @@ template <double (*change)(const Change&)> ESValue set(const ESCall& call)
     Change the{timeOf(call), std::min(call.argc, 4), {NaN, NaN, NaN, NaN}};
     for (int i = 0; i < the.count; ++i)
         the.given[i] = call.context->ToNumber(call.argv[i]);
-    call.self->value = ESValue(isDate(the.time) ? ESNativeDate::TimeClip(change(the)) : NaN);
-    return call.self->value;
+    call.self->setInternal(ESValue(isDate(the.time) ? ESNativeDate::TimeClip(change(the)) : NaN));
+    return call.self->internal();
 }
 
 ESValue setTime(const ESCall& call)
@@ -216,8 +216,8 @@ ESValue setTime(const ESCall& call)
     double given = call.argc > 0 ? call.context->ToNumber(call.argv[0]) : NaN;
     for (int i = 1; i < std::min(call.argc, 4); ++i)
         call.context->ToNumber(call.argv[i]);
-    call.self->value = ESValue(ESNativeDate::TimeClip(given));
-    return call.self->value;
+    call.self->setInternal(ESValue(ESNativeDate::TimeClip(given)));
+    return call.self->internal();
 }
 
 using D = ESNativeDate;
@@ -324,9 +324,8 @@ void ESNativeDate::install(ESContext* context)
     installMembers(context, context->datePrototype(), SetterTable);
     // A setter takes what it was not given from the date, so it has to see how many arguments there are.
     for (const Builtin& setter : SetterTable)
-        context->get(context->datePrototype(), ESStringPool::intern(setter.name))
-            .object()
-            ->call->formalCount = 0;
+        nativeFunction(context->get(context->datePrototype(), ESStringPool::intern(setter.name)).object())
+            ->formalCount = 0;
 }
 
 ESObject* ESNativeDate::construct(ESContext* context, ESObject*, int argc, ESValue* argv)

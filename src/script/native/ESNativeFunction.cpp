@@ -34,10 +34,10 @@ void ESNativeFunction::install(ESContext* context)
     installConstructor(context, Constructor, prototype);
     installMembers(context, prototype, MemberTable);
     // It is a function itself, which takes anything and gives undefined.
-    prototype->call = context->mkclosure(0);
-    prototype->call->handler = [](const ESCall&) { return g_undefined; };
-    prototype->builtinId = 1;
-    prototype->value = ESValue(ESStringPool::intern("Function.prototype"));
+    ESNativeFunctionObject* function = nativeFunction(prototype);
+    function->handler = [](const ESCall&) { return g_undefined; };
+    function->id = 1;
+    function->value = ESValue(ESStringPool::intern("Function.prototype"));
 }
 
 ESObject* ESNativeFunction::construct(ESContext* context, ESObject*, int argc, ESValue* argv)

@@ -84,7 +84,7 @@ ESValue eval(const ESCall& call)
     ESValue argument = call.argument(0);
     if (!argument.isString())
         return argument;
-    ESCompletion completion = call.context->eval(call.context->toString(argument));
+    ESCompletion completion = call.context->evalInside(call.context->toString(argument));
     return completion.type == ESCompletion::Normal ? completion.value : g_undefined;
 }
 
@@ -147,7 +147,7 @@ bool ESNativeGlobal::evalFromFile(ESContext* context, const QString& name)
         return false;
     QByteArray bytes = file.read(ESLimits::StringLength + 1);
     file.close();
-    context->eval(QString::fromUtf8(bytes), name);
+    context->evalInside(QString::fromUtf8(bytes), name);
     return true;
 }
 

@@ -19,15 +19,16 @@ ESValue toString(const ESCall& call)
 {
     if (!call.context->isnumobj(ESValue(call.self)))
         call.context->throwTypeError(QStringLiteral("Number.prototype.toString called on non-Number object"));
-    ESValue number = call.self->value;
+    ESValue number = call.self->internal();
     int radix = call.context->toInt32(call.argument(0));
-    return ESValue(ESStringPool::intern(call.context->toString(number, radix ? radix : 10)));
+    return ESValue(number.isNumber() ? ESContext::numberToEString(number.number(), radix ? radix : 10)
+                                     : call.context->toEString(number));
 }
 
 ESValue toFixed(const ESCall& call)
 {
     ESContext* context = call.context;
-    ESValue number = call.self->value;
+    ESValue number = call.self->internal();
     ESValue digits = call.argument(0);
     double precision = digits.isUndefined() ? 0 : context->toInteger(digits);
     if (precision < 0 || precision > 20)
@@ -39,14 +40,14 @@ ESValue toFixed(const ESCall& call)
         value = std::fabs(value);
     auto result =
         std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed, int(precision));
-    return ESValue(ESStringPool::intern(QString::fromLatin1(buffer, qsizetype(result.ptr - buffer))));
+    return ESValue(ESStringPool::text(buffer, int(result.ptr - buffer)));
 }
 
 ESValue valueOf(const ESCall& call)
 {
     if (!call.context->isnumobj(ESValue(call.self)))
         call.context->throwTypeError(QStringLiteral("Number.prototype.valueOf called on non-Number object"));
-    return call.self->value;
+    return call.self->internal();
 }
 
 } // namespace
@@ -61,7 +62,7 @@ void ESNativeNumber::install(ESContext* context)
     ESObject* constructor =
         installConstructor(context, constructorRow("Number", 1, make), context->numberPrototype());
     // So that a call can tell no argument from undefined.
-    constructor->call->formalCount = 0;
+    nativeFunction(constructor)->formalCount = 0;
     installMembers(context, context->numberPrototype(), MemberTable);
     constexpr struct {
         const char* name;

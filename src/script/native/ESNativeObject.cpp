@@ -10,7 +10,7 @@ ESValue make(const ESCall& call)
 ESValue toString(const ESCall& call)
 {
     QString name = QString::fromUtf8(call.self->cls->className());
-    return ESValue(ESStringPool::intern(QStringLiteral("[object %1]").arg(name)));
+    return ESValue(ESStringPool::text(QStringLiteral("[object %1]").arg(name)));
 }
 
 ESValue valueOf(const ESCall& call)
@@ -20,7 +20,7 @@ ESValue valueOf(const ESCall& call)
 
 ESValue hasOwnProperty(const ESCall& call)
 {
-    return ESValue::boolean(ESContext::hasOwnProperty(call.self, call.context->toEString(call.argument(0))));
+    return ESValue::boolean(ESContext::hasOwnKey(call.self, call.context->toEString(call.argument(0))));
 }
 
 ESValue isPrototypeOf(const ESCall& call)
@@ -30,8 +30,10 @@ ESValue isPrototypeOf(const ESCall& call)
 
 ESValue propertyIsEnumerable(const ESCall& call)
 {
-    ESString* name = call.context->toEString(call.argument(0));
-    return ESValue::boolean(ESContext::propertyIsEnumerable(call.self, name));
+    ESString* text = call.context->toEString(call.argument(0));
+    if (!ESContext::hasOwnKey(call.self, text))
+        return g_false;
+    return ESValue::boolean(ESContext::propertyIsEnumerable(call.self, ESStringPool::name(text)));
 }
 
 } // namespace

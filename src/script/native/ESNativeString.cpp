@@ -17,18 +17,13 @@ int position(ESContext* context, const ESValue& value, int missing)
 ESString* subjectOf(const ESCall& call)
 {
     if (call.context->isstrobj(ESValue(call.self)))
-        return call.self->value.string();
+        return call.self->internal().string();
     return call.context->toEString(ESValue(call.self));
 }
 
-ESValue interned(QStringView text)
+ESValue made(QStringView text)
 {
-    return ESValue(ESStringPool::intern(text));
-}
-
-ESValue interned(const QString& text)
-{
-    return ESValue(ESStringPool::intern(text));
+    return ESValue(ESStringPool::text(text));
 }
 
 ESValue fromCharCode(const ESCall& call)
@@ -38,14 +33,14 @@ ESValue fromCharCode(const ESCall& call)
     QString text;
     for (int i = 0; i < call.argc; ++i)
         text += QChar(call.context->toUint16(call.argv[i]));
-    return interned(text);
+    return made(text);
 }
 
 template <const char* text> ESValue ownValue(const ESCall& call)
 {
     if (!call.context->isstrobj(ESValue(call.self)))
         call.context->throwTypeError(QLatin1String(text));
-    return call.self->value;
+    return call.self->internal();
 }
 
 constexpr char NoStringForToString[] = "String.prototype.toString called on non-String object";
@@ -78,21 +73,23 @@ ESValue concat(const ESCall& call)
 ESValue indexOf(const ESCall& call)
 {
     ESString* subject = subjectOf(call);
-    QString wanted = call.context->toString(call.argument(0));
+    ESString* wanted = call.context->toEString(call.argument(0));
     int from = std::max(0, position(call.context, call.argument(1), 0));
     const int length = subject->length();
     if (from > length)
-        return ESValue(wanted.isEmpty() ? length : -1.0);
-    return ESValue(double(subject->text().indexOf(wanted, from)));
+        return ESValue(wanted->length() ? -1.0 : length);
+    return ESValue(double(subject->view().indexOf(wanted->view(), from)));
 }
 
 ESValue lastIndexOf(const ESCall& call)
 {
     ESString* subject = subjectOf(call);
-    QString wanted = call.context->toString(call.argument(0));
+    ESString* wanted = call.context->toEString(call.argument(0));
     int from = std::max(0, position(call.context, call.argument(1), 2147483647));
-    int last = subject->length() - int(wanted.size());
-    return ESValue(last < 0 ? -1.0 : double(subject->text().lastIndexOf(wanted, std::min(from, last))));
+    int last = subject->length() - wanted->length();
+    if (last < 0)
+        return ESValue(-1.0);
+    return ESValue(double(subject->view().lastIndexOf(wanted->view(), std::min(from, last))));
 }
 
 ESValue localeCompare(const ESCall& call)
@@ -103,41 +100,42 @@ ESValue localeCompare(const ESCall& call)
 
 ESValue search(const ESCall& call)
 {
-    QString text = subjectOf(call)->text();
-    return ESValue(double(text.indexOf(call.context->toString(call.argument(0)))));
+    ESString* subject = subjectOf(call);
+    ESString* wanted = call.context->toEString(call.argument(0));
+    return ESValue(double(subject->view().indexOf(wanted->view())));
 }
 
 ESValue slice(const ESCall& call)
 {
-    QString text = subjectOf(call)->text();
-    const int64_t length = text.size();
+    ESString* subject = subjectOf(call);
+    const int64_t length = subject->length();
     auto fromEnd = [length](int at) {
         return std::clamp(at < 0 ? at + length : int64_t(at), int64_t(0), length);
     };
     int64_t start = fromEnd(position(call.context, call.argument(0), 0));
     int64_t end = fromEnd(position(call.context, call.argument(1), int(length)));
-    return interned(QStringView(text).mid(start, std::max(int64_t(0), end - start)));
+    return ESValue(ESStringPool::part(subject, int(start), int(std::max(int64_t(0), end - start))));
 }
 
 ESValue substring(const ESCall& call)
 {
-    QString text = subjectOf(call)->text();
-    const int length = int(text.size());
+    ESString* subject = subjectOf(call);
+    const int length = subject->length();
     int start = std::clamp(position(call.context, call.argument(0), 0), 0, length);
     int end = std::clamp(position(call.context, call.argument(1), length), 0, length);
     if (start > end)
         std::swap(start, end);
-    return interned(QStringView(text).mid(start, end - start));
+    return ESValue(ESStringPool::part(subject, start, end - start));
 }
 
 ESValue toLowerCase(const ESCall& call)
 {
-    return interned(subjectOf(call)->text().toLower());
+    return made(subjectOf(call)->text().toLower());
 }
 
 ESValue toUpperCase(const ESCall& call)
 {
-    return interned(subjectOf(call)->text().toUpper());
+    return made(subjectOf(call)->text().toUpper());
 }
 
 ESValue match(const ESCall& call)
@@ -145,7 +143,7 @@ ESValue match(const ESCall& call)
     ESContext* context = call.context;
     ESString* text = subjectOf(call);
     ESString* wanted = context->toEString(call.argument(0));
-    qsizetype at = text->text().indexOf(wanted->text());
+    qsizetype at = text->view().indexOf(wanted->view());
     if (at < 0)
         return g_null;
     ESValue found(wanted);
@@ -158,18 +156,18 @@ ESValue match(const ESCall& call)
 ESValue replace(const ESCall& call)
 {
     ESContext* context = call.context;
-    const QString text = subjectOf(call)->text();
+    ESString* subject = subjectOf(call);
+    const QString text = subject->text();
     QString wanted = context->toString(call.argument(0));
     ESValue replacement = call.argument(1);
     qsizetype at = text.indexOf(wanted);
-    bool function = replacement.isObject() && replacement.object()->call;
+    bool function = replacement.isObject() && replacement.object()->isCallable();
     QString form = function ? QString() : context->toString(replacement);
     if (at < 0)
-        return ESValue(ESStringPool::intern(text));
+        return ESValue(subject);
     QString inserted;
     if (function) {
-        ESValue arguments[] = {ESValue(ESStringPool::intern(wanted)), ESValue(double(at)),
-                               ESValue(ESStringPool::intern(text))};
+        ESValue arguments[] = {made(wanted), ESValue(double(at)), ESValue(subject)};
         ESValue result;
         context->call(replacement.object(), context->globalObject(), 3, arguments, &result);
         inserted = context->toString(result);
@@ -186,34 +184,36 @@ ESValue replace(const ESCall& call)
                 throw ESFatalError("string too long");
         }
     }
-    return ESValue(ESStringPool::intern(text.left(at) + inserted + text.mid(at + wanted.size())));
+    return made(text.left(at) + inserted + text.mid(at + wanted.size()));
 }
 
 ESValue split(const ESCall& call)
 {
     ESContext* context = call.context;
-    const QString text = subjectOf(call)->text();
+    ESString* subject = subjectOf(call);
     ESValue separator = call.argument(0);
     ESValue limit = call.argument(1);
     uint32_t most = limit.isUndefined() ? 0xFFFFFFFFu : context->toUint32(limit);
-    QString wanted = separator.isUndefined() ? QString() : context->toString(separator);
-    ESObject* array = context->newArray(0, nullptr);
-    unsigned count = 0;
-    auto add = [&](QStringView piece) {
-        if (count < most)
-            context->put(array, ESStringPool::number(count++), ESValue(ESStringPool::intern(piece)));
-    };
+    ESString* wanted = separator.isUndefined() ? g_emptyString : context->toEString(separator);
+    ESArray* array = context->newArray(0, nullptr);
+    auto add = [&](ESString* piece) { context->putIndex(array, array->count, ESValue(piece)); };
+
+    const int length = subject->length();
     if (separator.isUndefined()) {
-        add(text);
-    } else if (wanted.isEmpty()) {
-        for (qsizetype i = 0; i < text.size() && count < most; ++i)
-            add(QStringView(text).mid(i, 1));
+        if (most)
+            add(subject);
+    } else if (!wanted->length()) {
+        for (int i = 0; i < length && array->count < most; ++i)
+            add(ESStringPool::character(subject->unit(i)));
     } else {
-        qsizetype start = 0;
-        for (qsizetype at; count < most && (at = text.indexOf(wanted, start)) >= 0;
-             start = at + wanted.size())
-            add(QStringView(text).mid(start, at - start));
-        add(QStringView(text).mid(start));
+        int start = 0;
+        while (array->count < most) {
+            qsizetype at = subject->view().indexOf(wanted->view(), start);
+            add(ESStringPool::part(subject, start, int(at < 0 ? length : at) - start));
+            if (at < 0)
+                break;
+            start = int(at) + wanted->length();
+        }
     }
     return ESValue(array);
 }
@@ -255,14 +255,14 @@ void ESNativeString::install(ESContext* context)
 ESValue ESNativeString::get(ESContext*, ESObject* object, ESString* name)
 {
     // Functions of this class have a `length` of their own.
-    if (name == g_lengthString && !object->call)
-        return ESValue(object->value.isString() ? double(object->value.string()->length()) : 0.0);
+    if (name == g_lengthString && !object->isCallable())
+        return ESValue(object->internal().isString() ? double(object->internal().string()->length()) : 0.0);
     return ESContext::plainGet(object, name);
 }
 
 void ESNativeString::put(ESContext*, ESObject* object, ESString* name, const ESValue& value)
 {
-    if (name != g_lengthString || object->call)
+    if (name != g_lengthString || object->isCallable())
         ESContext::plainPut(object, name, value);
 }
 

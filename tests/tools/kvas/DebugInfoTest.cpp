@@ -1,5 +1,15 @@
 // What the debugger finds in an executable: lines, scopes, types, variables.
-#include "tests/tools/kvas/Sources.h"
+#include "support/HString.h"
+#include "tools/kvas/Sources.h"
+#include "zoff/ZOFFExpr.h"
+#include "zoff/ZOFFInsn.h"
+#include "zoff/ZOFFMarker.h"
+#include "zoff/ZOFFObject.h"
+#include "zoff/ZOFFScope.h"
+#include "zoff/ZOFFSection.h"
+#include "zoff/ZOFFSymbol.h"
+#include "zoff/ZOFFTags.h"
+#include "zoff/ZOFFType.h"
 
 namespace {
 
@@ -26,6 +36,8 @@ protected:
         }
     }
 };
+
+} // namespace
 
 TEST_F(DebugInfo, LinesAreThoseOfTheSourceOrOfAnotherFile)
 {
@@ -313,5 +325,3 @@ TEST_F(DebugInfo, ModuleInformationAndWhatIsNotWritten)
     EXPECT_TRUE(symbol("x")->patched());
     EXPECT_EQ(section("code")->findInsnAt(0)->printString(), "\tCALL\textra");
 }
-
-} // namespace

@@ -1,9 +1,12 @@
 // What directives accept and refuse, over the borders of files.
-#include "tests/tools/kvas/Sources.h"
+#include "tools/kvas/Diagnostics.h"
+#include "tools/kvas/Sources.h"
 
 namespace {
 
 class Directives : public Sources {};
+
+} // namespace
 
 TEST_F(Directives, SectionsKeepThePropertiesOfTheirFirstMention)
 {
@@ -157,5 +160,3 @@ TEST_F(Directives, LineEndsAndOddBytes)
               "source1.s:14:1: error: expected a label, an instruction or a directive\n"
               "source1.s:15:5: error: expected an expression\n");
 }
-
-} // namespace

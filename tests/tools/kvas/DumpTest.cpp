@@ -140,6 +140,8 @@ std::string contents(const std::string& name)
     return std::string((std::istreambuf_iterator<char>(in)), {});
 }
 
+} // namespace
+
 TEST(Dump, ShowsEveryKindOfItem)
 {
     TempDir dir;
@@ -162,5 +164,3 @@ TEST(Dump, ShowsEveryKindOfItem)
         0);
     EXPECT_EQ(contents(text), "Module result\n\nSections\n\nSymbols\n\nScopes\n\nLines\n");
 }
-
-} // namespace

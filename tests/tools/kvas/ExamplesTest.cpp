@@ -1,8 +1,13 @@
 // The example programs run on the core, with the tool's I/O server in front of them.
+#include "maxq30/cpu/ZOFFMAXQ30Reader.h"
 #include "sim/Core.h"
+#include "support/Endian.h"
 #include "target/io/TargetIOServer.h"
 #include "target/memory/TargetMemoryInterface.h"
-#include "tests/tools/kvas/Sources.h"
+#include "tools/kvas/Diagnostics.h"
+#include "tools/kvas/Link.h"
+#include "tools/kvas/Sources.h"
+#include "zoff/ZOFFSection.h"
 
 #include <filesystem>
 #include <optional>
@@ -34,7 +39,10 @@ protected:
     {
         std::string examples = QBURN_SOURCE_DIR "/examples/";
         job.directories = {examples + "lib"};
-        job.sources = {examples + "lib/crt.s", examples + name + "/" + name + ".s"};
+        job.sources = {examples + "lib/crt.s"};
+        for (const auto& file : std::filesystem::directory_iterator(examples + name))
+            if (file.path().extension() == ".s")
+                job.sources.push_back(file.path());
         kvas::Diagnostics diagnostics;
         bytes = kvas::link(job, diagnostics);
         ASSERT_EQ(diagnostics.text(), "");
@@ -91,6 +99,8 @@ protected:
     std::optional<int> status;
 };
 
+} // namespace
+
 TEST_F(Examples, HelloPrintsItsArgumentsAndCountsThem)
 {
     EXPECT_EQ(run("hello", {QStringLiteral("one"), QStringLiteral("two words")}), 2);
@@ -128,4 +138,8 @@ TEST_F(Examples, CrcComputesTheKnownResult)
     EXPECT_EQ(run("crc"), 0);
 }
 
-} // namespace
+TEST_F(Examples, DebugWeighsItsTreeAndTurnsAText)
+{
+    EXPECT_EQ(run("debug"), 12);
+    EXPECT_EQ(output, "parts\n");
+}

@@ -1,7 +1,12 @@
 // Instructions both ways: what disassembly prints is what the assembler reads.
 #include "tools/kvas/Instruction.h"
 #include "maxq30/cpu/ZOFFMAXQ30Insn.h"
+#include "support/Pool.h"
+#include "tools/kvas/Cursor.h"
+#include "tools/kvas/Diagnostics.h"
 #include "tools/kvas/Expression.h"
+#include "tools/kvas/ExpressionParser.h"
+#include "tools/kvas/Program.h"
 
 #include <gtest/gtest.h>
 #include <iterator>
@@ -10,7 +15,7 @@ namespace {
 
 using namespace kvas;
 
-class Assembly : public ::testing::Test, public Names {
+class Instruction : public ::testing::Test, public Names {
 public:
     Symbol* reference(std::string_view name, uint32_t) override { return program.newSymbol(name); }
     Marker* here() override
@@ -81,7 +86,9 @@ bool isSynonym(unsigned opcode)
              destination == 0x78 || destination == 0x3D || destination == 0x4D || destination == 0x5D));
 }
 
-TEST_F(Assembly, EveryWordComesBackFromItsText)
+} // namespace
+
+TEST_F(Instruction, EveryWordComesBackFromItsText)
 {
     for (long at : {-1L, 0L, 0x1234L}) {
         for (unsigned opcode = 0; opcode <= 0xFFFF && !HasFailure(); ++opcode) {
@@ -94,7 +101,7 @@ TEST_F(Assembly, EveryWordComesBackFromItsText)
     EXPECT_EQ(back, 0xEA3Au);
 }
 
-TEST_F(Assembly, PrefixedWordsComeBackFromTheirText)
+TEST_F(Instruction, PrefixedWordsComeBackFromTheirText)
 {
     // Immediate values of two to four words, to every destination and through every operation.
     const uint64_t prefixes[] = {0x0B01, 0x0B80, 0x0BFF'0B00, 0x0B12'0B34, 0x0B7F'0B00'0B01};
@@ -129,7 +136,7 @@ TEST_F(Assembly, PrefixedWordsComeBackFromTheirText)
         expectRoundTrip(opcode, 0x400);
 }
 
-TEST_F(Assembly, TransportsIntoAnOperationAreWrittenAsTheOperation)
+TEST_F(Instruction, TransportsIntoAnOperationAreWrittenAsTheOperation)
 {
     struct {
         const char* transport;
@@ -162,7 +169,7 @@ TEST_F(Assembly, TransportsIntoAnOperationAreWrittenAsTheOperation)
     }
 }
 
-TEST_F(Assembly, RefusesWhatHasNoEncoding)
+TEST_F(Instruction, RefusesWhatHasNoEncoding)
 {
     uint64_t opcode = 0;
     for (const char* text : {"ADD ACC",
@@ -196,7 +203,7 @@ TEST_F(Assembly, RefusesWhatHasNoEncoding)
         EXPECT_NE(assemble(text, 0, opcode), "") << text << std::hex << " gives " << opcode;
 }
 
-TEST_F(Assembly, CodeTargetsTakeTheShortFormExactlyWithinReach)
+TEST_F(Instruction, CodeTargetsTakeTheShortFormExactlyWithinReach)
 {
     struct {
         const char* text;
@@ -227,5 +234,3 @@ TEST_F(Assembly, CodeTargetsTakeTheShortFormExactlyWithinReach)
         EXPECT_EQ(opcode, c.opcode) << c.text << std::hex << " gives " << opcode;
     }
 }
-
-} // namespace

@@ -1,9 +1,10 @@
 // Where sections, fragments and items come to lie, and how long instructions get.
-#include "tests/tools/kvas/Sources.h"
+#include "tools/kvas/Sources.h"
+#include "zoff/ZOFFInsn.h"
 
 namespace {
 
-class Layouts : public Sources {
+class Layout : public Sources {
 protected:
     // The byte address to which the jump at a label leads, from its bytes; -1 when there is none.
     int64_t targetOf(const std::string& label) const
@@ -22,7 +23,9 @@ protected:
     }
 };
 
-TEST_F(Layouts, EachMemoryCountsItsOwnAddresses)
+} // namespace
+
+TEST_F(Layout, EachMemoryCountsItsOwnAddresses)
 {
     std::string source = ".PUBLIC _RAM_Start_Address\n_RAM_Start_Address = 0x8001\n"
                          ".SECTION n, NONE\nn1: DB 1\n.SECTION m, NONE5\nn2: DB 1\n"
@@ -56,7 +59,7 @@ TEST_F(Layouts, EachMemoryCountsItsOwnAddresses)
               "source1.s:2:2: error: data cannot begin at -1\n");
 }
 
-TEST_F(Layouts, SectionsReachFromTheirLowestToTheirHighestByte)
+TEST_F(Layout, SectionsReachFromTheirLowestToTheirHighestByte)
 {
     // Parts downwards, and one that is empty and lies outside.
     load({".CODE\nDL STARTOF(x), SIZEOF(x), STARTOF(y), SIZEOF(y)\n.SECTION x, CODE\nORG 0x60\nDB 1, 2\nORG "
@@ -76,7 +79,7 @@ TEST_F(Layouts, SectionsReachFromTheirLowestToTheirHighestByte)
               "source1.s:3:11: error: the size changes the addresses that it depends on\n");
 }
 
-TEST_F(Layouts, OriginsAndAlignmentsMix)
+TEST_F(Layout, OriginsAndAlignmentsMix)
 {
     load({".CODE\nDB 1\n.ALIGN 1\nDB 2, 3\n.ALIGN 4\na: .ALIGN 4\nb: DB 4\nORG 0x21\nc: .ALIGN BYTE[16]\nd: "
           "DB 5\n",
@@ -99,7 +102,7 @@ TEST_F(Layouts, OriginsAndAlignmentsMix)
               "source1.s:11:11: error: the byte must be from -128 to 255\n");
 }
 
-TEST_F(Layouts, OverlapsAreFoundInWhateverOrder)
+TEST_F(Layout, OverlapsAreFoundInWhateverOrder)
 {
     // One long part under two others, entered from the top; neighbours and empty parts are no overlap.
     EXPECT_EQ(
@@ -113,7 +116,7 @@ TEST_F(Layouts, OverlapsAreFoundInWhateverOrder)
               "source2.s:3:1: error: section code at 0x6 overlaps section code, which ends at 0x8\n");
 }
 
-TEST_F(Layouts, TargetsAtTheEdgesOfTheShortForm)
+TEST_F(Layout, TargetsAtTheEdgesOfTheShortForm)
 {
     struct {
         const char* operation;
@@ -143,7 +146,7 @@ TEST_F(Layouts, TargetsAtTheEdgesOfTheShortForm)
                              "010b000b0009");
 }
 
-TEST_F(Layouts, LongFormsStayWhereTheShortWouldDoAgain)
+TEST_F(Layout, LongFormsStayWhereTheShortWouldDoAgain)
 {
     // When the first jump grows, the second reaches its target: the alignment takes up the growth.
     load({".CODE\nJUMP far\nNOP\nNOP\nsecond: JUMP third\n" + repeat("NOP\n", 125) +
@@ -153,7 +156,7 @@ TEST_F(Layouts, LongFormsStayWhereTheShortWouldDoAgain)
     EXPECT_EQ(section("code")->findInsnAt(8)->length(), 4);
 }
 
-TEST_F(Layouts, ManyJumpsThatPushEachOtherSettle)
+TEST_F(Layout, ManyJumpsThatPushEachOtherSettle)
 {
     // Each jump reaches its target until the jump behind it grows, so that each round lengthens one.
     for (int count : {45, 400}) {
@@ -172,5 +175,3 @@ TEST_F(Layouts, ManyJumpsThatPushEachOtherSettle)
         }
     }
 }
-
-} // namespace

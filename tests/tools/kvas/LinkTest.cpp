@@ -1,8 +1,9 @@
 // Layout, symbols of several files, data directives, and what hostile sources get.
-#include "tests/tools/kvas/Sources.h"
-#include "tests/zoff/Records.h"
-#include "tools/kvas/limits.h"
+#include "tools/kvas/Sources.h"
+#include "zoff/Records.h"
 #include "zoff/ZOFFItems.h"
+#include "zoff/ZOFFSection.h"
+#include "zoff/ZOFFTags.h"
 
 #include <fcntl.h>
 #include <filesystem>
@@ -12,7 +13,11 @@
 
 namespace {
 
-TEST_F(Sources, DataDirectivesGiveTheirBytes)
+class Link : public Sources {};
+
+} // namespace
+
+TEST_F(Link, DataDirectivesGiveTheirBytes)
 {
     load({".DATA\n"
           "DB 1, -1, 'A', '\\n', \"a\\x41\\\"\"\nDW 0x1234\nDC3 0x123456\nDL 0x89ABCDEF\nDA there\n"
@@ -31,7 +36,7 @@ TEST_F(Sources, DataDirectivesGiveTheirBytes)
                              "05");
 }
 
-TEST_F(Sources, ThePointIsWhereTheStatementBegins)
+TEST_F(Link, ThePointIsWhereTheStatementBegins)
 {
     dir.write("inner.s", " DB 8, .\n");
     load({".DATA\nDB 1\nx: DB 1, ., \"ab\", . - x\ny: DA ., ., y\n.INCLUDE \"inner.s\"\nDB .\n"
@@ -44,7 +49,7 @@ TEST_F(Sources, ThePointIsWhereTheStatementBegins)
     EXPECT_EQ(valueOf("END"), 24);
 }
 
-TEST_F(Sources, OperatorsBindAsInCAndFoldOrStay)
+TEST_F(Link, OperatorsBindAsInCAndFoldOrStay)
 {
     struct {
         const char* text;
@@ -119,7 +124,7 @@ TEST_F(Sources, OperatorsBindAsInCAndFoldOrStay)
     }
 }
 
-TEST_F(Sources, JumpsGrowOnlyWhereTheyMust)
+TEST_F(Link, JumpsGrowOnlyWhereTheyMust)
 {
     // 127 words between: within reach for the first jump, one too far for the second.
     load({".CODE\na: JUMP near\n" + repeat("NOP\n", 127) + "near: JUMP far\n" + repeat("NOP\n", 128) +
@@ -131,7 +136,7 @@ TEST_F(Sources, JumpsGrowOnlyWhereTheyMust)
     EXPECT_EQ(image("code").substr(2 * 0x204, 8), "000b000c"); // the start of memory, from far away
 }
 
-TEST_F(Sources, FilesShareOnlyTheirPublicNames)
+TEST_F(Link, FilesShareOnlyTheirPublicNames)
 {
     load({".PUBLIC main, shared\n.CODE\nmain: CALL helper\nMOVE A[0], #shared\nlocal: NOP\nshared = 0x21\n",
           ".PUBLIC helper\n.CODE\nhelper: MOVE A[1], #shared\nlocal: JUMP local\nloop: JUMP .x\n.x: RET\n"
@@ -158,7 +163,7 @@ TEST_F(Sources, FilesShareOnlyTheirPublicNames)
               "source2.s:3:11: error: undefined symbol a.c\n");
 }
 
-TEST_F(Sources, SectionsFollowOneAnotherInTheirMemory)
+TEST_F(Link, SectionsFollowOneAnotherInTheirMemory)
 {
     load({".PUBLIC _RAM_Start_Address\n_RAM_Start_Address = 0x8000\n"
           ".SECTION vectors, CODE\nNOP\n.DATA\nv: DB 1, 2\nDW 0x1234\n.CODE\nc: NOP\n.BSS\nz: .SPACE 3\n"
@@ -190,7 +195,7 @@ TEST_F(Sources, SectionsFollowOneAnotherInTheirMemory)
               "source1.s:5:1: error: section x at 0x16 overlaps section code, which ends at 0x18\n");
 }
 
-TEST_F(Sources, WhatIsNotPlacedYetHasNoNumber)
+TEST_F(Link, WhatIsNotPlacedYetHasNoNumber)
 {
     EXPECT_EQ(link({".DATA\nDB 1, 2\n.CODE\n.FILL SIZEOF(data), 1\n ORG STARTOF(data)\n",
                     ".CODE\n DB STARTOF(none)\n.SECTION other\n"}),
@@ -210,7 +215,7 @@ TEST_F(Sources, WhatIsNotPlacedYetHasNoNumber)
     EXPECT_EQ(section("bss")->getSize(), 4);
 }
 
-TEST_F(Sources, ConditionsAtLinkTimeDropWhatTheyEnclose)
+TEST_F(Link, ConditionsAtLinkTimeDropWhatTheyEnclose)
 {
     load({".CODE\nLINKIF wanted\nNOP\nENDLINKIF\nLINKIF 1 - wanted\nRET\nENDLINKIF\nRL\n",
           ".PUBLIC wanted\nwanted = 0\n"});
@@ -230,7 +235,7 @@ TEST_F(Sources, ConditionsAtLinkTimeDropWhatTheyEnclose)
               "source2.s:1:10: error: no section: .CODE, .DATA or .SECTION must come first\n");
 }
 
-TEST_F(Sources, ErrorsNameTheirPlaceAndTheRestIsStillRead)
+TEST_F(Link, ErrorsNameTheirPlaceAndTheRestIsStillRead)
 {
     EXPECT_EQ(link({".CODE\n  MOVE A[0], #1 +\n  FROB\nx: x: NOP\n\tMOVE\tA[0], #y ; why\n NOP NOP\n"
                     "SP: NOP\n DB 256\n DW -40000\n JUMP 3\n DB \"open\n .INCLUDE \"none.s\"\n .FUNC f\n"}),
@@ -288,7 +293,7 @@ TEST_F(Sources, ErrorsNameTheirPlaceAndTheRestIsStillRead)
                              "0080ffff");
 }
 
-TEST_F(Sources, HostileSourcesFailSoonAndCleanly)
+TEST_F(Link, HostileSourcesFailSoonAndCleanly)
 {
     std::string chain = ".PUBLIC s0\n.DATA\n";
     for (int i = 0; i < 5000; ++i)
@@ -340,7 +345,7 @@ TEST_F(Sources, HostileSourcesFailSoonAndCleanly)
     }
 }
 
-TEST_F(Sources, DamagedSourcesNeverCrash)
+TEST_F(Link, DamagedSourcesNeverCrash)
 {
     auto read = [](const char* name) {
         std::ifstream file(name);
@@ -370,7 +375,7 @@ TEST_F(Sources, DamagedSourcesNeverCrash)
 }
 
 // The program itself: what is left on disk, and what a user sees.
-TEST_F(Sources, OutputIsWrittenWholeOrNotAtAll)
+TEST_F(Link, OutputIsWrittenWholeOrNotAtAll)
 {
     std::string good = dir.write("good.s", ".CODE\nx: NOP\n"), bad = dir.write("bad.s", "\n FROB\n");
     std::string out = dir.write("out.kvx", "before");
@@ -426,5 +431,3 @@ TEST_F(Sources, OutputIsWrittenWholeOrNotAtAll)
         files += entry.path().string().find("out.kvx.") != std::string::npos;
     EXPECT_EQ(files, 0u);
 }
-
-} // namespace

@@ -2,11 +2,13 @@
 #pragma once
 
 #include "maxq30/cpu/ZOFFMAXQ30Reader.h"
+#include "support/HString.h"
 #include "support/TempDir.h"
-#include "tests/support/MAXQ30Records.h"
+#include "tools/kvas/Diagnostics.h"
 #include "tools/kvas/Link.h"
-#include "zoff/ZOFFMarker.h"
+#include "zoff/ZOFFExpr.h"
 #include "zoff/ZOFFModule.h"
+#include "zoff/ZOFFReader.h"
 #include "zoff/ZOFFSection.h"
 #include "zoff/ZOFFSymbol.h"
 #include "zoff/ZOFFType.h"

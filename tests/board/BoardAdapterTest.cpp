@@ -1,6 +1,10 @@
 // The adapters byte by byte, and the faults of the cable in front of them.
 #include "Probe.h"
 
+#include "board/Adapter.h"
+#include "board/Device.h"
+#include "board/Faults.h"
+#include "board/Journal.h"
 #include "board/Link.h"
 #include "board/SerialAdapter.h"
 #include "board/UsbAdapter.h"
@@ -12,7 +16,7 @@ namespace board {
 
 namespace {
 
-template <typename Adapter> class AdapterTest : public BoardTest {
+template <typename Adapter> class OnAdapter : public BoardTest {
 protected:
     void connect(Faults faults = {})
     {
@@ -48,7 +52,9 @@ Bytes every2nd(const Bytes& bytes, size_t first)
     return result;
 }
 
-class BoardSerialAdapterTest : public AdapterTest<SerialAdapter> {
+class BoardAdapter : public BoardTest {};
+
+class BoardSerialAdapter : public OnAdapter<SerialAdapter> {
 protected:
     void goBinary()
     {
@@ -79,7 +85,50 @@ protected:
     }
 };
 
-TEST_F(BoardSerialAdapterTest, TextModeAndTheWayIntoTheBinaryMode)
+class BoardUsbAdapter : public OnAdapter<UsbAdapter> {
+protected:
+    void open(Faults faults = {})
+    {
+        connect(std::move(faults));
+        talk(start);
+    }
+    Bytes counted(uint8_t command, uint32_t count)
+    {
+        return {command, uint8_t(count), uint8_t(count >> 8), uint8_t(count >> 16), uint8_t(count >> 24)};
+    }
+    void startBootloader()
+    {
+        talk({0x83, 0, 0x82, 0x8A, 1, 0x84, 2, 0x83, 1});
+        while (talk({0x85, 0})[0] == 0)
+            ;
+    }
+    const Bytes start = {0xF8, 0xF8, 0xF9, 0xF9, 0xF9, 0xFA, 0x80};
+};
+
+// Whatever comes over the wire, neither adapter nor device does more than complain.
+template <typename Adapter>
+void feedNoise(Device& device, Journal& journal, std::initializer_list<uint8_t> start)
+{
+    Adapter adapter(device, journal);
+    Bytes answer;
+    for (uint8_t byte : start)
+        adapter.receive(byte, answer);
+    // Many short runs of likely bytes: commands, small counts, and now and then anything.
+    std::mt19937 random(1);
+    for (int i = 0; i < 200'000; ++i) {
+        unsigned r = random();
+        unsigned choice = r >> 8 & 7;
+        uint8_t byte = uint8_t(choice < 3 ? r & 0x0F : choice < 5 ? 0x80 | (r & 0x0F) : choice < 6 ? 0 : r);
+        adapter.receive(byte, answer);
+        answer.clear();
+        if (i % 64 == 0)
+            device.run(100);
+    }
+}
+
+} // namespace
+
+TEST_F(BoardSerialAdapter, TextModeAndTheWayIntoTheBinaryMode)
 {
     connect();
     EXPECT_EQ(talk("\r"), (Bytes{'\r', '\n', '>'}));
@@ -101,7 +150,7 @@ TEST_F(BoardSerialAdapterTest, TextModeAndTheWayIntoTheBinaryMode)
     EXPECT_EQ(talk("\r"), (Bytes{'\r', '\n', '>'}));
 }
 
-TEST_F(BoardSerialAdapterTest, CommandsMoveThePins)
+TEST_F(BoardSerialAdapter, CommandsMoveThePins)
 {
     goBinary();
     for (uint8_t c : {1, 2, 3, 4, 5, 6, 8, 9, 10, 11, 12})
@@ -129,7 +178,7 @@ TEST_F(BoardSerialAdapterTest, CommandsMoveThePins)
     EXPECT_EQ(command(7), Bytes{0});
 }
 
-TEST_F(BoardSerialAdapterTest, FramesAnswerStatusAndDataForEachByte)
+TEST_F(BoardSerialAdapter, FramesAnswerStatusAndDataForEachByte)
 {
     goBinary();
     command(5);
@@ -148,7 +197,7 @@ TEST_F(BoardSerialAdapterTest, FramesAnswerStatusAndDataForEachByte)
 }
 
 // The host sends bytes for the bootloader as any others; the adapter waits for the target.
-TEST_F(BoardSerialAdapterTest, PacesTheBootloaderAndNothingElse)
+TEST_F(BoardSerialAdapter, PacesTheBootloaderAndNothingElse)
 {
     settings.loadScans = 8;
     goBinary();
@@ -177,7 +226,7 @@ TEST_F(BoardSerialAdapterTest, PacesTheBootloaderAndNothingElse)
     EXPECT_EQ(device->core().ip(), ip);
 }
 
-TEST_F(BoardSerialAdapterTest, GivesUpOnATargetThatTakesNothing)
+TEST_F(BoardSerialAdapter, GivesUpOnATargetThatTakesNothing)
 {
     settings.loadScans = 15;
     goBinary();
@@ -188,27 +237,7 @@ TEST_F(BoardSerialAdapterTest, GivesUpOnATargetThatTakesNothing)
     EXPECT_EQ(frame({0}), (Bytes{3, '>'}));
 }
 
-class BoardUsbAdapterTest : public AdapterTest<UsbAdapter> {
-protected:
-    void open(Faults faults = {})
-    {
-        connect(std::move(faults));
-        talk(start);
-    }
-    Bytes counted(uint8_t command, uint32_t count)
-    {
-        return {command, uint8_t(count), uint8_t(count >> 8), uint8_t(count >> 16), uint8_t(count >> 24)};
-    }
-    void startBootloader()
-    {
-        talk({0x83, 0, 0x82, 0x8A, 1, 0x84, 2, 0x83, 1});
-        while (talk({0x85, 0})[0] == 0)
-            ;
-    }
-    const Bytes start = {0xF8, 0xF8, 0xF9, 0xF9, 0xF9, 0xFA, 0x80};
-};
-
-TEST_F(BoardUsbAdapterTest, SessionsBeginWithTheStartBytes)
+TEST_F(BoardUsbAdapter, SessionsBeginWithTheStartBytes)
 {
     open();
     EXPECT_EQ(talk({0x84, 7, 0x85, 0x5A}), (Bytes{0, 0xB4}));
@@ -226,7 +255,7 @@ TEST_F(BoardUsbAdapterTest, SessionsBeginWithTheStartBytes)
     EXPECT_EQ(journal.complaints().size(), 5u);
 }
 
-TEST_F(BoardUsbAdapterTest, StreamsOfScansAndLoaderBytes)
+TEST_F(BoardUsbAdapter, StreamsOfScansAndLoaderBytes)
 {
     open();
     talk({0x83, 0, 0x82, 0x8A, 0, 0x84, 2, 0x86, 3, 0, 0, 0, 0x11, 0x80, 0x1F, 0x83, 1});
@@ -244,7 +273,7 @@ TEST_F(BoardUsbAdapterTest, StreamsOfScansAndLoaderBytes)
     EXPECT_TRUE(journal.complaints().empty());
 }
 
-TEST_F(BoardUsbAdapterTest, LoaderWriteTellsThatTheTargetRefused)
+TEST_F(BoardUsbAdapter, LoaderWriteTellsThatTheTargetRefused)
 {
     settings.loadScans = 12;
     open();
@@ -253,7 +282,7 @@ TEST_F(BoardUsbAdapterTest, LoaderWriteTellsThatTheTargetRefused)
     EXPECT_EQ(talk(counted(0x89, 1) + Bytes{0x09}), Bytes{1}); // by then it is ready again
 }
 
-TEST_F(BoardUsbAdapterTest, FaultsHitTheirPositions)
+TEST_F(BoardUsbAdapter, FaultsHitTheirPositions)
 {
     struct Case {
         const char* fault;
@@ -286,7 +315,7 @@ TEST_F(BoardUsbAdapterTest, FaultsHitTheirPositions)
         EXPECT_FALSE(Fault::parse(text)) << text;
 }
 
-TEST_F(BoardUsbAdapterTest, LateAnswersComeInOrderAndErasesTakeTheirTime)
+TEST_F(BoardUsbAdapter, LateAnswersComeInOrderAndErasesTakeTheirTime)
 {
     settings.eraseMilliseconds = 300;
     open({Fault::parse("late=3:500").value(), Fault::parse("late=in:12:200").value()});
@@ -308,28 +337,7 @@ TEST_F(BoardUsbAdapterTest, LateAnswersComeInOrderAndErasesTakeTheirTime)
     EXPECT_EQ(fetch(), Bytes{1});
 }
 
-// Whatever comes over the wire, neither adapter nor device does more than complain.
-template <typename Adapter>
-void feedNoise(Device& device, Journal& journal, std::initializer_list<uint8_t> start)
-{
-    Adapter adapter(device, journal);
-    Bytes answer;
-    for (uint8_t byte : start)
-        adapter.receive(byte, answer);
-    // Many short runs of likely bytes: commands, small counts, and now and then anything.
-    std::mt19937 random(1);
-    for (int i = 0; i < 200'000; ++i) {
-        unsigned r = random();
-        unsigned choice = r >> 8 & 7;
-        uint8_t byte = uint8_t(choice < 3 ? r & 0x0F : choice < 5 ? 0x80 | (r & 0x0F) : choice < 6 ? 0 : r);
-        adapter.receive(byte, answer);
-        answer.clear();
-        if (i % 64 == 0)
-            device.run(100);
-    }
-}
-
-TEST_F(BoardTest, NoiseOnTheWireIsSurvived)
+TEST_F(BoardAdapter, NoiseOnTheWireIsSurvived)
 {
     settings.codeBytes = settings.dataBytes = 0x1000;
     powerUp();
@@ -346,7 +354,5 @@ TEST_F(BoardTest, NoiseOnTheWireIsSurvived)
     startLoader();
     EXPECT_EQ(command({0x09}, 2), (Bytes{settings.romMinor, settings.romMajor}));
 }
-
-} // namespace
 
 } // namespace board

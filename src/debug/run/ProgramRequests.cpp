@@ -1,8 +1,8 @@
-// The service of a program's requests: two words of its data memory, one that says what it wants and one
-// that holds the argument and the answer.
+#include "debug/run/ProgramRequests.h"
 
-#include "debug/DebuggerHelperFunctions.h"
-#include "debug/ZOFFDebugger.h"
+#include "debug/monitor/DebugProcessor.h"
+#include "debug/monitor/DebuggerHelperFunctions.h"
+#include "debug/symbols/SymbolTables.h"
 #include "support/HException.h"
 #include "target/io/TargetIOServer.h"
 #include "target/memory/TargetMemoryInterface.h"
@@ -11,7 +11,6 @@ namespace {
 
 constexpr char ControlWord[] = "_dbgCntrlWord";
 constexpr char CommWord[] = "_dbgCommWord";
-constexpr int ExitOperation = 0x2E;
 constexpr int Withdrawn = -1;
 constexpr uint64_t RefusedAnswer = ~uint64_t(0);
 
@@ -23,14 +22,27 @@ struct Flag {
 
 } // namespace
 
-void ZOFFDebugger::enableDebugIO()
+ProgramRequests::~ProgramRequests()
 {
-    if (m_ioEnabled)
+    if (m_enabled)
+        withdraw();
+}
+
+void ProgramRequests::setTarget(TargetInterface* target, HMonitor* monitor)
+{
+    withdraw();
+    m_target = target;
+    m_monitor = monitor;
+}
+
+void ProgramRequests::enable()
+{
+    if (m_enabled || !m_target)
         return;
     int64_t control = 0, comm = 0;
-    if (!getLinkerSymbolValue(ControlWord, control) || !getLinkerSymbolValue(CommWord, comm))
+    if (!m_tables.linkerSymbol(ControlWord, control) || !m_tables.linkerSymbol(CommWord, comm))
         return;
-    TargetMemoryInterface* data = checkedTarget().dataMemory();
+    TargetMemoryInterface* data = m_target->dataMemory();
     if (!data)
         return;
     m_controlWord = uint32_t(control);
@@ -38,36 +50,41 @@ void ZOFFDebugger::enableDebugIO()
     m_linkFailed = false;
     data->pokeWord(m_controlWord, 0);
     data->pokeWord(m_commWord, 0);
-    m_ioEnabled = true; // not before: what failed is tried again with the next go()
-    initialiseDebugOperation(m_controlWord);
+    m_enabled = true; // not before: what failed is tried again with the next run
+    m_processor.initialiseDebugOperation(m_controlWord);
     if (m_monitor)
         m_monitor->watchControlWord(m_controlWord, this);
 }
 
-void ZOFFDebugger::withdraw()
+void ProgramRequests::withdraw()
 {
-    m_ioEnabled = false;
+    m_enabled = false;
     if (m_monitor)
         m_monitor->watchControlWord(0, nullptr);
 }
 
-void ZOFFDebugger::disableDebugIO()
+void ProgramRequests::disable()
 {
-    if (!m_ioEnabled)
+    if (!m_enabled)
         return;
     withdraw();
-    if (TargetMemoryInterface* data = checkedTarget().dataMemory())
+    if (TargetMemoryInterface* data = m_target->dataMemory())
         data->pokeWord(m_controlWord, ~uint64_t(0));
 }
 
 // The control word counts with its low 16 bits, as a signed number.
-int ZOFFDebugger::controlWord()
+int ProgramRequests::controlWord() const
 {
-    return int16_t(checkedTarget().dataMemory()->peekWord(m_controlWord));
+    return int16_t(m_target->dataMemory()->peekWord(m_controlWord));
 }
 
-bool ZOFFDebugger::handleDebugIO(int& operation)
+// Not from within a request: its file or console may take long, and a target may handle events while it is
+// being read.
+bool ProgramRequests::poll(int& operation)
 {
+    if (!m_enabled || m_serving)
+        return false;
+    Flag serving(m_serving);
     operation = controlWord();
     if (operation == Withdrawn) {
         withdraw();
@@ -82,9 +99,9 @@ bool ZOFFDebugger::handleDebugIO(int& operation)
 // A request can fail because the link does, or because it asks for what is not there. The control word
 // tells: while it can be read, the request gets an error for an answer, since what it has done here already
 // must not be done twice; else the next poll sees it again.
-void ZOFFDebugger::serve(int operation)
+void ProgramRequests::serve(int operation)
 {
-    TargetMemoryInterface* data = checkedTarget().dataMemory();
+    TargetMemoryInterface* data = m_target->dataMemory();
     try {
         carryOut(operation);
     } catch (const HException& failure) {
@@ -98,15 +115,14 @@ void ZOFFDebugger::serve(int operation)
         data->pokeWord(m_controlWord, 0);
 }
 
-void ZOFFDebugger::carryOut(int operation)
+void ProgramRequests::carryOut(int operation)
 {
     if (m_server)
         m_server->handleOperation(m_target->dataMemory(), m_target->codeMemory(), unsigned(operation),
                                   m_commWord);
 }
 
-// A link that fails is told of once, and once more when it is back.
-void ZOFFDebugger::noteLink(const HException* failure)
+void ProgramRequests::noteLink(const HException* failure)
 {
     if (failure && !m_linkFailed)
         m_helper->displayError(failure->text());
@@ -115,47 +131,13 @@ void ZOFFDebugger::noteLink(const HException* failure)
     m_linkFailed = failure != nullptr;
 }
 
-// The same, but not from within a request: its file or console may take long, and a target may handle
-// events while it is being read.
-bool ZOFFDebugger::pollRequest(int& operation)
-{
-    if (!m_ioEnabled || m_serving)
-        return false;
-    Flag serving(m_serving);
-    return handleDebugIO(operation);
-}
-
 // From the monitor's run, between two instructions.
-void ZOFFDebugger::controlWordWritten()
+void ProgramRequests::controlWordWritten()
 {
     try {
         int operation = 0;
-        pollRequest(operation);
+        poll(operation);
     } catch (const HException& failure) {
         noteLink(&failure);
     }
-}
-
-bool ZOFFDebugger::isStopped()
-{
-    if (m_serving || !m_monitor)
-        return m_stopped;
-    try {
-        int operation = 0;
-        if (m_monitor->isStopped()) {
-            if (pollRequest(operation) && !m_stopped) {
-                if (operation == ExitOperation)
-                    return m_stopped;
-                go();
-            }
-            if (!m_stopped && m_monitor->isStopped())
-                handleBreakpoint();
-        } else if (!debugOperationUsesBreakpoint()) {
-            pollRequest(operation);
-        }
-        noteLink(nullptr);
-    } catch (const HException& failure) {
-        noteLink(&failure);
-    }
-    return m_stopped;
 }

@@ -1,4 +1,4 @@
-#include "debug/symbols/DisassemblyText.h"
+#include "debug/disassembly/DisassemblyText.h"
 
 #include <algorithm>
 

@@ -7,7 +7,7 @@ namespace board {
 
 namespace {
 
-class BoardBootloaderTest : public BoardTest {
+class BoardBootloader : public BoardTest {
 protected:
     Bytes variable(uint32_t address, const Bytes& data)
     {
@@ -37,7 +37,9 @@ Bytes counting(size_t count)
     return bytes;
 }
 
-TEST_F(BoardBootloaderTest, StartsOnlyWithTheSystemProgrammingValueAndNotAtOnce)
+} // namespace
+
+TEST_F(BoardBootloader, StartsOnlyWithTheSystemProgrammingValueAndNotAtOnce)
 {
     powerUp();
     probe->restart(1);
@@ -54,7 +56,7 @@ TEST_F(BoardBootloaderTest, StartsOnlyWithTheSystemProgrammingValueAndNotAtOnce)
     EXPECT_FALSE(isPrompting());
 }
 
-TEST_F(BoardBootloaderTest, TellsWhatItIs)
+TEST_F(BoardBootloader, TellsWhatItIs)
 {
     settings.fixedCodeWords = 48;
     settings.fixedDataWords = 16;
@@ -89,7 +91,7 @@ TEST_F(BoardBootloaderTest, TellsWhatItIs)
     EXPECT_EQ(lastError(), 0);
 }
 
-TEST_F(BoardBootloaderTest, LoadsOfBothFamiliesOnlyClearBitsUntilAnErase)
+TEST_F(BoardBootloader, LoadsOfBothFamiliesOnlyClearBitsUntilAnErase)
 {
     powerUp();
     startLoader();
@@ -111,7 +113,7 @@ TEST_F(BoardBootloaderTest, LoadsOfBothFamiliesOnlyClearBitsUntilAnErase)
     EXPECT_EQ(code(0, settings.codeBytes), Bytes(settings.codeBytes, 0xFF));
 }
 
-TEST_F(BoardBootloaderTest, FlowControlHoldsBytesBack)
+TEST_F(BoardBootloader, FlowControlHoldsBytesBack)
 {
     settings.loadScans = 9;
     powerUp();
@@ -129,7 +131,7 @@ TEST_F(BoardBootloaderTest, FlowControlHoldsBytesBack)
     EXPECT_EQ(code(0x20, 10), Bytes(10, 0xFF));
 }
 
-TEST_F(BoardBootloaderTest, ErrorsNameTheReasonAndSwallowTheData)
+TEST_F(BoardBootloader, ErrorsNameTheReasonAndSwallowTheData)
 {
     settings.variableLoad = false;
     settings.codeBytes = 0x1000;
@@ -165,7 +167,7 @@ TEST_F(BoardBootloaderTest, ErrorsNameTheReasonAndSwallowTheData)
     EXPECT_TRUE(journal.complaints().empty());
 }
 
-TEST_F(BoardBootloaderTest, BrokenBoards)
+TEST_F(BoardBootloader, BrokenBoards)
 {
     settings.bootloaderStarts = false;
     powerUp();
@@ -189,7 +191,5 @@ TEST_F(BoardBootloaderTest, BrokenBoards)
         EXPECT_FALSE(device->isExecuting());
     }
 }
-
-} // namespace
 
 } // namespace board

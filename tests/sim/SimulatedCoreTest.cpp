@@ -8,7 +8,11 @@ namespace maxq30 {
 
 namespace {
 
-TEST_F(CoreTest, RunsAProgramToItsKnownResult)
+class SimulatedCore : public CoreTest {};
+
+} // namespace
+
+TEST_F(SimulatedCore, RunsAProgramToItsKnownResult)
 {
     Words program(std::begin(crcProgram), std::end(crcProgram));
     put(program);
@@ -28,7 +32,7 @@ TEST_F(CoreTest, RunsAProgramToItsKnownResult)
     EXPECT_EQ(events.take().size(), 255u);
 }
 
-TEST_F(CoreTest, ResetStateAndWhatItKeeps)
+TEST_F(SimulatedCore, ResetStateAndWhatItKeeps)
 {
     setData(8, 0x12345678);
     execute(imm(reg::A(1), 5) + imm(reg::AP, 1));
@@ -46,7 +50,7 @@ TEST_F(CoreTest, ResetStateAndWhatItKeeps)
         EXPECT_THROW(Core(bad, 0x1000), std::invalid_argument);
 }
 
-TEST_F(CoreTest, AccessesOutsideAndUnaligned)
+TEST_F(SimulatedCore, AccessesOutsideAndUnaligned)
 {
     auto through = [&](uint32_t address, const Words& words) {
         set(reg::DP0, address);
@@ -78,7 +82,7 @@ TEST_F(CoreTest, AccessesOutsideAndUnaligned)
     EXPECT_EQ(data(0x1003FFC), 0x64636261u);
 }
 
-TEST_F(CoreTest, FetchOutsideStaysInPlace)
+TEST_F(SimulatedCore, FetchOutsideStaysInPlace)
 {
     put({0xDA3A}, 0x1FFF);
     set(reg::IP, 0x1FFF);
@@ -100,7 +104,7 @@ TEST_F(CoreTest, FetchOutsideStaysInPlace)
     EXPECT_EQ(events.take(), Log{"fetch 4000"});
 }
 
-TEST_F(CoreTest, WrittenWordsAreDecodedAgain)
+TEST_F(SimulatedCore, WrittenWordsAreDecodedAgain)
 {
     Words program = imm(reg::A(1), 0x11223344);
     put(program);
@@ -127,7 +131,7 @@ TEST_F(CoreTest, WrittenWordsAreDecodedAgain)
     EXPECT_EQ(get(reg::A(1)), 0u);
 }
 
-TEST_F(CoreTest, HostRangesAreChecked)
+TEST_F(SimulatedCore, HostRangesAreChecked)
 {
     std::vector<unsigned char> buffer(0x5000, 0xEE);
     EXPECT_TRUE(core.readCode(0, 0x4000, buffer.data()));
@@ -142,7 +146,7 @@ TEST_F(CoreTest, HostRangesAreChecked)
     EXPECT_EQ(core.readRegister(512), 0u);
 }
 
-TEST_F(CoreTest, RunStopsWhereItShould)
+TEST_F(SimulatedCore, RunStopsWhereItShould)
 {
     put(Words(10, 0xDA3A) + imm(dest::jump(dest::Always), 0xF5));
     const uint32_t stops[] = {4, 7};
@@ -159,7 +163,7 @@ TEST_F(CoreTest, RunStopsWhereItShould)
     EXPECT_EQ(core.cycles(), 40u);
 }
 
-TEST_F(CoreTest, CallbacksStopAndDivertARun)
+TEST_F(SimulatedCore, CallbacksStopAndDivertARun)
 {
     struct Diverting : Recorder {
         void onDataAccess(bool, unsigned address, unsigned, unsigned) override
@@ -188,7 +192,7 @@ TEST_F(CoreTest, CallbacksStopAndDivertARun)
 
 // What a callback changes under the running program holds from the next instruction on, and the counts stay
 // right.
-TEST_F(CoreTest, CallbacksRewriteTheRunningCode)
+TEST_F(SimulatedCore, CallbacksRewriteTheRunningCode)
 {
     struct Rewriting : Recorder {
         void onDataAccess(bool, unsigned, unsigned, unsigned) override
@@ -224,14 +228,14 @@ TEST_F(CoreTest, CallbacksRewriteTheRunningCode)
 }
 
 // However long a run is, the instructions that hand over to each other take no room for that.
-TEST_F(CoreTest, LongRunsNeedNoStack)
+TEST_F(SimulatedCore, LongRunsNeedNoStack)
 {
     put(imm(dest::jump(dest::Always), 0xFF) + Words(64, 0xDA3A));
     EXPECT_EQ(core.run(20'000'000), 20'000'000u);
     EXPECT_EQ(core.count(0).taken, 20'000'000u);
 }
 
-TEST_F(CoreTest, PeripheralWindow)
+TEST_F(SimulatedCore, PeripheralWindow)
 {
     put(imm(registerNumber(2, 1), 0x1234) + move(reg::A(1), registerNumber(2, 1)) +
         imm(dest::jump(dest::Always), 0xFF));
@@ -263,7 +267,7 @@ TEST_F(CoreTest, PeripheralWindow)
 }
 
 // Arbitrary words neither crash nor leave the memories, whatever they mean.
-TEST_F(CoreTest, RandomProgramsStayInside)
+TEST_F(SimulatedCore, RandomProgramsStayInside)
 {
     core.setCallBacks(nullptr);
     uint32_t state = 12345;
@@ -280,7 +284,5 @@ TEST_F(CoreTest, RandomProgramsStayInside)
             get(number);
     }
 }
-
-} // namespace
 
 } // namespace maxq30

@@ -1,5 +1,8 @@
 // The test access port and the debug engine, from the pins.
 #include "Probe.h"
+#include "board/limits.h"
+#include "sim/Program.h"
+#include "sim/RegisterFile.h"
 
 namespace board {
 
@@ -13,7 +16,7 @@ namespace reg = maxq30::reg;
 constexpr uint8_t Jump = 0x0C; // unconditional, relative to the next word
 const Words loopForever = {0x0CFF};
 
-class BoardDebugTest : public BoardTest {
+class BoardDebug : public BoardTest {
 protected:
     void SetUp() override
     {
@@ -47,7 +50,9 @@ protected:
     }
 };
 
-TEST_F(BoardDebugTest, BypassDelaysByOneBitAndScansAreFifteenPulses)
+} // namespace
+
+TEST_F(BoardDebug, BypassDelaysByOneBitAndScansAreFifteenPulses)
 {
     for (unsigned instruction : {7u, 0u, 5u}) {
         probe->shiftIR(instruction);
@@ -63,7 +68,7 @@ TEST_F(BoardDebugTest, BypassDelaysByOneBitAndScansAreFifteenPulses)
     EXPECT_EQ(probe->status, 1);
 }
 
-TEST_F(BoardDebugTest, StopByteInResetStopsBeforeTheFirstInstruction)
+TEST_F(BoardDebug, StopByteInResetStopsBeforeTheFirstInstruction)
 {
     put(maxq30::imm(reg::A(0), 1) + loopForever);
     probe->restart(0, {0x1F});
@@ -82,7 +87,7 @@ TEST_F(BoardDebugTest, StopByteInResetStopsBeforeTheFirstInstruction)
     EXPECT_TRUE(journal.complaints().empty());
 }
 
-TEST_F(BoardDebugTest, StatusIsThatOfTheLatestPoll)
+TEST_F(BoardDebug, StatusIsThatOfTheLatestPoll)
 {
     put(loopForever);
     stopInReset();
@@ -95,7 +100,7 @@ TEST_F(BoardDebugTest, StatusIsThatOfTheLatestPoll)
     EXPECT_EQ(probe->status, 0);
 }
 
-TEST_F(BoardDebugTest, MemoryFramesOfBothSpaces)
+TEST_F(BoardDebug, MemoryFramesOfBothSpaces)
 {
     stopInReset();
     // The long form for data memory, the short one, without a last byte, for code memory.
@@ -119,7 +124,7 @@ TEST_F(BoardDebugTest, MemoryFramesOfBothSpaces)
 }
 
 // Every slot of the map holds the register that the table gives for it, and nothing else.
-TEST_F(BoardDebugTest, RegisterMap)
+TEST_F(BoardDebug, RegisterMap)
 {
     struct Slot {
         unsigned offset, bytes, number;
@@ -153,7 +158,7 @@ TEST_F(BoardDebugTest, RegisterMap)
     EXPECT_TRUE(probe->isStopped());
 }
 
-TEST_F(BoardDebugTest, RegistersAreWrittenAsTheyAreReadButForTheStackPointer)
+TEST_F(BoardDebug, RegistersAreWrittenAsTheyAreReadButForTheStackPointer)
 {
     stopInReset();
     writeRegister(reg::A(7), 0x89ABCDEF);
@@ -166,7 +171,7 @@ TEST_F(BoardDebugTest, RegistersAreWrittenAsTheyAreReadButForTheStackPointer)
     EXPECT_EQ(readRegister(0xFFFF), 0u);
 }
 
-TEST_F(BoardDebugTest, SingleStepsAndResume)
+TEST_F(BoardDebug, SingleStepsAndResume)
 {
     put(maxq30::imm(reg::A(1), 0x11) + maxq30::imm(reg::A(2), 0x2233) + loopForever);
     stopInReset();
@@ -184,7 +189,7 @@ TEST_F(BoardDebugTest, SingleStepsAndResume)
     EXPECT_TRUE(journal.complaints().empty());
 }
 
-TEST_F(BoardDebugTest, CodeBreakpointsStopBeforeTheirInstruction)
+TEST_F(BoardDebug, CodeBreakpointsStopBeforeTheirInstruction)
 {
     // 0: A[0] := 1; 1: A[1] := 2; 2: A[2] := 3; 3: back to 0
     put(maxq30::imm(reg::A(0), 1) + maxq30::imm(reg::A(1), 2) + maxq30::imm(reg::A(2), 3) +
@@ -219,7 +224,7 @@ TEST_F(BoardDebugTest, CodeBreakpointsStopBeforeTheirInstruction)
     }
 }
 
-TEST_F(BoardDebugTest, DataBreakpointsStopBehindTheAccess)
+TEST_F(BoardDebug, DataBreakpointsStopBehindTheAccess)
 {
     struct Case {
         unsigned place; // @DP[0] as .B, .W, .L
@@ -250,7 +255,7 @@ TEST_F(BoardDebugTest, DataBreakpointsStopBehindTheAccess)
         }
 }
 
-TEST_F(BoardDebugTest, DebugRegistersShowWhatTheyHeldWhileANewValueComesIn)
+TEST_F(BoardDebug, DebugRegistersShowWhatTheyHeldWhileANewValueComesIn)
 {
     stopInReset();
     setCodeBreakpoint(1, 0x123456);
@@ -262,7 +267,7 @@ TEST_F(BoardDebugTest, DebugRegistersShowWhatTheyHeldWhileANewValueComesIn)
     EXPECT_EQ(probe->ask({0x11}, 1), (Bytes{0x80}));
 }
 
-TEST_F(BoardDebugTest, RefusesWhatNoHostShouldSend)
+TEST_F(BoardDebug, RefusesWhatNoHostShouldSend)
 {
     put(loopForever);
     auto complaintsAfter = [&](const Bytes& bytes) {
@@ -286,7 +291,7 @@ TEST_F(BoardDebugTest, RefusesWhatNoHostShouldSend)
     EXPECT_FALSE(probe->isStopped());
 }
 
-TEST_F(BoardDebugTest, TestResetForgetsAHalfFrameAndAHalfAnswer)
+TEST_F(BoardDebug, TestResetForgetsAHalfFrameAndAHalfAnswer)
 {
     put(loopForever);
     stopInReset();
@@ -302,7 +307,7 @@ TEST_F(BoardDebugTest, TestResetForgetsAHalfFrameAndAHalfAnswer)
 
 // A program that only waits for the host costs nothing, also when it waits in several instructions with
 // calls, and goes on when the host has done something.
-TEST_F(BoardDebugTest, WaitingProgramIsIdleUntilTheHostActs)
+TEST_F(BoardDebug, WaitingProgramIsIdleUntilTheHostActs)
 {
     // 0: DP[0] := 0x40; 1: ACC := @DP[0].L; 2: call 8; 4: jump Z, 1; 5: A[5] += 1 for ever. 8: return
     put(maxq30::imm(reg::DP0, 0x40) + maxq30::move(reg::A(0), maxq30::pointer(9)) +
@@ -334,7 +339,5 @@ TEST_F(BoardDebugTest, WaitingProgramIsIdleUntilTheHostActs)
         EXPECT_TRUE(device->isExecuting());
     }
 }
-
-} // namespace
 
 } // namespace board

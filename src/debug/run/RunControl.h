@@ -1,0 +1,59 @@
+// Runs and stops of the program: whether it stands, why it does, and whether it goes on from there.
+// poll() drives all of it; between two polls nothing happens but what the target does by itself.
+#pragma once
+
+#include "debug/run/Stepper.h"
+
+class BreakpointList;
+class CallFrames;
+class DebuggerHelperFunctions;
+class DebugProcessor;
+class Frame;
+class HMonitor;
+class ProgramRequests;
+
+class RunControl {
+public:
+    RunControl(DebuggerHelperFunctions* helper, DebugProcessor& processor, BreakpointList& breakpoints,
+               CallFrames& frames, Stepper& stepper, ProgramRequests& requests)
+        : m_helper(helper), m_processor(processor), m_breakpoints(breakpoints), m_frames(frames),
+          m_stepper(stepper), m_requests(requests)
+    {
+    }
+    void setMonitor(HMonitor* monitor);
+
+    // The target must be a monitor for all of these.
+    void start(uint32_t address, bool stop);
+    void go();
+    void step(bool instruction, bool over);
+    void stepOut(const Frame* caller);
+    // Asks the target; the next polls find that it has stopped.
+    void stop();
+    // The session has ended.
+    void clear();
+
+    // Serves requests, notices a stop, and lets the program go on from one that is none for the user. True
+    // when it stands for the user to look at. A link that fails is displayed as an error, once, and the next
+    // poll tries again.
+    bool poll();
+    // What the last poll found.
+    bool stopped() const { return m_stopped; }
+
+private:
+    bool look();
+    void resume();
+    void carryOn(Stepper::Resume resume);
+    bool goesOn();
+    bool stoppedByError() const;
+    void finishStop();
+
+    DebuggerHelperFunctions* m_helper;
+    DebugProcessor& m_processor;
+    BreakpointList& m_breakpoints;
+    CallFrames& m_frames;
+    Stepper& m_stepper;
+    ProgramRequests& m_requests;
+    HMonitor* m_monitor = nullptr;
+    bool m_stopped = false;
+    bool m_stopAsked = false;
+};
