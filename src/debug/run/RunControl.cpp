@@ -18,9 +18,19 @@ constexpr qint64 PollTime = 20;
 
 } // namespace
 
+RunControl::~RunControl()
+{
+    if (m_monitor)
+        m_monitor->watchStops(nullptr);
+}
+
 void RunControl::setMonitor(HMonitor* monitor)
 {
+    if (m_monitor)
+        m_monitor->watchStops(nullptr);
     m_monitor = monitor;
+    if (m_monitor)
+        m_monitor->watchStops(this);
     m_stopped = m_stopAsked = false;
 }
 
@@ -51,10 +61,13 @@ void RunControl::go()
 
 void RunControl::carryOn(Stepper::Resume how)
 {
+    if (how == Stepper::Resume::Go) {
+        resume();
+        return;
+    }
     m_frames.freeze();
     m_stopped = false;
-    if (how == Stepper::Resume::Go)
-        resume();
+    m_monitor->step();
 }
 
 void RunControl::step(bool instruction, bool over)
@@ -124,8 +137,10 @@ bool RunControl::look()
     }
     if (!m_monitor->isStopped())
         return false;
-    if (goesOn())
+    if (std::optional<Stepper::Resume> how = wayOn()) {
+        carryOn(*how);
         return true;
+    }
     finishStop();
     return false;
 }
@@ -137,11 +152,11 @@ bool RunControl::stoppedByError() const
     return error && m_monitor->errorEnabled(error);
 }
 
-// Lets the program go on from a stop that is not the user's.
-bool RunControl::goesOn()
+// How the program goes on from a stop that is not the user's; nothing at one that is.
+std::optional<Stepper::Resume> RunControl::wayOn()
 {
     if (m_stopAsked || stoppedByError())
-        return false;
+        return {};
     try {
         ZOFFBreakpoint* hit = m_breakpoints.find(m_monitor->matched());
         std::optional<Stepper::Resume> how;
@@ -153,11 +168,20 @@ bool RunControl::goesOn()
             --hit->record()->count;
             how = Stepper::Resume::Go;
         }
-        if (how)
-            carryOn(*how);
-        return how.has_value();
+        return how;
     } catch (const DebuggerBreakpointFailure& failure) { // the step ends here
         m_helper->displayError(failure.text());
+        return {};
+    }
+}
+
+// From within a run of the monitor, which then goes on by itself. What needs more than that, and a link that
+// fails, is left to the next poll.
+bool RunControl::goesOn()
+{
+    try {
+        return wayOn() == Stepper::Resume::Go;
+    } catch (const HException&) {
         return false;
     }
 }

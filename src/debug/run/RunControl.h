@@ -2,6 +2,7 @@
 // poll() drives all of it; between two polls nothing happens but what the target does by itself.
 #pragma once
 
+#include "debug/monitor/HMonitor.h"
 #include "debug/run/Stepper.h"
 
 class BreakpointList;
@@ -9,10 +10,9 @@ class CallFrames;
 class DebuggerHelperFunctions;
 class DebugProcessor;
 class Frame;
-class HMonitor;
 class ProgramRequests;
 
-class RunControl {
+class RunControl : private StopWatcher {
 public:
     RunControl(DebuggerHelperFunctions* helper, DebugProcessor& processor, BreakpointList& breakpoints,
                CallFrames& frames, Stepper& stepper, ProgramRequests& requests)
@@ -20,6 +20,7 @@ public:
           m_stepper(stepper), m_requests(requests)
     {
     }
+    ~RunControl();
     void setMonitor(HMonitor* monitor);
 
     // The target must be a monitor for all of these.
@@ -43,7 +44,8 @@ private:
     bool look();
     void resume();
     void carryOn(Stepper::Resume resume);
-    bool goesOn();
+    bool goesOn() override;
+    std::optional<Stepper::Resume> wayOn();
     bool stoppedByError() const;
     void finishStop();
 

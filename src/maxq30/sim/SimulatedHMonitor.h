@@ -141,12 +141,6 @@ public:
         m_breakpoints.matchData(address, length, value, read);
         interruptOnMatch();
     }
-    // Of four bytes.
-    void matchLongDataBreakPoint(unsigned int address, unsigned int value, bool read)
-    {
-        m_breakpoints.matchLongData(address, value, read);
-        interruptOnMatch();
-    }
     bool matchDataBreakPoint(HBreakpoint* b, unsigned int address, unsigned int length, unsigned int value,
                              bool read)
     {
