@@ -116,7 +116,8 @@ void SimulatedBreakpoints::refresh()
     m_ranges.clear();
     m_values.clear();
     m_registers.clear();
-    m_chains = false;
+    m_chains = m_codeEverywhere = m_dataEverywhere = false;
+    ++m_generation;
     for (HBreakpoint* b : m_list) {
         m_chains |= b->chainFrom != nullptr;
         if (!b->enabled)
@@ -136,6 +137,7 @@ void SimulatedBreakpoints::noteCode(const HBreakpoint* b)
 {
     if (b->inverted || b->length > LongestNoted) {
         m_codePlaces.setAll();
+        m_codeEverywhere = true;
         return;
     }
     for (uint32_t offset = 0; offset < b->length; ++offset)
@@ -152,6 +154,7 @@ void SimulatedBreakpoints::noteData(HBreakpoint* b)
         m_ranges.push_back(b);
     if ((b->inverted && !b->hasValue) || b->length >= Places) {
         m_dataPlaces.setAll();
+        m_dataEverywhere = true;
         return;
     }
     uint32_t first = b->address - (LongestAccess - 1);
@@ -178,6 +181,24 @@ void SimulatedBreakpoints::noteValue(const HBreakpoint* b)
     case HBreakpoint::LessOrEqual: place->tests.push_back({bits, 0, value, false}); break;
     case HBreakpoint::Greater: place->tests.push_back({bits, 0, value, true}); break;
     }
+}
+
+std::vector<unsigned> SimulatedBreakpoints::codeAddresses() const
+{
+    std::vector<unsigned> addresses;
+    for (const HBreakpoint* b : m_code)
+        for (uint32_t offset = b->address & 1; offset < b->length; offset += 2)
+            addresses.push_back(b->address + offset);
+    return addresses;
+}
+
+std::vector<MAXQSIMDataRange> SimulatedBreakpoints::dataRanges() const
+{
+    std::vector<MAXQSIMDataRange> ranges;
+    for (const HBreakpoint* b : m_data)
+        if (b->length)
+            ranges.push_back({b->address, b->address + std::min(b->length - 1, UINT32_MAX - b->address)});
+    return ranges;
 }
 
 bool SimulatedBreakpoints::arms(const HBreakpoint* b) const
