@@ -1,6 +1,7 @@
 #include "debug/evaluation/VariableDisplay.h"
 
 #include "debug/evaluation/MemoryBuffer.h"
+#include "debug/evaluation/ReadAhead.h"
 #include "debug/evaluation/TypeQualifier.h"
 #include "debug/evaluation/limits.h"
 #include "zoff/ZOFFSymbol.h"
@@ -10,6 +11,9 @@
 #include <utility>
 
 namespace {
+
+// Larger elements and structures may hold arrays of which only the beginning is shown.
+constexpr uint32_t ReadWhole = 256; // bytes
 
 ExpressionType text(const char* shown)
 {
@@ -56,6 +60,13 @@ ExpressionType VariableDisplay::addressSizeString(const MyMarker& marker) const
 void VariableDisplay::seek(const MyMarker& base, uint32_t position)
 {
     m_evaluator.block().setMemoryPointer(base.isMemory() ? position : uint32_t(base.offset) + position);
+}
+
+// All of this is going to be shown.
+void VariableDisplay::announce(uint32_t position, uint64_t size)
+{
+    if (auto* object = dynamic_cast<ObjectBlock*>(&m_evaluator.block()))
+        object->announce(position, uint32_t(std::min<uint64_t>(size, UINT32_MAX)));
 }
 
 void VariableDisplay::add(const QString& name, const QString& path, const ExpressionType& value,
@@ -146,6 +157,8 @@ void VariableDisplay::formatArray(const Item& item)
     MyMarker marker = getAddress(item);
     VariableListBuilder::Token token =
         m_builder.beginArray(item.name, item.path, addressSizeString(marker), nameOf(item.type), &marker);
+    if (sizeOf(type) <= ReadWhole)
+        announce(item.position, uint64_t(std::min(count, shown)) * sizeOf(type));
     for (unsigned i = 0; i < std::min(count, shown) && !isFull(); ++i)
         formatType({element(item.name, i), element(item.path, i), type, item.base,
                     item.position + i * sizeOf(type)});
@@ -262,6 +275,8 @@ void VariableDisplay::formatStruct(const Item& item, const char* selector)
     VariableListBuilder::Token token =
         m_builder.beginObject(item.name, item.path, addressSizeString(marker), nameOf(structure), &marker);
     QString prefix = u'(' + item.path + u')' + QLatin1String(selector);
+    if (sizeOf(structure) <= ReadWhole)
+        announce(item.position, sizeOf(structure));
     for (ZOFFField* each : structure->fields()) {
         if (isFull())
             break;
