@@ -72,9 +72,6 @@ void VariableDisplay::announce(uint32_t position, uint64_t size)
 void VariableDisplay::add(const QString& name, const QString& path, const ExpressionType& value,
                           const QString& typeName, const MyMarker& marker)
 {
-    if (isFull())
-        return;
-    ++m_items;
     if (std::exchange(m_evaluator.m_unreadable, false))
         m_builder.addPrimitive(name, path, text("???"), typeName, &marker);
     else
@@ -113,6 +110,7 @@ void VariableDisplay::formatType(const Item& given)
 {
     Item item = given;
     item.type = beneath(item.type);
+    ++m_items;
     if (m_nesting >= DisplayLimits::Nesting) {
         add(item, text("..."));
         return;
@@ -151,9 +149,6 @@ void VariableDisplay::formatArray(const Item& item)
     }
     case VariableListBuilder::ArrayElements: break;
     }
-    if (isFull())
-        return;
-    ++m_items;
     MyMarker marker = getAddress(item);
     VariableListBuilder::Token token =
         m_builder.beginArray(item.name, item.path, addressSizeString(marker), nameOf(item.type), &marker);
@@ -212,9 +207,6 @@ void VariableDisplay::formatElements(const Item& item, uint64_t address, unsigne
         m_evaluator.mkExpressionType(type, address, spaceOf(pointer.target()), 0, uint32_t(size));
     target->pool = item.base.pool;
     ZOFFExpressionEvaluator::MemoryBuffer buffer(m_evaluator, *target, true);
-    if (isFull())
-        return;
-    ++m_items;
     VariableListBuilder::Token token =
         m_builder.beginArray(item.name + QStringLiteral("[]"), item.path, addressSizeString(*target),
                              nameOf(&pointer), target.get());
@@ -269,9 +261,6 @@ void VariableDisplay::formatStruct(const Item& item, const char* selector)
         add(item, addressSizeString(marker));
         return;
     }
-    if (isFull())
-        return;
-    ++m_items;
     VariableListBuilder::Token token =
         m_builder.beginObject(item.name, item.path, addressSizeString(marker), nameOf(structure), &marker);
     QString prefix = u'(' + item.path + u')' + QLatin1String(selector);
@@ -294,6 +283,7 @@ void VariableDisplay::formatStruct(const Item& item, const char* selector)
         bits.bitOffset = place.bitOffset;
         bits.bitSize = place.bitSize;
         seek(item.base, position);
+        ++m_items;
         formatBits(name, prefix + name, bits);
     }
     m_builder.endObject(token);
