@@ -57,6 +57,8 @@ private:
     void programExited() override;
     void outputFailed() override;
 
+    void setupPackages();
+    bool goesOnAllTheSame() const;
     void printUsage() const;
     void listProperties();
     int runSession();
