@@ -184,6 +184,7 @@ bool System::connectionLost() const
 
 void System::programExited()
 {
+    m_run.quit();
     m_debugCommands.clear();
     debugger->clear();
 }

@@ -18,27 +18,43 @@ constexpr qint64 PollTime = 20;
 
 } // namespace
 
+RunControl::~RunControl()
+{
+    if (m_monitor)
+        m_monitor->watchStops(nullptr);
+}
+
 void RunControl::setMonitor(HMonitor* monitor)
 {
+    if (m_monitor)
+        m_monitor->watchStops(nullptr);
     m_monitor = monitor;
-    m_stopped = m_stopAsked = false;
+    if (m_monitor)
+        m_monitor->watchStops(this);
+    m_running = m_stopped = m_stopAsked = false;
+}
+
+void RunControl::noteRun()
+{
+    m_frames.freeze();
+    m_running = true;
+    m_stopped = false;
 }
 
 void RunControl::start(uint32_t address, bool stop)
 {
     // Before the program runs: it may ask for something at once.
     m_requests.enable();
-    m_frames.freeze();
     m_stepper.end();
-    m_stopped = m_stopAsked = false;
+    m_stopAsked = false;
+    noteRun();
     m_monitor->startDebugging(true, address, stop);
 }
 
 void RunControl::resume()
 {
     m_requests.enable();
-    m_frames.freeze();
-    m_stopped = false;
+    noteRun();
     m_monitor->go();
 }
 
@@ -51,10 +67,12 @@ void RunControl::go()
 
 void RunControl::carryOn(Stepper::Resume how)
 {
-    m_frames.freeze();
-    m_stopped = false;
-    if (how == Stepper::Resume::Go)
+    if (how == Stepper::Resume::Go) {
         resume();
+        return;
+    }
+    noteRun();
+    m_monitor->step();
 }
 
 void RunControl::step(bool instruction, bool over)
@@ -84,13 +102,13 @@ void RunControl::stop()
 void RunControl::clear()
 {
     m_stepper.end();
-    m_stopAsked = false;
+    m_running = m_stopAsked = false;
 }
 
 bool RunControl::poll()
 {
-    // A program that stands for the user changes nothing, so its target is left alone.
-    if (m_stopped || m_requests.serving() || !m_monitor)
+    // A program that stands changes nothing, so its target is left alone.
+    if (!m_running || m_requests.serving() || !m_monitor)
         return m_stopped;
     try {
         QElapsedTimer time;
@@ -124,8 +142,10 @@ bool RunControl::look()
     }
     if (!m_monitor->isStopped())
         return false;
-    if (goesOn())
+    if (std::optional<Stepper::Resume> how = wayOn()) {
+        carryOn(*how);
         return true;
+    }
     finishStop();
     return false;
 }
@@ -137,11 +157,11 @@ bool RunControl::stoppedByError() const
     return error && m_monitor->errorEnabled(error);
 }
 
-// Lets the program go on from a stop that is not the user's.
-bool RunControl::goesOn()
+// How the program goes on from a stop that is not the user's; nothing at one that is.
+std::optional<Stepper::Resume> RunControl::wayOn()
 {
     if (m_stopAsked || stoppedByError())
-        return false;
+        return {};
     try {
         ZOFFBreakpoint* hit = m_breakpoints.find(m_monitor->matched());
         std::optional<Stepper::Resume> how;
@@ -153,11 +173,20 @@ bool RunControl::goesOn()
             --hit->record()->count;
             how = Stepper::Resume::Go;
         }
-        if (how)
-            carryOn(*how);
-        return how.has_value();
+        return how;
     } catch (const DebuggerBreakpointFailure& failure) { // the step ends here
         m_helper->displayError(failure.text());
+        return {};
+    }
+}
+
+// From within a run of the monitor, which then goes on by itself. What needs more than that, and a link that
+// fails, is left to the next poll.
+bool RunControl::goesOn()
+{
+    try {
+        return wayOn() == Stepper::Resume::Go;
+    } catch (const HException&) {
         return false;
     }
 }
@@ -168,5 +197,5 @@ void RunControl::finishStop()
     m_breakpoints.removeTemporary(nullptr);
     m_frames.locate(m_monitor->registers());
     m_stopped = true;
-    m_stopAsked = false;
+    m_running = m_stopAsked = false;
 }

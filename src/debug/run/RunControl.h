@@ -2,6 +2,7 @@
 // poll() drives all of it; between two polls nothing happens but what the target does by itself.
 #pragma once
 
+#include "debug/monitor/HMonitor.h"
 #include "debug/run/Stepper.h"
 
 class BreakpointList;
@@ -9,10 +10,9 @@ class CallFrames;
 class DebuggerHelperFunctions;
 class DebugProcessor;
 class Frame;
-class HMonitor;
 class ProgramRequests;
 
-class RunControl {
+class RunControl : private StopWatcher {
 public:
     RunControl(DebuggerHelperFunctions* helper, DebugProcessor& processor, BreakpointList& breakpoints,
                CallFrames& frames, Stepper& stepper, ProgramRequests& requests)
@@ -20,6 +20,7 @@ public:
           m_stepper(stepper), m_requests(requests)
     {
     }
+    ~RunControl();
     void setMonitor(HMonitor* monitor);
 
     // The target must be a monitor for all of these.
@@ -29,7 +30,9 @@ public:
     void stepOut(const Frame* caller);
     // Asks the target; the next polls find that it has stopped.
     void stop();
-    // The session has ended.
+    // The target lets a program run that it has found.
+    void noteRun();
+    // The session has ended: nothing runs that would be looked for.
     void clear();
 
     // Serves requests, notices a stop, and lets the program go on from one that is none for the user. True
@@ -43,7 +46,8 @@ private:
     bool look();
     void resume();
     void carryOn(Stepper::Resume resume);
-    bool goesOn();
+    bool goesOn() override;
+    std::optional<Stepper::Resume> wayOn();
     bool stoppedByError() const;
     void finishStop();
 
@@ -54,6 +58,7 @@ private:
     Stepper& m_stepper;
     ProgramRequests& m_requests;
     HMonitor* m_monitor = nullptr;
-    bool m_stopped = false;
+    bool m_running = false; // as far as the last poll has seen
+    bool m_stopped = false; // for the user to look at
     bool m_stopAsked = false;
 };
