@@ -20,13 +20,17 @@
 #include "debug/run/ProgramRequests.h"
 #include "debug/run/RunControl.h"
 #include "debug/run/Stepper.h"
+#include "debug/run/ZOFFBreakpoint.h"
 #include "debug/symbols/CodeReader.h"
 #include "debug/symbols/SymbolTables.h"
+#include "support/Endian.h"
+#include "support/Path.h"
 
 #include <memory>
 #include <vector>
 
 class DebuggerHelperFunctions;
+class ProjectElement;
 class TargetMemoryInterface;
 class TargetRegisterInterface;
 class ZOFFInsn;
@@ -106,7 +110,7 @@ public:
     void syncSettingsWithProject(ProjectElement* project, const QString& configuration) override;
 
     void start(const QString& entry, bool stop) override;
-    void attach() override { checkedTarget().attach(); }
+    void attach() override;
     void go() override;
     void stop() override;
     void stepinto(bool instruction) override;
@@ -196,7 +200,7 @@ protected:
 
     TargetInterface* target() const { return m_target; }
     TargetInterface& checkedTarget() const; // throws HException when there is none
-    HMonitor& monitor() const;              // the same, for a target that cannot stop
+    HMonitor& monitor() const;              // throws HException for a target that cannot stop
     QString formatAddress(uint32_t address) const;
 
 private:

@@ -1,8 +1,12 @@
 // A section: fragments of code or data, with the addresses that they span.
 #pragma once
 
+#include "support/HString.h"
 #include "zoff/PoolContainers.h"
 #include "zoff/ZOFFFragment.h"
+#include "zoff/ZOFFInsn.h"
+#include "zoff/ZOFFObject.h"
+#include "zoff/ZOFFPackedItems.h"
 
 class ZOFFSection : public ZOFFObject {
 public:
@@ -49,7 +53,7 @@ public:
     // fall beyond `size` are left out.
     void dump(size_t size, uint8_t* buffer);
 
-    // Calls `visit` with each item in order, until it answers true; the item then, else null.
+    // Calls `visit` with each item in order, until it returns true; returns the item then, else null.
     template <class Visitor> ZOFFInsn* find(Visitor&& visit) const
     {
         for (ZOFFFragment* fragment : m_fragments)

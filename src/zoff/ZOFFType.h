@@ -2,8 +2,11 @@
 // pointer that was declared ahead gets its target, and a printed name is kept.
 #pragma once
 
+#include "support/HString.h"
 #include "zoff/PoolContainers.h"
 #include "zoff/ZOFFExpr.h"
+#include "zoff/ZOFFObject.h"
+#include "zoff/ZOFFTags.h"
 
 class ZOFFField;
 class ZOFFTypeName;
@@ -113,7 +116,7 @@ class ZOFFPtrType : public ZOFFType {
 public:
     explicit ZOFFPtrType(int32_t size) : ZOFFType(size) {}
     ZOFFType* target() const { return m_target; }
-    // Throws HException when a chain of pointers would come back to itself or grow too long. Answers how
+    // Throws HException when a chain of pointers would come back to itself or grow too long. Returns how
     // many pointers it walked to find out.
     int setTarget(ZOFFType* target);
     ZOFFTag representation() const { return m_representation; }

@@ -1,5 +1,7 @@
 // Sessions of the debugger: a program and its requests, lines and names, disassembled text, memories.
+#include "maxq30/cpu/MAXQ30Registers.h"
 #include "support/HException.h"
+#include "support/Path.h"
 #include "tests/debug/DebuggerFixture.h"
 #include "zoff/ZOFFfiles.h"
 
@@ -18,6 +20,7 @@ TEST_F(Debugger, ServesAProgramUntilItExits)
         << "the program is told that nobody serves it";
     EXPECT_FALSE(subject.debugIOEnabled());
     EXPECT_TRUE(host.errors.isEmpty());
+    EXPECT_FALSE(subject.isStopped()) << "what has ended is no stop";
 }
 
 TEST_F(Debugger, EntryPointsByNumberSymbolAndDefault)

@@ -1,8 +1,8 @@
 // Values: what operators make of them, and how they print.
 #include "expression/ExpressionType.h"
-#include "VariablesParser.h"
 #include "expression/ExpressionOperator.h"
 #include "expression/ParserException.h"
+#include "expression/VariablesParser.h"
 #include "support/Failure.h"
 
 #include <gtest/gtest.h>

@@ -72,12 +72,14 @@ void Loader::addLoadFile(const QString& name)
 {
     Path path(name);
     if (!path.exists())
-        throw HException(QStringLiteral("The file \"%1\" does not exist").arg(path.fileName()));
+        throw HException(QStringLiteral("The file \"%1\" does not exist").arg(path.fileName()))
+            .setHint("looked for " + path.osPath());
     std::string osPath = path.osPath();
     LoadFileFactory* factory = LoadFileFactory::instance();
     const char* type = m_filetype ? m_filetype : factory->detect(osPath.c_str());
     if (!type)
-        throw HException(QStringLiteral("Cannot determine type of file \"%1\"").arg(path.fileName()));
+        throw HException(QStringLiteral("Cannot determine type of file \"%1\"").arg(path.fileName()))
+            .setHint("name its type with -filetype; known by the name's end: " + factory->endings());
     auto destroy = [factory](LoadFileInterface* file) { factory->destroy(file); };
     std::unique_ptr<LoadFileInterface, decltype(destroy)> file(factory->create(osPath.c_str(), type),
                                                                destroy);
@@ -127,12 +129,17 @@ void Loader::resetTarget()
     connectedTarget("Target is not connected")->reset(false, false);
 }
 
-void Loader::downloadLoadFiles()
+void Loader::checkOverlap()
 {
-    TargetInterface* target = connectedTarget("Target is not connected");
     m_loadFiles.sort();
     if (m_loadFiles.overlap())
         throw HException("cannot download multiple load files because they overlap");
+}
+
+void Loader::downloadLoadFiles()
+{
+    TargetInterface* target = connectedTarget("Target is not connected");
+    checkOverlap();
     for (const LoadFileListItem& item : m_loadFiles.items())
         target->checkLoadFileFits(item.file);
     LoadBracket bracket(target);
@@ -167,6 +174,25 @@ void Loader::progress(int done, int total, const char* label, const char* unit, 
     Interrupt::check();
     if (!m_quiet)
         m_face.progress(done, total, label, unit);
+}
+
+void Loader::tellSummary(bool downloaded, bool verified, qint64 milliseconds)
+{
+    uint64_t bytes = 0;
+    for (const LoadFileListItem& item : m_loadFiles.items()) {
+        const LoadFileSections& sections = item.file->loadFileSections();
+        bytes += sections.length() + sections.eelength();
+    }
+    const size_t files = m_loadFiles.items().size();
+    QString text = QStringLiteral("OK: %1 file%2, ").arg(files).arg(QLatin1String(files == 1 ? "" : "s"));
+    text += bytes < 1000 ? QStringLiteral("%1 bytes").arg(bytes)
+                         : QStringLiteral("%1 kB").arg((bytes + 500) / 1000);
+    if (!downloaded)
+        text += QLatin1String(", not downloaded");
+    if (verified)
+        text += QLatin1String(", verified");
+    if (!m_quiet)
+        m_face.summary(text + QString::asprintf(", %.2f s", double(milliseconds) / 1000));
 }
 
 void Loader::message(const QString& text)

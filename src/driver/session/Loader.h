@@ -43,6 +43,8 @@ public:
     void connectTarget(ProjectElement* project, const QString& configuration);
     void disconnectTarget();
     void resetTarget();
+    // Brings the files into order. Throws HException when they overlap.
+    void checkOverlap();
     void downloadLoadFiles();
     void verifyLoadFiles();
 
@@ -67,6 +69,8 @@ public:
     Path getDebugSourcePath(const Path& path) override;
     QString getDebugSourceText(const Path& path, int line) override;
 
+    // One line about a load that went well: "OK: 3 files, 54 kB, verified, 0.52 s".
+    void tellSummary(bool downloaded, bool verified, qint64 milliseconds);
     SessionFace& face() const { return m_face; }
     SourceText& sourceText() { return m_sourceText; }
 

@@ -1,6 +1,7 @@
 #include "maxq30/cpu/ZOFFMAXQ30Insn.h"
 
 #include "support/HException.h"
+#include "zoff/ZOFFExpr.h"
 #include "zoff/ZOFFProcessor.h"
 
 #include <algorithm>
@@ -116,7 +117,7 @@ constexpr std::string_view arithmeticText(unsigned pattern)
     }
 }
 
-// The same with the prefix that reaches the multiplier and its neighbours.
+// Operations behind the prefix that reaches the multiplier and its neighbours.
 constexpr std::string_view extendedText(unsigned pattern)
 {
     switch (pattern) {

@@ -75,6 +75,8 @@ void ESCollector::enter(ESContext* context)
 void ESCollector::leave(ESContext* context)
 {
     std::erase(g_contexts, context);
+    // Much of what was alive may be so no longer.
+    g_threshold = LeastGarbage;
 }
 
 void ESCollector::request()
@@ -98,5 +100,7 @@ void ESCollector::collect()
     }
     g_wanted = false;
     g_fresh = 0;
-    g_threshold = std::max(LeastGarbage, alive / 2);
+    // Garbage alone shall not reach the limit.
+    size_t left = ESStringPool::limit() > alive ? ESStringPool::limit() - alive : 0;
+    g_threshold = std::max(LeastGarbage, std::min(alive / 2, left / 2));
 }
