@@ -5,7 +5,7 @@
 #include "bench/sim/SimulatorSession.h"
 #include "bench/sim/simavr.h"
 #include "debug/monitor/HBreakpoint.h"
-#include "maxq30/cpu/MAXQ30Registers.h"
+#include "maxq30/sim/MAXQ30Simulator.h"
 #include "sim/Core.h"
 #include "support/HException.h"
 #include "target/memory/TargetMemoryInterface.h"

@@ -6,6 +6,7 @@
 #include "driver/session/Interrupt.h"
 #include "driver/terminal/StandardOutput.h"
 #include "support/HException.h"
+#include "target/TargetInterface.h"
 
 namespace {
 

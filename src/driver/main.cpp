@@ -3,7 +3,8 @@
 
 #include "debug/symbols/SymbolicDebug.h"
 #include "driver/System.h"
-#include "driver/terminal/StandardOutput.h"
+#include "driver/session/Reporter.h"
+#include "loadfile/LoadFileFactory.h"
 #include "maxq30/MAXQ30TargetInterfaceFactory.h"
 #include "maxq30/cpu/MAXQ30Debugger.h"
 #include "maxq30/cpu/MAXQ30Processor.h"
@@ -12,10 +13,15 @@
 #include "project/MAXQ30ProjectSystem.h"
 #include "project/MacroSystem.h"
 #include "project/SolutionLoadError.h"
+#include "project/StandardBuildSystem.h"
+#include "project/StandardProjectSystem.h"
 #include "support/HException.h"
 #include "support/QTx.h"
+#include "target/TargetInterfaceFactory.h"
 #include "target/download/TargetInterfaceHelperFunctions.h"
+#include "zoff/ZOFFDebugIndex.h"
 #include "zoff/ZOFFLoadFileFactory.h"
+#include "zoff/ZOFFProcessor.h"
 
 #include <QCoreApplication>
 #include <QRegularExpression>

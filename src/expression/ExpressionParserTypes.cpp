@@ -1,7 +1,7 @@
 // Casts, and the types in them.
 #include "expression/BaseType.h"
-#include "expression/ExpressionArena.h"
 #include "expression/CStyleLexer.h"
+#include "expression/ExpressionArena.h"
 #include "expression/ExpressionParser.h"
 #include "expression/ParserException.h"
 #include "expression/limits.h"

@@ -1,5 +1,6 @@
 #include "loadfile/BinaryLoadFile.h"
 
+#include "loadfile/LoadFileSection.h"
 #include "loadfile/limits.h"
 #include "support/HException.h"
 

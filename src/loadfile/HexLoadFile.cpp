@@ -2,6 +2,7 @@
 
 #include "loadfile/TextLines.h"
 #include "loadfile/limits.h"
+#include "support/HException.h"
 
 template <class Source> void HexLoadFile::read(Source source)
 {

@@ -1,5 +1,6 @@
 #include "loadfile/LoadFileInterface.h"
 
+#include "loadfile/LoadFileSection.h"
 #include "support/HException.h"
 
 #include <algorithm>

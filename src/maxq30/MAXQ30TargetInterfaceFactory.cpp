@@ -3,6 +3,7 @@
 #include "maxq30/jtag/MAXQ30Serial2JTAGTargetInterface.h"
 #include "maxq30/jtag/MAXQ30TetherTargetInterface.h"
 #include "maxq30/sim/MAXQ30Simulator.h"
+#include "target/TargetInterface.h"
 #include "target/download/TargetInterfaceHelperFunctions.h"
 
 #include <cstring>

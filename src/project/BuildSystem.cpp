@@ -1,7 +1,9 @@
 #include "project/BuildSystem.h"
 
 #include "project/BuildProperties.h"
+#include "project/ProjectProperties.h"
 #include "project/ProjectSystem.h"
+#include "support/Path.h"
 
 #include <QDir>
 #include <QFileInfo>

@@ -1,6 +1,8 @@
 #include "project/EnvironmentSettings.h"
 
 #include "project/PackageSystem.h"
+#include "project/PropertyClass.h"
+#include "support/Path.h"
 #include "support/QTx.h"
 
 #include <QCoreApplication>

@@ -2,6 +2,7 @@
 // for transient state, and the environment properties, whose values live in the two.
 #pragma once
 
+#include "project/PropertyClass.h"
 #include "project/PropertyValue.h"
 #include "project/Settings.h"
 

@@ -1,5 +1,6 @@
 #include "project/ProjectPropertyValue.h"
 
+#include "project/ProjectProperties.h"
 #include "project/ProjectSystem.h"
 
 bool ProjectPropertyValue::inherited() const

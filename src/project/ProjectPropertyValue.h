@@ -1,6 +1,7 @@
 // A view of one setting of one project element for one configuration.
 #pragma once
 
+#include "project/PropertyClass.h"
 #include "project/PropertyInheritance.h"
 #include "project/PropertyValue.h"
 

@@ -4,7 +4,9 @@
 #include "project/ElementWalk.h"
 #include "project/FileTypes.h"
 #include "project/MacroSystem.h"
+#include "project/PropertyClass.h"
 #include "project/SolutionLoader.h"
+#include "support/Path.h"
 #include "support/PlatformConstants.h"
 
 #include <QDir>

@@ -4,7 +4,9 @@
 
 #include "project/ProjectElement.h"
 #include "project/ProjectProperties.h"
+#include "project/PropertyClass.h"
 #include "project/PropertyInheritance.h"
+#include "support/Path.h"
 
 #include <QObject>
 

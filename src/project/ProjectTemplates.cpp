@@ -1,8 +1,11 @@
 #include "project/ProjectTemplates.h"
 
 #include "project/BuildSystem.h"
+#include "project/ProjectElement.h"
 #include "project/ProjectSystem.h"
+#include "project/PropertyClass.h"
 #include "project/SolutionLoadError.h"
+#include "project/xml/XMLNode.h"
 
 #include <QFile>
 #include <QFileInfo>

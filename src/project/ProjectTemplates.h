@@ -13,7 +13,10 @@
 #pragma once
 
 #include "project/MacroSystem.h"
+#include "project/ProjectElement.h"
+#include "project/ProjectSystem.h"
 #include "project/PropertyValueGroups.h"
+#include "project/xml/XMLNode.h"
 #include "project/xml/XMLPP2.h"
 
 #include <QHash>

@@ -1,6 +1,8 @@
 #include "project/PropertyValueGroups.h"
 
 #include "project/ProjectSystem.h"
+#include "project/PropertyClass.h"
+#include "project/xml/XMLNode.h"
 #include "support/HException.h"
 
 #include <QFile>

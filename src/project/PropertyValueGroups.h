@@ -4,6 +4,8 @@
 
 #include "project/MacroSystem.h"
 #include "project/ProjectPropertyValue.h"
+#include "project/PropertyClass.h"
+#include "project/xml/XMLNode.h"
 #include "project/xml/XMLPP2.h"
 
 #include <QDateTime>

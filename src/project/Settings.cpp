@@ -1,6 +1,7 @@
 #include "project/Settings.h"
 
 #include "project/xml/XMLDocument.h"
+#include "project/xml/XMLNode.h"
 #include "project/xml/XMLWriter.h"
 
 #include <QFile>

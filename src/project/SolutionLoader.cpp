@@ -1,10 +1,12 @@
 #include "project/SolutionLoader.h"
 
 #include "project/MacroSystem.h"
+#include "project/ProjectElement.h"
 #include "project/ProjectTemplates.h"
 #include "project/SolutionLoadError.h"
 #include "project/limits.h"
 #include "project/xml/XMLDocument.h"
+#include "support/Path.h"
 
 #include <QDir>
 #include <QFile>

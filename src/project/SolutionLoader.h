@@ -3,6 +3,7 @@
 // directory. Throws SolutionLoadError.
 #pragma once
 
+#include "project/ProjectElement.h"
 #include "project/ProjectSystem.h"
 
 #include <memory>

@@ -1,7 +1,9 @@
 // Writing a solution back to its file.
 #include "project/ProjectSystem.h"
 #include "project/xml/XMLDocument.h"
+#include "project/xml/XMLNode.h"
 #include "support/HException.h"
+#include "support/Pool.h"
 
 namespace {
 

@@ -1,7 +1,10 @@
 #include "project/StandardBuildSystem.h"
 
 #include "project/BuildProperties.h"
+#include "project/ProjectElement.h"
+#include "project/ProjectProperties.h"
 #include "project/ProjectSystem.h"
+#include "project/PropertyClass.h"
 #include "support/PlatformConstants.h"
 
 #include <QDir>

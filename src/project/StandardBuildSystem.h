@@ -3,6 +3,7 @@
 #pragma once
 
 #include "project/BuildSystem.h"
+#include "project/PropertyClass.h"
 
 class StandardBuildSystem : public BuildSystem {
 public:

@@ -1,6 +1,8 @@
 #include "project/StandardProjectSystem.h"
 
 #include "project/BuildSystem.h"
+#include "project/ProjectElement.h"
+#include "project/PropertyClass.h"
 #include "support/PlatformConstants.h"
 
 namespace {

@@ -2,6 +2,7 @@
 // the ZOFF format, and the one processor that the tool serves.
 #pragma once
 
+#include "project/ProjectElement.h"
 #include "project/ProjectSystem.h"
 
 class StandardProjectSystem : public ProjectSystem {

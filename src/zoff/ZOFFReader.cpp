@@ -13,6 +13,7 @@
 #include "zoff/ZOFFSymbol.h"
 #include "zoff/ZOFFTags.h"
 #include "zoff/ZOFFType.h"
+#include "zoff/limits.h"
 
 #include <algorithm>
 #include <cstdio>

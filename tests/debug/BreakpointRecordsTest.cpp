@@ -1,9 +1,9 @@
 // Breakpoints as users write them, and the records that they become.
+#include "debug/DebuggerFixture.h"
 #include "debug/evaluation/ExpressionContext.h"
 #include "debug/monitor/HBreakpoint.h"
 #include "debug/run/DebuggerBreakpoint.h"
-#include "tests/debug/DebuggerFixture.h"
-#include "tests/support/Failure.h"
+#include "support/Failure.h"
 
 #include <array>
 

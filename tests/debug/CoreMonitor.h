@@ -10,9 +10,9 @@
 #include "support/Endian.h"
 #include "support/HException.h"
 #include "support/Path.h"
+#include "target/FakeTarget.h"
 #include "target/TargetRegisterInterface.h"
 #include "target/memory/TargetMemoryInterface.h"
-#include "tests/target/FakeTarget.h"
 
 #include <algorithm>
 #include <map>

@@ -1,8 +1,8 @@
 // Sessions of the debugger: a program and its requests, lines and names, disassembled text, memories.
+#include "debug/DebuggerFixture.h"
 #include "maxq30/cpu/MAXQ30Registers.h"
 #include "support/HException.h"
 #include "support/Path.h"
-#include "tests/debug/DebuggerFixture.h"
 #include "zoff/ZOFFfiles.h"
 
 TEST_F(Debugger, ServesAProgramUntilItExits)

@@ -1,6 +1,11 @@
 // Expressions and displays over the symbols and types of an assembled program.
 #include "debug/FakeProgram.h"
-#include "support/Failure.h"
+#include "debug/evaluation/VariableListBuilder.h"
+#include "debug/symbols/SymbolicDebug.h"
+#include "expression/ExpressionType.h"
+#include "expression/ParserException.h"
+#include "support/Endian.h"
+#include "support/Path.h"
 #include "tools/kvas/Sources.h"
 
 namespace {

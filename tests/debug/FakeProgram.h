@@ -5,7 +5,6 @@
 #include "debug/evaluation/VariableListBuilder.h"
 #include "debug/evaluation/ZOFFExpressionEvaluator.h"
 #include "debug/symbols/SymbolicDebug.h"
-#include "expression/ParserException.h"
 #include "maxq30/cpu/MAXQ30Registers.h"
 
 #include <cstring>

@@ -1,10 +1,10 @@
 // Executables that lie: whatever the symbols, scopes, types and lines say, the debugger comes to an end.
+#include "debug/DebuggerFixture.h"
+#include "debug/FakeProgram.h"
 #include "debug/evaluation/ExpressionContext.h"
 #include "debug/evaluation/VariableListBuilder.h"
 #include "support/HException.h"
 #include "support/Path.h"
-#include "tests/debug/DebuggerFixture.h"
-#include "tests/debug/FakeProgram.h"
 
 #include <random>
 

@@ -1,10 +1,10 @@
 // Runs, stops, steps and breakpoints of a program.
+#include "debug/DebuggerFixture.h"
 #include "debug/monitor/DebuggerBreakpointFailure.h"
 #include "debug/run/DebuggerBreakpoint.h"
 #include "maxq30/cpu/MAXQ30Registers.h"
+#include "support/Failure.h"
 #include "support/Path.h"
-#include "tests/debug/DebuggerFixture.h"
-#include "tests/support/Failure.h"
 
 namespace {
 

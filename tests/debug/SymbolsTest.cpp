@@ -3,7 +3,7 @@
 #include "debug/symbols/SymbolicDebug.h"
 #include "support/HString.h"
 #include "support/Path.h"
-#include "tests/tools/kvas/Sources.h"
+#include "tools/kvas/Sources.h"
 #include "zoff/ZOFFScope.h"
 #include "zoff/ZOFFSymbol.h"
 
@@ -35,6 +35,8 @@ protected:
 
     std::unique_ptr<SymbolicDebug> symbols;
 };
+
+} // namespace
 
 TEST_F(Symbols, LinesAndAddressesBothWays)
 {
@@ -124,5 +126,3 @@ TEST_F(Symbols, NamesByScopeDeclarationAndType)
     EXPECT_EQ(symbols->findNamedType("point")->size(), 8);
     EXPECT_EQ(symbols->findNamedType("line"), nullptr);
 }
-
-} // namespace

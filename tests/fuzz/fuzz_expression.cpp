@@ -1,6 +1,7 @@
 // Any text as an expression must end in a value or a message.
+#include "expression/ExpressionType.h"
 #include "expression/ParserException.h"
-#include "tests/expression/VariablesParser.h"
+#include "expression/VariablesParser.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {

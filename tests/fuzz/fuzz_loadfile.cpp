@@ -3,6 +3,7 @@
 #include "loadfile/IntelHexLoadFile.h"
 #include "loadfile/SRecordLoadFile.h"
 #include "loadfile/TIHexLoadFile.h"
+#include "support/AddressRanges.h"
 #include "support/HException.h"
 
 namespace {

@@ -1,11 +1,14 @@
 // Executables whose variables are shown, read through expressions and written: the input is the file, and its
 // bytes are the program's memory, too.
-#include "debug/evaluation/limits.h"
+#include "debug/FakeProgram.h"
+#include "debug/evaluation/DebugMarkerType.h"
+#include "debug/symbols/SymbolicDebug.h"
 #include "expression/ExpressionType.h"
 #include "maxq30/cpu/ZOFFMAXQ30Reader.h"
-#include "tests/debug/FakeProgram.h"
-#include "tests/support/MAXQ30Records.h"
+#include "support/HException.h"
+#include "support/Path.h"
 #include "zoff/ZOFFModule.h"
+#include "zoff/ZOFFReader.h"
 #include "zoff/ZOFFSymbol.h"
 
 #include <cstdlib>

@@ -1,5 +1,8 @@
 // Any bytes as source text must end in a value or a message, and leave the context usable. A script may run
 // for a bounded number of instructions.
+#include "script/engine/ESContext.h"
+#include "script/engine/ESException.h"
+#include "script/engine/ESStringPool.h"
 #include "script/native/ESLibrary.h"
 
 #include <memory>

@@ -4,7 +4,7 @@
 #include "maxq30/cpu/ZOFFMAXQ30Insn.h"
 #include "maxq30/cpu/ZOFFMAXQ30Reader.h"
 #include "support/HException.h"
-#include "tests/support/MAXQ30Records.h" // installs the record
+#include "support/MAXQ30Records.h" // installs the record
 #include "zoff/ZOFFExpr.h"
 #include "zoff/ZOFFInsn.h"
 #include "zoff/ZOFFItems.h"

@@ -6,8 +6,8 @@
 #include "loadfile/TIHexLoadFile.h"
 #include "support/HException.h"
 
-#include "support/TempDir.h"
 #include "support/Failure.h"
+#include "support/TempDir.h"
 
 #include <random>
 

@@ -5,9 +5,9 @@
 #include "loadfile/LoadFileInterface.h"
 #include "loadfile/LoadFileList.h"
 #include "loadfile/LoadFileSection.h"
+#include "support/Failure.h"
 #include "support/HException.h"
 #include "support/TempDir.h"
-#include "support/Failure.h"
 
 #include <cstring>
 

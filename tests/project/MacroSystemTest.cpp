@@ -1,8 +1,8 @@
 #include "project/MacroSystem.h"
 #include "project/EnvironmentSettings.h"
+#include "support/Failure.h"
 #include "support/HException.h"
 #include "support/Path.h"
-#include "support/Failure.h"
 #include "support/TempDir.h"
 
 #include <QLocale>

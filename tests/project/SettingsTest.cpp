@@ -3,9 +3,9 @@
 #include "project/PackageSystem.h"
 #include "project/PropertyClass.h"
 #include "project/PropertyValue.h"
+#include "support/Failure.h"
 #include "support/HException.h"
 #include "support/Path.h"
-#include "support/Failure.h"
 #include "support/TempDir.h"
 
 #include <QDir>

@@ -11,6 +11,8 @@ size_t bytesOf(ScriptWorld& world)
     return ESStringPool::bytes() + world.context().heap().bytes();
 }
 
+} // namespace
+
 TEST(Memory, WhatNothingKeepsIsGivenBack)
 {
     const char* handlers[] = {
@@ -129,5 +131,3 @@ TEST(Memory, ALimitEndsTheScriptAndNotTheContext)
         }
     }
 }
-
-} // namespace

@@ -24,6 +24,16 @@ class DebugExample(BoardTest):
             with self.subTest(script):
                 self.assertEqual(self.walk(f"{script}.js", "sim"), self.kept(f"{script}.txt"))
 
+    def test_boards_show_the_same(self):
+        board = self.board()
+        self.assertEqual(self.walk("debug.js", "serial_jtag", "-setprop", f"Port Name={board.port}"),
+                         self.kept("debug.txt"))
+        self.assertEqual(board.stop().status, 0)
+        board = self.board("--usb")
+        self.environment = usb_environment(self.environment, board)
+        self.assertEqual(self.walk("debug.js", "usb_th"), self.kept("debug.txt"))
+        self.assertEqual(board.stop().status, 0)
+
 
 if __name__ == "__main__":
     main()

@@ -5,6 +5,47 @@
 
 #include <gtest/gtest.h>
 
+namespace {
+
+// Answers each byte with its address and kind; notes writes.
+struct Live : LiveMemory {
+    unsigned fill(unsigned kind, unsigned address, unsigned count, unsigned char* bytes)
+    {
+        for (unsigned i = 0; i < count; ++i)
+            bytes[i] = uint8_t(kind << 6 | ((address + i) & 0x3F));
+        return count;
+    }
+    unsigned note(unsigned kind, unsigned address, unsigned count, const unsigned char* bytes)
+    {
+        log += std::to_string(kind) + ":" + std::to_string(address) + ":" + std::to_string(count) + ":" +
+               std::to_string(bytes[0]) + " ";
+        return count;
+    }
+    unsigned readPeripheralMemory(unsigned a, unsigned c, unsigned char* b) override
+    {
+        return fill(0, a, c, b);
+    }
+    unsigned writePeripheralMemory(unsigned a, unsigned c, const unsigned char* b) override
+    {
+        return note(0, a, c, b);
+    }
+    unsigned readEepromMemory(unsigned a, unsigned c, unsigned char* b) override { return fill(1, a, c, b); }
+    unsigned writeEepromMemory(unsigned a, unsigned c, const unsigned char* b) override
+    {
+        return note(1, a, c, b);
+    }
+    unsigned readCodeMemory(unsigned a, unsigned c, unsigned char* b) override { return fill(2, a, c, b); }
+    unsigned writeCodeMemory(unsigned a, unsigned c, const unsigned char* b) override
+    {
+        return note(2, a, c, b);
+    }
+    unsigned readMemory(unsigned a, unsigned c, unsigned char* b) override { return fill(3, a, c, b); }
+    unsigned writeMemory(unsigned a, unsigned c, const unsigned char* b) override { return note(3, a, c, b); }
+    std::string log;
+};
+
+} // namespace
+
 TEST(TargetMemory, WidthsAndByteOrder)
 {
     FakeMemory memory(false, 0x1000);
@@ -55,47 +96,6 @@ TEST(TargetMemory, StringsAndComparisonStopInTime)
     EXPECT_FALSE(memory.memoryExists(0x1F0, 17));
     EXPECT_FALSE(memory.memoryExists(0x1F0, 0xFFFFFFFF));
 }
-
-namespace {
-
-// Answers each byte with its address and kind; notes writes.
-struct Live : LiveMemory {
-    unsigned fill(unsigned kind, unsigned address, unsigned count, unsigned char* bytes)
-    {
-        for (unsigned i = 0; i < count; ++i)
-            bytes[i] = uint8_t(kind << 6 | ((address + i) & 0x3F));
-        return count;
-    }
-    unsigned note(unsigned kind, unsigned address, unsigned count, const unsigned char* bytes)
-    {
-        log += std::to_string(kind) + ":" + std::to_string(address) + ":" + std::to_string(count) + ":" +
-               std::to_string(bytes[0]) + " ";
-        return count;
-    }
-    unsigned readPeripheralMemory(unsigned a, unsigned c, unsigned char* b) override
-    {
-        return fill(0, a, c, b);
-    }
-    unsigned writePeripheralMemory(unsigned a, unsigned c, const unsigned char* b) override
-    {
-        return note(0, a, c, b);
-    }
-    unsigned readEepromMemory(unsigned a, unsigned c, unsigned char* b) override { return fill(1, a, c, b); }
-    unsigned writeEepromMemory(unsigned a, unsigned c, const unsigned char* b) override
-    {
-        return note(1, a, c, b);
-    }
-    unsigned readCodeMemory(unsigned a, unsigned c, unsigned char* b) override { return fill(2, a, c, b); }
-    unsigned writeCodeMemory(unsigned a, unsigned c, const unsigned char* b) override
-    {
-        return note(2, a, c, b);
-    }
-    unsigned readMemory(unsigned a, unsigned c, unsigned char* b) override { return fill(3, a, c, b); }
-    unsigned writeMemory(unsigned a, unsigned c, const unsigned char* b) override { return note(3, a, c, b); }
-    std::string log;
-};
-
-} // namespace
 
 TEST(MemoryBlock, LazyReadsEachKindAndMovesOn)
 {

@@ -1,11 +1,11 @@
 // Packed fragments against a plain model of the reader's machine: long programs of random records, whose
 // items are known.
 #include "maxq30/cpu/ZOFFMAXQ30Reader.h"
+#include "support/Failure.h"
 #include "support/HByteStream.h"
 #include "support/HException.h"
-#include "tests/support/Failure.h"
-#include "tests/support/TempDir.h"
-#include "tests/zoff/Records.h"
+#include "support/TempDir.h"
+#include "zoff/Records.h"
 #include "zoff/ZOFFExpr.h"
 #include "zoff/ZOFFFragment.h"
 #include "zoff/ZOFFInput.h"

@@ -1,6 +1,7 @@
 #include "debug/evaluation/DebugExpressionParser.h"
 
 #include "expression/CStyleLexer.h"
+#include "support/Endian.h"
 
 #include <bit>
 

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "expression/ExpressionParser.h"
+#include "support/Endian.h"
 #include "target/memory/MemoryBlock.h"
 
 class DebugExpressionParser : public ExpressionParser, public LiveMemory {

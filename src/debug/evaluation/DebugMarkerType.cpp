@@ -1,6 +1,7 @@
 #include "debug/evaluation/DebugMarkerType.h"
 
 #include "debug/evaluation/ZOFFExpressionEvaluator.h"
+#include "expression/ExpressionType.h"
 #include "expression/ParserException.h"
 
 QString DebugMarkerType::getValueAsString()

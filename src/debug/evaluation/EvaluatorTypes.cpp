@@ -2,7 +2,14 @@
 #include "debug/evaluation/TypeQualifier.h"
 #include "debug/evaluation/ZOFFExpressionEvaluator.h"
 #include "debug/evaluation/limits.h"
+#include "expression/BaseType.h"
+#include "expression/Expression.h"
+#include "expression/ExpressionType.h"
 #include "expression/ParserException.h"
+#include "support/Endian.h"
+#include "support/HException.h"
+#include "support/HString.h"
+#include "zoff/ZOFFTags.h"
 #include "zoff/ZOFFType.h"
 
 #include <algorithm>

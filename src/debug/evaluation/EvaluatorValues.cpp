@@ -4,6 +4,12 @@
 #include "debug/evaluation/TypeQualifier.h"
 #include "debug/evaluation/ZOFFExpressionEvaluator.h"
 #include "debug/evaluation/limits.h"
+#include "expression/ExpressionType.h"
+#include "expression/MarkerType.h"
+#include "expression/ParserException.h"
+#include "support/Endian.h"
+#include "target/memory/MemoryBlock.h"
+#include "zoff/ZOFFTags.h"
 #include "zoff/ZOFFType.h"
 
 #include <algorithm>

@@ -1,6 +1,7 @@
 // The bytes of a marker on top of the evaluator's stack of blocks, for as long as this object lives.
 #pragma once
 
+#include "debug/evaluation/DebugMarkerType.h"
 #include "debug/evaluation/ZOFFExpressionEvaluator.h"
 #include "expression/ParserException.h"
 

@@ -2,6 +2,7 @@
 // cost few accesses, and with a note whether something could not be read.
 #pragma once
 
+#include "support/Endian.h"
 #include "target/memory/MemoryBlock.h"
 
 #include <vector>

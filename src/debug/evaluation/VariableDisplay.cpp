@@ -1,10 +1,14 @@
 #include "debug/evaluation/VariableDisplay.h"
 
+#include "debug/evaluation/DebugMarkerType.h"
 #include "debug/evaluation/MemoryBuffer.h"
 #include "debug/evaluation/ReadAhead.h"
 #include "debug/evaluation/TypeQualifier.h"
 #include "debug/evaluation/limits.h"
+#include "expression/ExpressionType.h"
+#include "expression/ParserException.h"
 #include "zoff/ZOFFSymbol.h"
+#include "zoff/ZOFFTags.h"
 #include "zoff/ZOFFType.h"
 
 #include <algorithm>

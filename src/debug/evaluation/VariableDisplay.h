@@ -2,6 +2,7 @@
 // nesting and number of items are bounded: where it is cut an item says "...", or the rest is missing.
 #pragma once
 
+#include "debug/evaluation/DebugMarkerType.h"
 #include "debug/evaluation/VariableListBuilder.h"
 #include "debug/evaluation/ZOFFExpressionEvaluator.h"
 

@@ -3,9 +3,15 @@
 
 #include "debug/evaluation/MemoryBuffer.h"
 #include "debug/evaluation/TypeQualifier.h"
+#include "expression/ExpressionType.h"
+#include "expression/MarkerType.h"
 #include "expression/ParserException.h"
+#include "support/Endian.h"
+#include "support/HString.h"
 #include "zoff/ZOFFExpr.h"
+#include "zoff/ZOFFObject.h"
 #include "zoff/ZOFFSymbol.h"
+#include "zoff/ZOFFTags.h"
 #include "zoff/ZOFFType.h"
 
 #include <algorithm>

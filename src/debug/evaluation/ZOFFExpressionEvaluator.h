@@ -7,6 +7,11 @@
 
 #include "debug/evaluation/DebugExpressionParser.h"
 #include "debug/evaluation/DebugMarkerType.h"
+#include "expression/BaseType.h"
+#include "expression/Expression.h"
+#include "expression/ExpressionType.h"
+#include "expression/MarkerType.h"
+#include "support/Endian.h"
 #include "support/Pool.h"
 
 class VariableDisplay;

@@ -1,8 +1,13 @@
 // Commands about breakpoints and exceptions.
 #include "debug/SymbolicDebuggerInterface.h"
+#include "debug/evaluation/ExpressionContext.h"
+#include "debug/run/DebuggerBreakpoint.h"
 #include "driver/console/CommandArguments.h"
 #include "driver/console/DebugCommands.h"
+#include "script/engine/ESStringPool.h"
+#include "script/engine/ESValue.h"
 #include "support/HException.h"
+#include "support/Path.h"
 
 #include <algorithm>
 

@@ -4,6 +4,7 @@
 
 #include "driver/console/DebugCommands.h"
 #include "script/engine/ESContext.h"
+#include "script/engine/ESValue.h"
 #include "script/native/Builtin.h"
 
 class DebugCommands::Arguments {

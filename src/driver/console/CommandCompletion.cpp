@@ -4,6 +4,8 @@
 #include "driver/console/ShortCommands.h"
 #include "driver/session/ProgramRun.h"
 #include "script/engine/ESContext.h"
+#include "script/engine/ESObject.h"
+#include "script/engine/ESStringPool.h"
 #include "support/HException.h"
 
 #include <algorithm>

@@ -2,6 +2,8 @@
 // which scripts write.
 #pragma once
 
+#include "script/engine/ESObject.h"
+#include "script/engine/ESValue.h"
 #include "script/host/ESQObject.h"
 #include "script/host/ScriptSystem.h"
 

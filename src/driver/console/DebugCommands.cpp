@@ -5,7 +5,12 @@
 #include "driver/console/CommandArguments.h"
 #include "driver/console/ShortCommands.h"
 #include "driver/session/Loader.h"
+#include "driver/session/ProgramRun.h"
 #include "driver/session/SessionFace.h"
+#include "script/engine/ESContext.h"
+#include "script/engine/ESObject.h"
+#include "script/engine/ESStringPool.h"
+#include "script/engine/ESValue.h"
 #include "support/HException.h"
 
 #include <algorithm>

@@ -6,9 +6,13 @@
 // or an expression failed with.
 #pragma once
 
+#include "debug/SymbolicDebuggerInterface.h"
 #include "driver/console/CodeView.h"
 #include "driver/console/NumberedBreakpoints.h"
+#include "driver/session/ProgramRun.h"
 #include "script/engine/ESClass.h"
+#include "script/engine/ESValue.h"
+#include "support/Path.h"
 
 #include <QByteArray>
 #include <QStringList>

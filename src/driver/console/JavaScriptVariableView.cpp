@@ -1,7 +1,11 @@
 #include "driver/console/JavaScriptVariableView.h"
 
+#include "debug/evaluation/DebugMarkerType.h"
 #include "expression/ExpressionType.h"
 #include "script/engine/ESContext.h"
+#include "script/engine/ESObject.h"
+#include "script/engine/ESString.h"
+#include "script/engine/ESStringPool.h"
 
 namespace {
 

@@ -1,5 +1,6 @@
 #include "driver/console/TextVariableView.h"
 
+#include "debug/evaluation/DebugMarkerType.h"
 #include "expression/ExpressionType.h"
 
 namespace {

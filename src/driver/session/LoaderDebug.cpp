@@ -2,6 +2,7 @@
 
 #include "driver/session/Loader.h"
 #include "driver/session/SessionFace.h"
+#include "support/Path.h"
 
 namespace {
 

@@ -5,8 +5,11 @@
 #include "driver/session/Interrupt.h"
 #include "driver/session/Loader.h"
 #include "loadfile/LoadFileInterface.h"
+#include "loadfile/LoadFileList.h"
 #include "support/HException.h"
+#include "support/Path.h"
 #include "support/QTx.h"
+#include "target/TargetInterface.h"
 #include "target/io/TargetIOServer.h"
 
 #include <QCoreApplication>

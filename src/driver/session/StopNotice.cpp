@@ -3,6 +3,7 @@
 #include "debug/SymbolicDebuggerInterface.h"
 #include "driver/session/Loader.h"
 #include "driver/session/SessionFace.h"
+#include "support/Path.h"
 
 void StopNotice::onBreakpoint()
 {

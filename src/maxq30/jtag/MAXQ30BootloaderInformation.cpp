@@ -1,5 +1,7 @@
 #include "maxq30/jtag/MAXQ30BootloaderInformation.h"
 
+#include "project/PropertyValue.h"
+
 #include <cstring>
 
 using Report = BootloaderReport;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "project/PropertyClass.h"
+#include "project/PropertyValue.h"
 #include "target/TargetInterfacePropertyValue.h"
 
 #include <cstdint>

@@ -1,6 +1,7 @@
 // The registers behind MAXQ30JTAGTargetInterface: those of the debug engine, with the breakpoints in them,
 // and the frames that read and write those of the CPU.
 
+#include "debug/monitor/HBreakpoint.h"
 #include "maxq30/jtag/JTAGFrames.h"
 #include "maxq30/jtag/MAXQ30JTAGTargetInterface.h"
 #include "support/Bracket.h"

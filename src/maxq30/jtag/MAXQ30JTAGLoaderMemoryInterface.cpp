@@ -4,6 +4,8 @@
 #include "maxq30/jtag/LinkTimeout.h"
 #include "maxq30/jtag/MAXQ30JTAGMemoryInterface.h"
 #include "maxq30/jtag/MAXQ30JTAGTargetInterface.h"
+#include "maxq30/jtag/maxqd.h"
+#include "support/Endian.h"
 #include "support/HException.h"
 
 #include <QElapsedTimer>

@@ -2,6 +2,8 @@
 
 #include "maxq30/jtag/DebugAccess.h"
 #include "maxq30/jtag/JTAGFrames.h"
+#include "maxq30/jtag/maxqd.h"
+#include "support/Endian.h"
 
 #include <algorithm>
 

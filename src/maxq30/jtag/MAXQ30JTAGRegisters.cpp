@@ -1,6 +1,7 @@
 #include "maxq30/jtag/MAXQ30JTAGRegisters.h"
 
 #include "maxq30/jtag/MAXQ30JTAGTargetInterface.h"
+#include "maxq30/jtag/maxqd.h"
 #include "support/Endian.h"
 
 #include <algorithm>

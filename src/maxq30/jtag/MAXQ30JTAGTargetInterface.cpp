@@ -1,16 +1,24 @@
 #include "maxq30/jtag/MAXQ30JTAGTargetInterface.h"
 
 #include "debug/monitor/HBreakpoint.h"
+#include "maxq30/cpu/MAXQ30Registers.h"
 #include "maxq30/jtag/JTAGFrames.h"
 #include "maxq30/jtag/JTAGTrace.h"
 #include "maxq30/jtag/LinkTimeout.h"
 #include "maxq30/jtag/MAXQ30JTAGLoaderMemoryInterface.h"
 #include "maxq30/jtag/MAXQ30JTAGMemoryInterface.h"
 #include "maxq30/jtag/MAXQ30JTAGRegisters.h"
+#include "project/PropertyClass.h"
 #include "project/PropertyValue.h"
+#include "script/engine/ESContext.h"
+#include "script/engine/ESObject.h"
+#include "script/engine/ESValue.h"
 #include "script/native/Builtin.h"
 #include "support/Bracket.h"
 #include "support/HException.h"
+#include "target/TargetRegisterInterface.h"
+#include "target/download/TargetInterfaceHelperFunctions.h"
+#include "target/memory/TargetMemoryInterface.h"
 
 #include <QElapsedTimer>
 

@@ -12,6 +12,13 @@
 #include "maxq30/jtag/JTAGBreakpoints.h"
 #include "maxq30/jtag/MAXQ30BootloaderInformation.h"
 #include "maxq30/jtag/maxqd.h"
+#include "project/PropertyClass.h"
+#include "project/PropertyValue.h"
+#include "script/engine/ESContext.h"
+#include "script/engine/ESObject.h"
+#include "script/engine/ESValue.h"
+#include "target/TargetInterfacePropertyValue.h"
+#include "target/TargetRegisterInterface.h"
 
 #include <memory>
 #include <vector>

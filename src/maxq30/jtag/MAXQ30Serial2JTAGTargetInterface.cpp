@@ -1,8 +1,10 @@
 #include "maxq30/jtag/MAXQ30Serial2JTAGTargetInterface.h"
 
 #include "maxq30/jtag/maxq_serial2jtag.h"
+#include "project/PropertyClass.h"
 #include "project/PropertyValue.h"
 #include "support/HException.h"
+#include "target/download/TargetInterfaceHelperFunctions.h"
 
 MAXQ30Serial2JTAGTargetInterface::MAXQ30Serial2JTAGTargetInterface(TargetInterfaceHelperFunctions* helpers)
     : MAXQ30JTAGTargetInterface("Maxim Serial JTAG Adapter", helpers),

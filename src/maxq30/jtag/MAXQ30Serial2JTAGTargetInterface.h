@@ -2,6 +2,10 @@
 #pragma once
 
 #include "maxq30/jtag/MAXQ30JTAGTargetInterface.h"
+#include "project/PropertyClass.h"
+#include "project/PropertyValue.h"
+#include "target/TargetInterfacePropertyValue.h"
+#include "target/download/TargetInterfaceHelperFunctions.h"
 
 class MAXQ30Serial2JTAGTargetInterface : public MAXQ30JTAGTargetInterface {
 public:

@@ -1,9 +1,12 @@
 #include "maxq30/jtag/MAXQ30TetherTargetInterface.h"
 
+#include "maxq30/jtag/USBDeviceList.h"
 #include "maxq30/jtag/UsbTetherDataLink.h"
 #include "maxq30/jtag/maxqd_tether_usb.h"
+#include "project/PropertyClass.h"
 #include "project/PropertyValue.h"
 #include "support/HException.h"
+#include "target/download/TargetInterfaceHelperFunctions.h"
 
 MAXQ30TetherTargetInterface::MAXQ30TetherTargetInterface(TargetInterfaceHelperFunctions* helpers)
     : MAXQ30JTAGTargetInterface("Tether Pro", helpers),

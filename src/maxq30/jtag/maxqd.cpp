@@ -1,6 +1,6 @@
 #include "maxq30/jtag/maxqd.h"
 
-#include "maxq30/jtag/HDataLink.h"
+#include "maxq30/jtag/HDataLink.h" // deleted here
 #include "maxq30/jtag/maxqd_dynamic.h"
 
 namespace {

@@ -1,7 +1,7 @@
 #include "maxq30/jtag/maxqd_dynamic.h"
 
 #include "maxq30/jtag/maxqd.h"
-#include "maxq30/jtag/maxqd_jtag.h"
+#include "maxq30/jtag/maxqd_jtag.h" // by names that a list makes
 
 void MAXQD_dynamic_init(_maxqd_t* maxqd)
 {

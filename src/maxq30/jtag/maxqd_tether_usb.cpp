@@ -1,5 +1,6 @@
 #include "maxq30/jtag/maxqd_tether_usb.h"
 
+#include "maxq30/jtag/USBDeviceList.h"
 #include "maxq30/jtag/UsbTetherDataLink.h"
 #include "maxq30/jtag/maxqd.h"
 #include "support/Bracket.h"

@@ -4,10 +4,15 @@
 #include "maxq30/sim/MAXQ30SimulatorRegisters.h"
 #include "project/BuildSystem.h"
 #include "project/MacroSystem.h"
+#include "project/memorymap/MemoryMap.h"
+#include "project/memorymap/MemoryMapElement.h"
 #include "project/memorymap/MemoryMapOpenFiles.h"
 #include "support/Bracket.h"
 #include "support/HException.h"
 #include "support/QTx.h"
+#include "target/TargetRegisterInterface.h"
+#include "target/download/TargetInterfaceHelperFunctions.h"
+#include "target/memory/TargetMemoryInterface.h"
 
 #include <algorithm>
 

@@ -5,6 +5,9 @@
 
 #include "maxq30/sim/SimulatedHMonitor.h"
 #include "sim/maxqsim.h"
+#include "target/TargetRegisterInterface.h"
+#include "target/download/TargetInterfaceHelperFunctions.h"
+#include "target/memory/TargetMemoryInterface.h"
 
 class MAXQ30CodeMemory;
 class MAXQ30DataMemory;

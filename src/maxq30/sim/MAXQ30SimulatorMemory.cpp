@@ -1,6 +1,7 @@
 #include "maxq30/sim/MAXQ30SimulatorMemory.h"
 
 #include "sim/maxqsim.h"
+#include "support/Endian.h"
 #include "support/HException.h"
 
 namespace {

@@ -1,10 +1,13 @@
 #include "maxq30/sim/SimulatedHMonitor.h"
 
+#include "debug/monitor/HBreakpoint.h"
 #include "project/MacroSystem.h"
+#include "project/PropertyClass.h"
 #include "project/PropertyValue.h"
 #include "support/Bracket.h"
 #include "support/HException.h"
 #include "target/TargetRegisterInterface.h"
+#include "target/download/TargetInterfaceHelperFunctions.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>

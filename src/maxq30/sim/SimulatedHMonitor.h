@@ -12,7 +12,11 @@
 #include "maxq30/sim/PeripheralSimulator.h"
 #include "maxq30/sim/SimulatedBreakpoints.h"
 #include "maxq30/sim/SimulatedTrace.h"
+#include "project/PropertyClass.h"
+#include "project/PropertyValue.h"
 #include "sim/maxqsim.h"
+#include "target/TargetInterfacePropertyValue.h"
+#include "target/TargetRegisterInterface.h"
 
 #include <QByteArray>
 #include <QTimer>

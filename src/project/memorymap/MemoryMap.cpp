@@ -1,6 +1,8 @@
 #include "project/memorymap/MemoryMap.h"
 
-#include "project/xml/limits.h"
+#include "project/xml/MacroText.h"
+#include "project/xml/XMLDocument.h"
+#include "project/xml/XMLNode.h"
 
 #include <QFile>
 #include <QFileInfo>

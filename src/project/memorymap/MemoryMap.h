@@ -4,6 +4,7 @@
 #pragma once
 
 #include "project/memorymap/MemoryMapElement.h"
+#include "project/xml/XMLNode.h"
 #include "project/xml/XMLPP2.h"
 
 #include <QDateTime>

@@ -1,5 +1,7 @@
 #include "project/memorymap/MemoryMapOpenFiles.h"
 
+#include "project/xml/MacroText.h"
+
 #include <map>
 #include <memory>
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "project/memorymap/MemoryMap.h"
+#include "project/xml/MacroText.h"
 
 class MemoryMapOpenFiles {
 public:

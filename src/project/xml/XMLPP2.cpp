@@ -1,6 +1,8 @@
 #include "project/xml/XMLPP2.h"
 
+#include "project/xml/XMLNode.h"
 #include "project/xml/limits.h"
+#include "support/Pool.h"
 
 #include <QFile>
 #include <QFileInfo>

@@ -9,6 +9,7 @@
 
 #include "project/xml/MacroText.h"
 #include "project/xml/XMLDocument.h"
+#include "project/xml/XMLNode.h"
 
 #include <QStringList>
 

@@ -2,6 +2,7 @@
 
 #include "project/xml/XMLDocument.h"
 #include "project/xml/limits.h"
+#include "support/Pool.h"
 
 #include <algorithm>
 #include <array>

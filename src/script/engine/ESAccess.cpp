@@ -1,6 +1,7 @@
 // Names and members: the plain behaviour of objects, the scope chain, and what the machine does for
 // members out of line.
 #include "script/engine/ESContext.h"
+#include "script/engine/ESString.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,6 +1,7 @@
 #include "script/engine/ESCode.h"
 
 #include "script/engine/ESThread.h"
+#include "script/engine/limits.h"
 
 #include <bit>
 

@@ -3,6 +3,7 @@
 
 #include "script/engine/ESObject.h"
 #include "script/engine/ESOpcodes.h"
+#include "script/engine/ESString.h"
 
 #include <cstdint>
 #include <memory>

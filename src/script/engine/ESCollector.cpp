@@ -1,6 +1,9 @@
 #include "script/engine/ESCollector.h"
 
 #include "script/engine/ESContext.h"
+#include "script/engine/ESHeap.h"
+#include "script/engine/ESString.h"
+#include "script/engine/ESStringPool.h"
 
 #include <algorithm>
 

@@ -8,6 +8,8 @@
 #pragma once
 
 #include "script/engine/ESObject.h"
+#include "script/engine/ESString.h"
+#include "script/engine/ESValue.h"
 
 #include <cstddef>
 #include <vector>

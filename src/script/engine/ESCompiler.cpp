@@ -1,7 +1,12 @@
 #include "script/engine/ESCompiler.h"
 
 #include "script/engine/ESContext.h"
+#include "script/engine/ESException.h"
 #include "script/engine/ESGenerator.h"
+#include "script/engine/ESObject.h"
+#include "script/engine/ESString.h"
+#include "script/engine/ESStringPool.h"
+#include "script/engine/limits.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -6,6 +6,7 @@
 #include "script/engine/ESCode.h"
 #include "script/engine/ESLexer.h"
 #include "script/engine/ESNode.h"
+#include "script/engine/ESTokens.h"
 
 #include <deque>
 #include <memory>

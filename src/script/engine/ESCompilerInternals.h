@@ -3,6 +3,8 @@
 
 #include "script/engine/ESCompiler.h"
 #include "script/engine/ESContext.h"
+#include "script/engine/ESNode.h"
+#include "script/engine/limits.h"
 
 #include <algorithm>
 

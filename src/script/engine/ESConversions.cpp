@@ -2,8 +2,11 @@
 
 #include "script/engine/ESException.h"
 #include "script/engine/ESNumberText.h"
+#include "script/engine/ESObject.h"
 #include "script/engine/ESOpcodes.h"
+#include "script/engine/ESString.h"
 #include "script/engine/ESStringPool.h"
+#include "script/engine/limits.h"
 
 #include <charconv>
 #include <cmath>

@@ -1,4 +1,5 @@
 #include "script/engine/ESCompiler.h"
+#include "script/engine/ESOpcodes.h"
 #include "script/engine/ESStringPool.h"
 
 QString ESCompiler::printInsn(const ESCode* code, int offset)

@@ -1,6 +1,10 @@
 // The expressions of the code generator; see ESGenerator.h.
 #include "script/engine/ESContext.h"
+#include "script/engine/ESException.h"
 #include "script/engine/ESGenerator.h"
+#include "script/engine/ESNode.h"
+#include "script/engine/ESObject.h"
+#include "script/engine/ESString.h"
 
 #include <cmath>
 

@@ -2,6 +2,10 @@
 #include "script/engine/ESGenerator.h"
 
 #include "script/engine/ESContext.h"
+#include "script/engine/ESException.h"
+#include "script/engine/ESNode.h"
+#include "script/engine/ESObject.h"
+#include "script/engine/ESString.h"
 
 namespace {
 

@@ -3,7 +3,10 @@
 // final forms.
 #pragma once
 
+#include "script/engine/ESCode.h"
 #include "script/engine/ESCompiler.h"
+#include "script/engine/ESNode.h"
+#include "script/engine/ESString.h"
 
 class ESGenerator {
 public:

@@ -1,7 +1,10 @@
 #include "script/engine/ESHeap.h"
 
+#include "script/engine/ESClass.h"
 #include "script/engine/ESCode.h"
 #include "script/engine/ESException.h"
+#include "script/engine/ESStringPool.h"
+#include "script/engine/ESValue.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -3,8 +3,10 @@
 // it goes back together, when the heap goes.
 #pragma once
 
+#include "script/engine/ESClass.h"
 #include "script/engine/ESCollector.h"
 #include "script/engine/ESObject.h"
+#include "script/engine/limits.h"
 
 #include <cstddef>
 #include <vector>

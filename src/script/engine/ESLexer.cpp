@@ -1,7 +1,10 @@
 #include "script/engine/ESLexer.h"
 
 #include "script/engine/ESContext.h"
+#include "script/engine/ESException.h"
 #include "script/engine/ESNumberText.h"
+#include "script/engine/ESStringPool.h"
+#include "script/engine/limits.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 // The tree between parser and code generator. Nodes live in their compiler and die with it.
 #pragma once
 
-#include "script/engine/ESTokens.h"
+#include "script/engine/ESTokens.h" // the kinds of nodes
 
 #include <cstdint>
 

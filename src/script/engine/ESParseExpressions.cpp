@@ -1,5 +1,12 @@
 // The expressions of the parser; see ESCompiler.h.
+#include "script/engine/ESCompiler.h"
 #include "script/engine/ESCompilerInternals.h"
+#include "script/engine/ESContext.h"
+#include "script/engine/ESException.h"
+#include "script/engine/ESNode.h"
+#include "script/engine/ESObject.h"
+#include "script/engine/ESString.h"
+#include "script/engine/ESStringPool.h"
 
 namespace {
 

@@ -1,5 +1,9 @@
 // The statements of the parser; see ESCompiler.h.
+#include "script/engine/ESCompiler.h"
 #include "script/engine/ESCompilerInternals.h"
+#include "script/engine/ESNode.h"
+#include "script/engine/ESObject.h"
+#include "script/engine/ESString.h"
 
 ESNodeList ESCompiler::statementList(int closing)
 {

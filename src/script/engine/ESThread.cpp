@@ -2,7 +2,9 @@
 
 #include "script/engine/ESCode.h"
 #include "script/engine/ESContext.h"
+#include "script/engine/ESOpcodes.h"
 #include "script/engine/ESStringPool.h"
+#include "script/engine/ESValue.h"
 
 #include <algorithm>
 

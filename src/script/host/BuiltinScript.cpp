@@ -1,5 +1,9 @@
 #include "script/host/BuiltinScript.h"
 
+#include "script/engine/ESContext.h"
+#include "script/engine/ESObject.h"
+#include "script/engine/ESStringPool.h"
+#include "script/engine/ESValue.h"
 #include "script/native/Builtin.h"
 #include "support/HException.h"
 

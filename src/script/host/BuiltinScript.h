@@ -4,6 +4,7 @@
 #pragma once
 
 #include "script/engine/ESClass.h"
+#include "script/engine/ESValue.h"
 
 class BuiltinScript : public ESClass {
 public:

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "script/engine/ESClass.h"
+#include "script/engine/ESValue.h"
 
 #include <QObject>
 

@@ -1,5 +1,6 @@
 #include "script/host/HostEvaluation.h"
 
+#include "script/engine/ESException.h"
 #include "support/HException.h"
 #include "support/Warning.h"
 

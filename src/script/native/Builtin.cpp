@@ -1,5 +1,10 @@
 #include "script/native/Builtin.h"
 
+#include "script/engine/ESClass.h"
+#include "script/engine/ESObject.h"
+#include "script/engine/ESStringPool.h"
+#include "script/engine/ESValue.h"
+
 namespace {
 
 ESObject* makeFunction(ESContext* context, const Builtin& row, ESObject* prototype, ESClass* cls)

@@ -11,7 +11,10 @@
 // a handler has its calls arrive in `call` of that instance, with the row's id in function->builtinId().
 #pragma once
 
+#include "script/engine/ESClass.h"
 #include "script/engine/ESContext.h"
+#include "script/engine/ESObject.h"
+#include "script/engine/ESValue.h"
 
 struct Builtin {
     const char* name;     // as a property

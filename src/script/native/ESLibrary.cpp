@@ -1,5 +1,8 @@
 #include "script/native/ESLibrary.h"
 
+#include "script/engine/ESObject.h"
+#include "script/engine/ESRealm.h"
+#include "script/native/ESNative.h"
 #include "script/native/ESNativeArray.h"
 #include "script/native/ESNativeBoolean.h"
 #include "script/native/ESNativeDate.h"

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "script/engine/ESContext.h"
+#include "script/engine/ESObject.h"
 
 namespace ESLibrary {
 

@@ -1,5 +1,10 @@
 #include "script/native/ESNative.h"
 
+#include "script/engine/ESContext.h"
+#include "script/engine/ESObject.h"
+#include "script/engine/ESStringPool.h"
+#include "script/engine/ESValue.h"
+
 void ESNative::call(ESContext* context, ESObject*, ESObject*, int, ESValue*)
 {
     context->throwError(QStringLiteral("bad signature in builtin call"));

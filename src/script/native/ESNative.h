@@ -2,6 +2,10 @@
 // with handlers. A row without a handler throws Error "bad signature in builtin call" when it is called.
 #pragma once
 
+#include "script/engine/ESClass.h"
+#include "script/engine/ESContext.h"
+#include "script/engine/ESObject.h"
+#include "script/engine/ESValue.h"
 #include "script/native/Builtin.h"
 
 class ESNative : public ESClass {

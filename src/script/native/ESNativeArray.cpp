@@ -1,5 +1,15 @@
 #include "script/native/ESNativeArray.h"
 
+#include "script/engine/ESClass.h"
+#include "script/engine/ESContext.h"
+#include "script/engine/ESException.h"
+#include "script/engine/ESObject.h"
+#include "script/engine/ESString.h"
+#include "script/engine/ESStringPool.h"
+#include "script/engine/ESValue.h"
+#include "script/engine/limits.h"
+#include "script/native/Builtin.h"
+
 #include <algorithm>
 #include <cmath>
 #include <utility>

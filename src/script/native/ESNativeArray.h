@@ -1,6 +1,11 @@
 // The constructor `Array` and its objects, which keep their `length` above all indices.
 #pragma once
 
+#include "script/engine/ESClass.h"
+#include "script/engine/ESContext.h"
+#include "script/engine/ESObject.h"
+#include "script/engine/ESString.h"
+#include "script/engine/ESValue.h"
 #include "script/native/ESNative.h"
 
 class ESNativeArray : public ESNative {

@@ -1,5 +1,11 @@
 #include "script/native/ESNativeBoolean.h"
 
+#include "script/engine/ESClass.h"
+#include "script/engine/ESContext.h"
+#include "script/engine/ESObject.h"
+#include "script/engine/ESValue.h"
+#include "script/native/Builtin.h"
+
 namespace {
 
 ESValue make(const ESCall& call)

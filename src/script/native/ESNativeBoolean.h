@@ -1,6 +1,9 @@
 // The constructor `Boolean` and its wrapper objects.
 #pragma once
 
+#include "script/engine/ESContext.h"
+#include "script/engine/ESObject.h"
+#include "script/engine/ESValue.h"
 #include "script/native/ESNative.h"
 
 class ESNativeBoolean : public ESNative {

@@ -2,6 +2,9 @@
 // milliseconds of the day; local time and UTC are the same.
 #pragma once
 
+#include "script/engine/ESContext.h"
+#include "script/engine/ESObject.h"
+#include "script/engine/ESValue.h"
 #include "script/native/ESNative.h"
 #include "support/QAzDate.h"
 

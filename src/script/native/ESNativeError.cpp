@@ -1,5 +1,12 @@
 #include "script/native/ESNativeError.h"
 
+#include "script/engine/ESClass.h"
+#include "script/engine/ESContext.h"
+#include "script/engine/ESObject.h"
+#include "script/engine/ESRealm.h"
+#include "script/engine/ESStringPool.h"
+#include "script/engine/ESValue.h"
+
 namespace {
 
 ESValue make(const ESCall& call)

@@ -1,6 +1,10 @@
 // The constructor `Error`, and its kinds.
 #pragma once
 
+#include "script/engine/ESContext.h"
+#include "script/engine/ESObject.h"
+#include "script/engine/ESRealm.h"
+#include "script/engine/ESValue.h"
 #include "script/native/ESNative.h"
 
 class ESNativeError : public ESNative {

@@ -1,6 +1,12 @@
 #include "script/native/ESNativeFunction.h"
 
+#include "script/engine/ESClass.h"
 #include "script/engine/ESCompiler.h"
+#include "script/engine/ESContext.h"
+#include "script/engine/ESObject.h"
+#include "script/engine/ESStringPool.h"
+#include "script/engine/ESValue.h"
+#include "script/native/Builtin.h"
 
 #include <QStringList>
 

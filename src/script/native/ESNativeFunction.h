@@ -1,6 +1,9 @@
 // The constructor `Function`, which compiles text, and the class of all script functions.
 #pragma once
 
+#include "script/engine/ESContext.h"
+#include "script/engine/ESObject.h"
+#include "script/engine/ESValue.h"
 #include "script/native/ESNative.h"
 
 class ESNativeFunction : public ESNative {

@@ -1,6 +1,14 @@
 #include "script/native/ESNativeGlobal.h"
 
+#include "script/engine/ESClass.h"
+#include "script/engine/ESContext.h"
 #include "script/engine/ESNumberText.h"
+#include "script/engine/ESObject.h"
+#include "script/engine/ESRealm.h"
+#include "script/engine/ESStringPool.h"
+#include "script/engine/ESValue.h"
+#include "script/engine/limits.h"
+#include "script/native/Builtin.h"
 
 #include <QFile>
 #include <cmath>

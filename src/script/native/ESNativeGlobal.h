@@ -1,6 +1,7 @@
 // The functions of the global object, and the directories in which `load` looks for files.
 #pragma once
 
+#include "script/engine/ESContext.h"
 #include "script/native/ESNative.h"
 
 #include <QStringList>

@@ -1,5 +1,12 @@
 #include "script/native/ESNativeMath.h"
 
+#include "script/engine/ESClass.h"
+#include "script/engine/ESContext.h"
+#include "script/engine/ESObject.h"
+#include "script/engine/ESStringPool.h"
+#include "script/engine/ESValue.h"
+#include "script/native/Builtin.h"
+
 #include <cmath>
 #include <cstdlib>
 #include <numbers>

@@ -1,6 +1,7 @@
 // The object `Math`.
 #pragma once
 
+#include "script/engine/ESContext.h"
 #include "script/native/ESNative.h"
 
 class ESNativeMath : public ESNative {

@@ -1,5 +1,13 @@
 #include "script/native/ESNativeObject.h"
 
+#include "script/engine/ESClass.h"
+#include "script/engine/ESContext.h"
+#include "script/engine/ESObject.h"
+#include "script/engine/ESString.h"
+#include "script/engine/ESStringPool.h"
+#include "script/engine/ESValue.h"
+#include "script/native/Builtin.h"
+
 namespace {
 
 ESValue make(const ESCall& call)

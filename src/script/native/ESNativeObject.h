@@ -1,6 +1,9 @@
 // The constructor `Object`, and the members that every object inherits.
 #pragma once
 
+#include "script/engine/ESContext.h"
+#include "script/engine/ESObject.h"
+#include "script/engine/ESValue.h"
 #include "script/native/ESNative.h"
 
 class ESNativeObject : public ESNative {
