@@ -1,6 +1,7 @@
 #include "driver/System.h"
 
 #include "debug/SymbolicDebuggerInterface.h"
+#include "driver/session/Hints.h"
 #include "driver/session/Interrupt.h"
 #include "driver/session/Release.h"
 #include "driver/terminal/StandardOutput.h"
@@ -83,6 +84,16 @@ int System::exec(int argc, char** argv)
         StandardOutput::write(RELEASE_version(m_programName) + QLatin1Char('\n'));
         return m_exitStatus;
     }
+    try {
+        return execUnderstood();
+    } catch (HException& failure) {
+        addHint(failure);
+        throw;
+    }
+}
+
+int System::execUnderstood()
+{
     m_steps.selectTarget();
     if (m_options.listProperties) {
         listProperties();
@@ -219,9 +230,24 @@ void System::onInterrupt()
     }
 }
 
+// On lines behind the failure: what to try, and how the device was left.
+void System::addHint(HException& failure) const
+{
+    QStringList lines;
+    if (!failure.hint().empty())
+        lines += QString::fromStdString(failure.hint());
+    if (QString hint = hintFor(failure.text()); !hint.isEmpty())
+        lines += hint;
+    if (QString state = m_loader.deviceState(); !state.isEmpty())
+        lines += state;
+    failure.setHint(lines.join(QLatin1Char('\n')).toStdString());
+}
+
 void System::endInterrupted()
 {
     report->stream << "interrupted\n";
+    if (QString state = m_loader.deviceState(); !state.isEmpty())
+        report->stream << state.toLocal8Bit().constData() << "\n";
     m_exitStatus = Interrupt::ExitStatus;
 }
 
