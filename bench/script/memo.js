@@ -9,5 +9,5 @@ function paths(x, y) {
     return v;
 }
 var total = 0;
-for (var r = 0; r < 6; r++) { known = {}; total += paths(40, 40 + r); }
+for (var r = 0; r < 80; r++) { known = {}; total += paths(14, 15 + r % 8); }
 print("memo " + total);

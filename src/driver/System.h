@@ -85,10 +85,10 @@ private:
     WScript m_wscript{m_face};
     Loader m_loader{m_face};
     SessionSteps m_steps{m_loader, m_options};
-    ConsoleScriptSystem m_scriptSystem;
     ProgramRun m_run{m_loader};
     StopNotice m_stopNotice{m_run};
     DebugCommands m_debugCommands{m_run};
+    ConsoleScriptSystem m_scriptSystem; // its objects are those above
     ShortCommands m_shortCommands{[this](const QString& name) { return m_scriptSystem.defines(name); }};
     CommandCompletion m_completion{m_run, m_scriptSystem.context()};
     TextTargetIOServerTerminal* m_terminal = nullptr; // while a program runs

@@ -31,6 +31,11 @@ protected:
     // A number of `count` bytes, at most 4, high byte first.
     static uint32_t getAsciiHexNumber(Cursor& cursor, unsigned count, uint8_t* sum);
 
+    // The number of `count` bytes, at most 8, at the beginning of a record, and their sum, in one go. False,
+    // and nothing is read, when the next sixteen characters are not all digits; the functions above then tell
+    // what is wrong.
+    static bool getHead(Cursor& cursor, unsigned count, uint64_t& head, uint8_t& sum);
+
     // Room for `count` bytes at the address.
     unsigned char* store(uint32_t address, uint32_t count);
 

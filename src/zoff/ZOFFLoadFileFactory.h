@@ -2,6 +2,7 @@
 #pragma once
 
 #include "loadfile/LoadFileFactory.h"
+#include "loadfile/LoadFileInterface.h"
 
 class ZOFFLoadFileFactory : public LoadFileFactory {
 public:

@@ -7,6 +7,8 @@
 #include "debug/run/BreakpointList.h"
 #include "debug/run/CallFrames.h"
 #include "debug/run/ProgramRequests.h"
+#include "debug/run/ZOFFBreakpoint.h"
+#include "support/HException.h"
 
 #include <QElapsedTimer>
 

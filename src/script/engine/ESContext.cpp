@@ -326,9 +326,7 @@ ESArray* ESContext::newArray(int length, const ESValue* values)
 {
     auto* array = static_cast<ESArray*>(m_heap.make(ESObject::Array, arrayPrototype(), arrayClass()));
     array->append(g_lengthString, ESProperty::DontEnum, ESValue(double(length)));
-    array->reserveElements(uint32_t(length));
-    for (int i = 0; i < length; ++i)
-        array->insert(uint32_t(i), values[i]);
+    array->fill(std::span(values, size_t(length)));
     return array;
 }
 
