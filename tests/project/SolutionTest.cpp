@@ -1,13 +1,21 @@
 #include "project/BuildSystem.h"
 #include "project/MacroSystem.h"
+#include "project/ProjectElement.h"
+#include "project/ProjectProperties.h"
 #include "project/ProjectPropertyValue.h"
-#include "tests/project/SolutionFixture.h"
+#include "project/ProjectSystem.h"
+#include "project/PropertyClass.h"
+#include "project/PropertyInheritance.h"
+#include "project/SolutionFixture.h"
+#include "project/SolutionLoadError.h"
 
 #include <QDir>
 
 namespace {
 
 class Solution : public SolutionFixture {};
+
+} // namespace
 
 TEST_F(Solution, SettingsComeFromTheNearestNode)
 {
@@ -331,5 +339,3 @@ TEST_F(Solution, HandlersMayOfferAnotherFile)
     EXPECT_EQ(handler.asked, (QStringList{"/gone.kvp", "/gone.kvp"}));
     EXPECT_EQ(system.solutionFilePath(), q(file));
 }
-
-} // namespace
