@@ -6,6 +6,7 @@
 #include "debug/monitor/HMonitor.h"
 #include "debug/run/BreakpointList.h"
 #include "debug/run/CallFrames.h"
+#include "debug/run/HitListener.h"
 #include "debug/run/ProgramRequests.h"
 
 #include <QElapsedTimer>
@@ -149,9 +150,10 @@ bool RunControl::goesOn()
             how = m_stepper.goOnByTarget();
         else if (hit && hit->step())
             how = m_stepper.goOn(*hit);
-        if (!how && hit && hit->record()->count > 0) {
-            --hit->record()->count;
-            how = Stepper::Resume::Go;
+        else if (hit && isPassed(*hit)) {
+            // A step may have come to the same place.
+            ZOFFBreakpoint* step = m_breakpoints.stepAt(hit->record()->address);
+            how = step ? m_stepper.goOn(*step) : Stepper::Resume::Go;
         }
         if (how)
             carryOn(*how);
@@ -160,6 +162,19 @@ bool RunControl::goesOn()
         m_helper->displayError(failure.text());
         return false;
     }
+}
+
+// Whether a hit is one that does not stop.
+bool RunControl::isPassed(ZOFFBreakpoint& hit)
+{
+    if (hit.record()->count > 0) {
+        --hit.record()->count;
+        return true;
+    }
+    if (!m_hitListener || hit.temporary())
+        return false;
+    m_frames.locate(m_monitor->registers());
+    return !m_hitListener->stopsAt(&hit);
 }
 
 void RunControl::finishStop()

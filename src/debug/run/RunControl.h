@@ -10,7 +10,9 @@ class DebuggerHelperFunctions;
 class DebugProcessor;
 class Frame;
 class HMonitor;
+class HitListener;
 class ProgramRequests;
+class ZOFFBreakpoint;
 
 class RunControl {
 public:
@@ -21,6 +23,7 @@ public:
     {
     }
     void setMonitor(HMonitor* monitor);
+    void setHitListener(HitListener* listener) { m_hitListener = listener; }
 
     // The target must be a monitor for all of these.
     void start(uint32_t address, bool stop);
@@ -44,6 +47,7 @@ private:
     void resume();
     void carryOn(Stepper::Resume resume);
     bool goesOn();
+    bool isPassed(ZOFFBreakpoint& hit);
     bool stoppedByError() const;
     void finishStop();
 
@@ -54,6 +58,7 @@ private:
     Stepper& m_stepper;
     ProgramRequests& m_requests;
     HMonitor* m_monitor = nullptr;
+    HitListener* m_hitListener = nullptr;
     bool m_stopped = false;
     bool m_stopAsked = false;
 };
