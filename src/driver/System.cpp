@@ -1,6 +1,7 @@
 #include "driver/System.h"
 
 #include "debug/SymbolicDebuggerInterface.h"
+#include "driver/dap/DapServer.h"
 #include "driver/session/Interrupt.h"
 #include "driver/session/Release.h"
 #include "driver/terminal/StandardOutput.h"
@@ -19,6 +20,7 @@
 
 #include <cstdio>
 #include <iostream>
+#include <unistd.h>
 
 namespace {
 
@@ -70,6 +72,8 @@ int System::exec(int argc, char** argv)
         printUsage();
         return m_exitStatus;
     }
+    if (m_options.dap)
+        return runAdapter();
     m_steps.selectTarget();
     if (m_options.listProperties) {
         listProperties();
@@ -115,6 +119,25 @@ void System::printUsage() const
 {
     RELEASE_printVersionToStderr(m_programName.toLocal8Bit().constData());
     fputs(Options::usage().toLocal8Bit().constData(), stderr);
+}
+
+// Whatever writes to standard output by itself would break the protocol, so it gets standard error.
+int System::runAdapter()
+{
+    int output = dup(STDOUT_FILENO);
+    dup2(STDERR_FILENO, STDOUT_FILENO);
+    Adapter::Session session{
+        m_loader,
+        m_options,
+        m_steps,
+        m_run,
+        m_face,
+        [this] { m_loader.targetInterface()->installScriptObject(m_scriptSystem.context()); },
+        [this](const QString& text) { execScript(text); }};
+    int status = DapServer::run(session, STDIN_FILENO, output);
+    m_face.setFace(m_terminalFace);
+    close(output);
+    return status;
 }
 
 int System::runSession()

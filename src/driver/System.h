@@ -60,6 +60,7 @@ private:
     void printUsage() const;
     void listProperties();
     int runSession();
+    int runAdapter();
     void endInterrupted();
     void startProgram();
     void onInterrupt();
