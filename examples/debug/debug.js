@@ -83,8 +83,9 @@ Debug.print("ratio", "e");
 Debug.print("ratio", "f");
 Debug.print("precise", "g");
 Debug.print("names[1]", "s");
+Debug.print("motto", "c");
 print(["parts[0]", "parts[1].kind", "parts[1].painted", "parts[1].level", "&parts[3]", "parts[3].left",
-       "root->left->number + 1", "sizeof parts", "table[2] << 4", "names", "primes", "motto", "buffer",
+       "root->left->number + 1", "sizeof(parts)", "table[2] << 4", "names", "primes",
        "(short)-1", "total >= 0"]);
 Debug.setprintradix(10);
 Debug.setprintarray(3);
@@ -100,10 +101,10 @@ Debug.echo("the heaviest part weighs " + Debug.evaluate("parts[2]").weight);
 heading("texts and constants");
 var reverse = Debug.breakexpr("reverse");
 run("reverse");
-Debug.print("buffer");
+Debug.print("buffer", "c");
 step("over", 4);                // past the call of length
-step("into", 12);               // once around the loop
-Debug.print("buffer");
+step("into", 17);               // once around the loop
+Debug.print("buffer", "c");
 Debug.deletebreak(reverse);
 var sum = Debug.breakexpr("sumPrimes");
 run("sumPrimes");

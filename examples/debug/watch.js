@@ -14,10 +14,10 @@ run("pair");
 Debug.print("table");
 Debug.deletebreak(pair);
 
-Debug.echo("== a chain: reverse counts only after label");
+Debug.echo("== a chain: length counts only after label");
 var first = Debug.breakexpr("label");
 var second = Debug.breakexpr("length");
-Debug.chainbreak(second, first);
+Debug.chainbreak(first, second);
 Debug.showbreak(0);
 run("chain");
 Debug.where();

@@ -3,6 +3,8 @@
 // is asked for.
 #pragma once
 
+#include "support/Installed.h"
+
 class Path;
 class SymbolicDebug;
 class ZOFFModule;
@@ -12,12 +14,10 @@ struct ZOFFDebugIndex {
     SymbolicDebug* (*make)(const Path& path, ZOFFModule* module);
     void (*destroy)(SymbolicDebug* index);
 
-    static void install(const ZOFFDebugIndex& index) { s_current = &index; }
+    static void install(const ZOFFDebugIndex& index) { s_current.install(index); }
     // The installed one. That there is none is a fault of the program, which ends here.
-    static const ZOFFDebugIndex& current() { return s_current ? *s_current : missing(); }
+    static const ZOFFDebugIndex& current() { return s_current.get(); }
 
 private:
-    [[noreturn]] static const ZOFFDebugIndex& missing();
-
-    static const ZOFFDebugIndex* s_current;
+    static Installed<const ZOFFDebugIndex> s_current;
 };

@@ -4,6 +4,8 @@
 // An opcode is an instruction's 16-bit words in a chain, the first word in the highest bits.
 #pragma once
 
+#include "support/Installed.h"
+
 #include <bit>
 #include <cstdint>
 #include <memory>
@@ -44,12 +46,10 @@ struct ZOFFProcessor {
     }
 
     // The record stays good for as long as the program runs; a later one takes its place.
-    static void install(const ZOFFProcessor& processor) { s_current = &processor; }
+    static void install(const ZOFFProcessor& processor) { s_current.install(processor); }
     // The installed one. That there is none is a fault of the program, which ends here.
-    static const ZOFFProcessor& current() { return s_current ? *s_current : missing(); }
+    static const ZOFFProcessor& current() { return s_current.get(); }
 
 private:
-    [[noreturn]] static const ZOFFProcessor& missing();
-
-    static const ZOFFProcessor* s_current;
+    static Installed<const ZOFFProcessor> s_current;
 };

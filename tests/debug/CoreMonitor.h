@@ -12,6 +12,7 @@
 #include "tests/target/FakeTarget.h"
 
 #include <algorithm>
+#include <map>
 
 class CoreMemory : public TargetMemoryInterface {
 public:
@@ -47,12 +48,16 @@ public:
     explicit CoreRegisters(maxq30::Core& core) : m_core(core) {}
     uint32_t getValue1(unsigned number) override
     {
+        if (linkLost)
+            throw HException("link lost");
         return m_core.readRegister(number) * (number == IP ? 2 : 1);
     }
     void setValue1(unsigned number, uint32_t value) override
     {
         m_core.writeRegister(number, number == IP ? value / 2 : value);
     }
+
+    bool linkLost = false;
 
 private:
     maxq30::Core& m_core;
@@ -69,7 +74,7 @@ public:
     bool isStopped() override
     {
         for (int i = 0; i < 1000 && !stopped; ++i) {
-            core.step();
+            execute();
             look();
         }
         return stopped;
@@ -82,7 +87,7 @@ public:
     {
         hit = nullptr;
         stopped = false;
-        core.step(); // away from a breakpoint here
+        execute(); // away from a breakpoint here
         look();
     }
     void start(bool, unsigned) override {}
@@ -97,7 +102,7 @@ public:
     {
         ++singleSteps;
         hit = nullptr;
-        core.step();
+        execute();
         stopped = true;
     }
     void stop() override { stopped = true; }
@@ -122,6 +127,19 @@ public:
     }
     HBreakpoint* matched() override { return hit; }
     bool canChain() override { return chains; }
+    int numTriggers() override { return int(triggers.size()); }
+    const char* getTrigger(int trigger) override { return triggers[size_t(trigger)]; }
+    int getWriteTriggerNumber() override { return 2; }
+    void iterateExecutionCount() override { m_nextCount = counts.begin(); }
+    bool getNextExecutionCount(unsigned& at, unsigned& count, unsigned&) override
+    {
+        if (m_nextCount == counts.end())
+            return false;
+        at = m_nextCount->first;
+        count = m_nextCount->second;
+        ++m_nextCount;
+        return true;
+    }
 
     maxq30::Core core{256 * 1024, 64 * 1024};
     CoreMemory code{core, true};
@@ -130,16 +148,24 @@ public:
     std::vector<HBreakpoint*> breakpoints;
     size_t capacity = 8;
     bool chains = true;
+    std::vector<const char*> triggers;
+    std::map<unsigned, unsigned> counts; // of executions by address
     HBreakpoint* hit = nullptr;
     bool stopped = true;
     bool connected = true;
     int singleSteps = 0;
 
 private:
+    void execute()
+    {
+        ++counts[core.ip() * 2];
+        core.step();
+    }
+    // Code only; the data that the program touches is nobody's business here.
     void look()
     {
         for (HBreakpoint* breakpoint : breakpoints)
-            if (breakpoint->enabled && breakpoint->address == file.getPC()) {
+            if (breakpoint->enabled && breakpoint->trigger == 0 && breakpoint->address == core.ip() * 2) {
                 bool arms = false;
                 for (HBreakpoint* other : breakpoints)
                     if (other->chainFrom == breakpoint)
@@ -150,6 +176,8 @@ private:
                 stopped = true;
             }
     }
+
+    std::map<unsigned, unsigned>::const_iterator m_nextCount;
 };
 
 class DebuggerHost : public DebuggerHelperFunctions {

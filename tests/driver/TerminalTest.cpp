@@ -1,4 +1,5 @@
 // The console: lines from a pipe, the line editor and what it draws, keys of a terminal.
+#include "driver/session/Completer.h"
 #include "driver/terminal/TextTargetIOServerTerminal.h"
 
 #include <QCoreApplication>
@@ -164,7 +165,7 @@ TEST_F(Console, PromptAndOutputAboveIt)
     testing::internal::CaptureStdout();
     subject->showOutputWithPrompt({QStringLiteral("\u00e9 \u20ac")});
     subject->addOutput(QStringLiteral("\u00c3\u00a9"));
-    EXPECT_EQ(made(), "< << <\xC3\xA9 \xE2\x82\xAC\n> \xC3\xA9")
+    EXPECT_EQ(made(), "< << <\xC3\xA9 \xE2\x82\xAC\n> < << <\xC3\xA9")
         << "text of the tool, and bytes of a program";
     subject.reset();
     open(false);
@@ -175,6 +176,64 @@ TEST_F(Console, PromptAndOutputAboveIt)
     subject->showOutputWithPrompt({"one"});
     EXPECT_EQ(made(), "one\n") << "a pipe sees neither prompt nor echo";
     EXPECT_EQ(line(), "a");
+}
+
+TEST_F(Console, PromptStandsBelowWhatTheProgramWrites)
+{
+    open(true);
+    testing::internal::CaptureStdout();
+    subject->setPromptString(">");
+    subject->keyPressed('a');
+    subject->addOutput("out");
+    subject->addOutput("put\n");
+    EXPECT_EQ(made(), ">a< << <output\n>a") << "the line being typed comes back with it";
+    testing::internal::CaptureStdout();
+    subject->addOutput("half");
+    subject->showOutputWithPrompt({"line"});
+    subject->addOutput("half");
+    subject->keyPressed('b');
+    EXPECT_EQ(made(), "< << <half\nline\n>a< << <half\n>ab") << "a key needs to see its line";
+    testing::internal::CaptureStdout();
+    subject->dropLine();
+    subject->keyPressed(13);
+    EXPECT_EQ(made(), "^C\n>\n>");
+    EXPECT_EQ(line(), "");
+}
+
+TEST_F(Console, TabGoesAsFarAsTheCandidatesGoTogether)
+{
+    struct Words : Completer {
+        Completion complete(const QString& line, qsizetype cursor) override
+        {
+            qsizetype start = line.left(cursor).lastIndexOf(u' ') + 1;
+            Completion completion{start, {}};
+            for (const QString& word :
+                 {QStringLiteral("break"), QStringLiteral("breath"), QStringLiteral("\u00fcber")})
+                if (word.startsWith(line.mid(start, cursor - start)))
+                    completion.candidates.append(word);
+            return completion;
+        }
+    } words;
+    open(true);
+    EXPECT_EQ(drawn({9, 'b', 9}), "b") << "nobody to ask";
+    subject->setCompleter(&words);
+    EXPECT_EQ(drawn({9}), "< <brea");
+    EXPECT_EQ(drawn({9, 9}), "< << << << <break\nbreath\nbrea") << "the second Tab shows what there is";
+    drawn({'k', ' ', 'x', 27, 75, 27, 75, 9, '!', 10}); // behind a whole word, in the middle of a line
+    EXPECT_EQ(line(), "break! x");
+    testing::internal::CaptureStdout();
+    subject->setInputString(QStringLiteral("a \u00c3"));
+    subject->keyPressed(9);
+    subject->keyPressed(10);
+    made();
+    EXPECT_EQ(line(), "a \xC3") << "half a character has no candidates";
+    testing::internal::CaptureStdout();
+    subject->setInputString(QStringLiteral("a \u00c3\u00bc"));
+    subject->keyPressed(9);
+    subject->keyPressed(10);
+    made();
+    EXPECT_EQ(line(), "a \xC3\xBC"
+                      "ber");
 }
 
 TEST(Keys, SequencesMayComeInPieces)

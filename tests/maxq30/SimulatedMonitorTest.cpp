@@ -76,6 +76,14 @@ struct Processor : SimulatedHMonitor {
         go();
         return file.values[3];
     }
+    // In a debug session: until the program stands.
+    uint32_t carryOn()
+    {
+        for (int passes = 0; passes < 1000 && !isStopped(); ++passes)
+            QCoreApplication::processEvents();
+        EXPECT_TRUE(isStopped());
+        return file.values[3];
+    }
     Registers file;
     std::map<uint32_t, std::function<void()>> actions;
     unsigned steps = 0;
@@ -237,6 +245,9 @@ TEST(SimulatedMonitor, DataBreakpoints)
     less.comparison = 2;
     different.comparison = 3;
     masked.mask = 0xF000;
+    HBreakpoint below = value, above = value;
+    below.comparison = HBreakpoint::Less;
+    above.comparison = HBreakpoint::Greater;
     const Case cases[] = {
         {"inside", range, 0x50F, 1, 0, false, true},
         {"behind", range, 0x510, 1, 0, false, false},
@@ -256,6 +267,17 @@ TEST(SimulatedMonitor, DataBreakpoints)
         {"less or equal", less, 0x500, 2, 0x1234, false, true},
         {"not equal", different, 0x500, 2, 0x1235, false, true},
         {"mask", masked, 0x500, 2, 0x1FFF, false, true},
+        {"less", below, 0x500, 2, 0x1233, false, true},
+        {"less, equal", below, 0x500, 2, 0x1234, false, false},
+        {"greater", above, 0x500, 2, 0x1235, false, true},
+        {"greater, equal", above, 0x500, 2, 0x1234, false, false},
+        {"touches the first byte", range, 0x4FE, 4, 0, false, true},
+        {"ends before", range, 0x4FC, 4, 0, false, false},
+        {"touches an inverted range", inverted, 0x4FE, 4, 0, false, false},
+        {"touches its last byte", inverted, 0x50F, 2, 0, false, false},
+        {"low half of four bytes", value, 0x500, 4, 0xFFFF1234, false, true},
+        {"high half of four bytes", value, 0x4FE, 4, 0x1234FFFF, false, true},
+        {"across both halves", value, 0x4FF, 4, 0x00123400, false, false},
     };
     for (const Case& c : cases) {
         Processor p;
@@ -264,10 +286,73 @@ TEST(SimulatedMonitor, DataBreakpoints)
         p.setBreakpoint(&end);
         p.access(0x10, c.address, c.length, c.value, c.read);
         EXPECT_EQ(p.runTo(), c.stops ? 0x12u : 0x80u) << c.name;
-        if (c.stops) {
+        if (c.stops && c.length < 4) {
             EXPECT_EQ(p.matchedData(), c.value) << c.name;
         }
     }
+}
+
+// The table of places and the test without branches must find whatever the walk finds.
+TEST(SimulatedMonitor, ShortWayAgreesWithTheWalkOfData)
+{
+    std::mt19937 random(11);
+    for (int round = 0; round < 3000; ++round) {
+        SimulatedBreakpoints breakpoints;
+        HBreakpoint b = at(0x100 + random() % 12, 1 + int(random() % 3), 1 + random() % 4);
+        b.hasValue = random() % 4;
+        b.inverted = random() % 4 == 0;
+        b.enabled = random() % 8;
+        b.comparison = int(random() % 7);
+        b.mask = random() % 2 ? 0xFFFFFFFF : random();
+        b.value = random() % 4;
+        breakpoints.add(&b);
+        for (int access = 0; access < 20; ++access) {
+            unsigned length = 1 << random() % 3;
+            unsigned address = 0xF8 + random() % 24, value = random() % 2 ? random() % 4 : random();
+            bool read = random() % 2;
+            bool walk = SimulatedBreakpoints::matchesData(&b, address, length, value, read);
+            if (length == 4 && b.hasValue)
+                walk = walk || SimulatedBreakpoints::matchesData(&b, address, 2, value & 0xFFFF, read) ||
+                       SimulatedBreakpoints::matchesData(&b, address + 2, 2, value >> 16, read);
+            breakpoints.resetMatched();
+            if (breakpoints.mayMatchData(address))
+                breakpoints.matchData(address, length, value, read);
+            ASSERT_EQ(breakpoints.matched() != nullptr, walk) << round << " " << access;
+        }
+    }
+}
+
+// A match counts when its link is met and it arms nothing; one that does not count leaves what was there.
+TEST(SimulatedMonitor, WhatDoesNotCountLeavesAnEarlierMatch)
+{
+    SimulatedBreakpoints breakpoints;
+    HBreakpoint first = at(0x500, 2, 4), linked = first, condition = at(0x600, 2, 4), arming = first,
+                armed = first;
+    linked.next = &condition;
+    armed.chainFrom = &arming;
+    armed.enabled = false;
+    for (HBreakpoint* b : {&first, &linked, &arming, &armed})
+        breakpoints.add(b);
+    breakpoints.matchData(0x500, 4, 7, false);
+    EXPECT_EQ(breakpoints.matched(), &first);
+    EXPECT_TRUE(armed.enabled) << "armed by this access";
+    breakpoints.matchData(0x500, 4, 7, false);
+    EXPECT_EQ(breakpoints.matched(), &armed) << "matches from the next access on";
+    // A link that leads back into itself is no condition that can be met, and no loop without an end.
+    condition.address = 0x500;
+    condition.next = &condition;
+    breakpoints.remove(&armed);
+    EXPECT_EQ(breakpoints.matched(), nullptr);
+    breakpoints.matchData(0x500, 4, 7, false);
+    EXPECT_EQ(breakpoints.matched(), &arming) << "arms nobody any more";
+    // Two that arm each other: nothing but the arming happens.
+    arming.chainFrom = &armed;
+    breakpoints.add(&armed);
+    breakpoints.resetMatched();
+    breakpoints.remove(&first);
+    for (int access = 0; access < 3; ++access)
+        breakpoints.matchData(0x500, 4, 7, false);
+    EXPECT_EQ(breakpoints.matched(), nullptr);
 }
 
 TEST(SimulatedMonitor, AllRecordsOfALinkMustMatch)
@@ -403,6 +488,101 @@ TEST(SimulatedMonitor, ClearAndDisconnectForgetEverything)
     p.disconnect();
     EXPECT_EQ(p.cycleCount(), 0u);
     EXPECT_FALSE(p.isConnected());
+}
+
+TEST(SimulatedMonitor, ASessionRunsFromTheEventLoop)
+{
+    Processor p;
+    p.setDebugSession(true);
+    HBreakpoint b = at(0x10), first = at(0);
+    p.setBreakpoint(&b);
+    p.setBreakpoint(&first);
+    p.startDebugging(true, 0, true);
+    EXPECT_TRUE(p.isStopped());
+    p.startDebugging(true, 0, false);
+    EXPECT_EQ(p.steps, 0u) << "ran before anybody handled events";
+    EXPECT_FALSE(p.isStopped());
+    EXPECT_TRUE(p.runsOnEvents());
+    EXPECT_EQ(p.carryOn(), 0u);
+    EXPECT_EQ(p.matched(), &first) << "the start tests the first instruction";
+    EXPECT_FALSE(p.runsOnEvents());
+    // A resume does not test the instruction at the pc, whether it has matched there or not.
+    p.go();
+    EXPECT_EQ(p.carryOn(), 0x10u);
+    p.resetMatched();
+    first.enabled = false;
+    p.go();
+    EXPECT_EQ(p.carryOn(), 0x10u);
+    EXPECT_EQ(p.steps, 8u + 0x80u);
+    // A step executes one instruction and forgets what was before.
+    p.step();
+    EXPECT_EQ(p.file.getPC(), 0x12u);
+    EXPECT_EQ(p.matched(), nullptr);
+
+    // A program that does not stop goes on in slices until it is told to.
+    p.removeBreakpoint(&b);
+    p.steps = 0;
+    p.actions[0x30] = [&p] { p.steps = 1; }; // or the processor would stop by itself
+    p.go();
+    for (int passes = 0; passes < 3; ++passes)
+        QCoreApplication::processEvents();
+    EXPECT_FALSE(p.isStopped());
+    p.stop();
+    EXPECT_TRUE(p.isStopped());
+    uint32_t pc = p.file.getPC();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(p.file.getPC(), pc);
+
+    // What a slice fails with is told to whoever asks for the stop, once.
+    p.actions[0x40] = [] { throw HException("peripheral"); };
+    p.go();
+    EXPECT_THROW(p.carryOn(), HException);
+    EXPECT_TRUE(p.isStopped());
+    p.actions.clear();
+    p.go();
+    p.setDebugSession(false);
+    EXPECT_TRUE(p.isStopped()) << "nobody carries it on any more";
+}
+
+TEST(SimulatedMonitor, HitsAreIgnoredWithoutAStop)
+{
+    Processor p;
+    p.setDebugSession(true);
+    struct Watcher : StopWatcher {
+        bool goesOn() override
+        {
+            EXPECT_TRUE(monitor->isStopped());
+            EXPECT_NE(monitor->matched(), nullptr);
+            places += std::to_string(monitor->file.getPC()) + " ";
+            if (places.size() > 12)
+                return false;
+            if (places.size() > 3) // one that resumes by itself has decided, too
+                monitor->go();
+            return places.size() <= 3;
+        }
+        Processor* monitor = nullptr;
+        std::string places;
+    } watcher;
+    watcher.monitor = &p;
+    EXPECT_TRUE(p.watchStops(&watcher));
+    HBreakpoint code = at(0x10), also = at(0x12), data = at(0x500, 2, 1);
+    code.count = 2;
+    p.setBreakpoint(&code);
+    p.setBreakpoint(&data);
+    p.access(0x10, 0x500, 1, 0, false);
+    // Behind the ignored access stands a breakpoint that is not tested, since the program goes on there.
+    p.setBreakpoint(&also);
+    data.count = 1;
+    p.go();
+    EXPECT_EQ(p.carryOn(), 0x12u);
+    EXPECT_EQ(code.count, 0);
+    EXPECT_EQ(data.count, 0);
+    EXPECT_EQ(watcher.places, "18 16 18 16 18 ");
+    EXPECT_EQ(p.matched(), &data);
+    p.watchStops(nullptr);
+    p.go();
+    EXPECT_EQ(p.carryOn(), 0x10u);
+    EXPECT_EQ(watcher.places.size(), 15u);
 }
 
 TEST(PeripheralFile, EventsReachTheScript)

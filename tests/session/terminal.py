@@ -41,7 +41,7 @@ while True:
 class Terminal:
     """A program on a pseudo-terminal of its own, the leader of its session."""
 
-    def __init__(self, test, *arguments, shell=False):
+    def __init__(self, test, *arguments, shell=False, cwd=None):
         self.leader, self.follower = pty.openpty()
         test.addCleanup(os.close, self.leader)
         test.addCleanup(os.close, self.follower)
@@ -51,7 +51,7 @@ class Terminal:
         test.commands.append(command)
         if shell:
             command = [sys.executable, "-c", SHELL, *command]
-        self.process = subprocess.Popen(command, cwd=test.folder, env=test.environment, stdin=self.follower,
+        self.process = subprocess.Popen(command, cwd=cwd or test.folder, env=test.environment, stdin=self.follower,
                                         stdout=self.follower, stderr=subprocess.PIPE, start_new_session=True,
                                         preexec_fn=self.take)
         test.addCleanup(self.end)
@@ -74,13 +74,18 @@ class Terminal:
         text = text if isinstance(text, bytes) else text.encode()
         end = time.monotonic() + WAIT
         while text not in self.seen:
-            ready, _, _ = select.select([self.leader], [], [], max(0, end - time.monotonic()))
-            if not ready:
+            if not self.read_some(max(0, end - time.monotonic())):
                 raise AssertionError(f"{text!r} did not come, but {self.seen!r}")
-            self.seen += os.read(self.leader, 65536)
         at = self.seen.index(text) + len(text)
         came, self.seen = self.seen[:at], self.seen[at:]
         return came
+
+    def read_some(self, seconds):
+        """Waits for that long at most for something to be written; adds it to what was seen. False when nothing came."""
+        ready, _, _ = select.select([self.leader], [], [], seconds)
+        if ready:
+            self.seen += os.read(self.leader, 65536)
+        return bool(ready)
 
     def raw(self):
         return not termios.tcgetattr(self.follower)[3] & termios.ICANON

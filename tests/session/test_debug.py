@@ -35,10 +35,10 @@ class Debug(SessionTest):
         self.assertEqual(result.status, 0, result)
         lines = result.out.splitlines()
         self.assertRegex(lines[0], r"- stopping at entry point$")
-        self.assertEqual((lines[1], lines[4]), ("21", "last"), result)
-        self.assertIn("expected an expression", lines[2])
-        self.assertIn("not a function", lines[3])
-        self.assertEqual(len(lines), 5, result)
+        self.assertEqual((lines[1], lines[2], lines[5]), ("3:\tstart:  MOVE    A[0], #1", "21", "last"), result)
+        self.assertIn("expected an expression", lines[3])
+        self.assertIn("not a function", lines[4])
+        self.assertEqual(len(lines), 6, result)
         self.assertNotIn(">", result.out)
 
     def test_a_script_comes_before_the_lines_and_its_failure_ends_the_session(self):

@@ -100,8 +100,16 @@ bool BreakpointList::move(ZOFFBreakpoint& breakpoint, uint32_t address)
     if (record->address == address)
         return true;
     m_monitor->removeBreakpoint(record);
-    record->address = address;
-    return m_monitor->setBreakpoint(record);
+    uint32_t before = std::exchange(record->address, address);
+    try {
+        if (m_monitor->setBreakpoint(record))
+            return true;
+    } catch (...) {
+        record->address = before;
+        throw;
+    }
+    record->address = before;
+    return false;
 }
 
 ZOFFBreakpoint* BreakpointList::find(const HBreakpoint* record) const

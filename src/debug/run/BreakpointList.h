@@ -28,8 +28,8 @@ public:
     void remove(const DebuggerBreakpoint* breakpoint);
     // Temporary ones: the one with that record, or with null all of them.
     void removeTemporary(const HBreakpoint* record);
-    // Moves the breakpoint to another address; false when the monitor refuses, which leaves it with the old
-    // record.
+    // Moves the breakpoint to another address; when the monitor refuses, which is false or what it throws, it
+    // has neither.
     bool move(ZOFFBreakpoint& breakpoint, uint32_t address);
 
     // Null when there is none.

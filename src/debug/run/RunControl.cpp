@@ -19,9 +19,19 @@ constexpr qint64 PollTime = 20;
 
 } // namespace
 
+RunControl::~RunControl()
+{
+    if (m_monitor)
+        m_monitor->watchStops(nullptr);
+}
+
 void RunControl::setMonitor(HMonitor* monitor)
 {
+    if (m_monitor)
+        m_monitor->watchStops(nullptr);
     m_monitor = monitor;
+    if (m_monitor)
+        m_monitor->watchStops(this);
     m_stopped = m_stopAsked = false;
 }
 
@@ -52,10 +62,13 @@ void RunControl::go()
 
 void RunControl::carryOn(Stepper::Resume how)
 {
+    if (how == Stepper::Resume::Go) {
+        resume();
+        return;
+    }
     m_frames.freeze();
     m_stopped = false;
-    if (how == Stepper::Resume::Go)
-        resume();
+    m_monitor->step();
 }
 
 void RunControl::step(bool instruction, bool over)
@@ -125,8 +138,10 @@ bool RunControl::look()
     }
     if (!m_monitor->isStopped())
         return false;
-    if (goesOn())
+    if (std::optional<Stepper::Resume> how = wayOn()) {
+        carryOn(*how);
         return true;
+    }
     finishStop();
     return false;
 }
@@ -138,11 +153,11 @@ bool RunControl::stoppedByError() const
     return error && m_monitor->errorEnabled(error);
 }
 
-// Lets the program go on from a stop that is not the user's.
-bool RunControl::goesOn()
+// How the program goes on from a stop that is not the user's; nothing at one that is.
+std::optional<Stepper::Resume> RunControl::wayOn()
 {
     if (m_stopAsked || stoppedByError())
-        return false;
+        return {};
     try {
         ZOFFBreakpoint* hit = m_breakpoints.find(m_monitor->matched());
         std::optional<Stepper::Resume> how;
@@ -155,11 +170,20 @@ bool RunControl::goesOn()
             ZOFFBreakpoint* step = m_breakpoints.stepAt(hit->record()->address);
             how = step ? m_stepper.goOn(*step) : Stepper::Resume::Go;
         }
-        if (how)
-            carryOn(*how);
-        return how.has_value();
+        return how;
     } catch (const DebuggerBreakpointFailure& failure) { // the step ends here
         m_helper->displayError(failure.text());
+        return {};
+    }
+}
+
+// From within a run of the monitor, which then goes on by itself. What needs more than that, and a link that
+// fails, is left to the next poll.
+bool RunControl::goesOn()
+{
+    try {
+        return wayOn() == Stepper::Resume::Go;
+    } catch (const HException&) {
         return false;
     }
 }
@@ -173,8 +197,13 @@ bool RunControl::isPassed(ZOFFBreakpoint& hit)
     }
     if (!m_hitListener || hit.temporary())
         return false;
+    if (m_stopDecided) // from within the run
+        return false;
     m_frames.locate(m_monitor->registers());
-    return !m_hitListener->stopsAt(&hit);
+    m_stopDecided = m_hitListener->stopsAt(&hit);
+    if (!m_stopDecided)
+        m_frames.freeze();
+    return !m_stopDecided;
 }
 
 void RunControl::finishStop()
@@ -183,5 +212,5 @@ void RunControl::finishStop()
     m_breakpoints.removeTemporary(nullptr);
     m_frames.locate(m_monitor->registers());
     m_stopped = true;
-    m_stopAsked = false;
+    m_stopAsked = m_stopDecided = false;
 }

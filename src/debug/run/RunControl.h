@@ -2,6 +2,7 @@
 // poll() drives all of it; between two polls nothing happens but what the target does by itself.
 #pragma once
 
+#include "debug/monitor/HMonitor.h"
 #include "debug/run/Stepper.h"
 
 class BreakpointList;
@@ -9,12 +10,11 @@ class CallFrames;
 class DebuggerHelperFunctions;
 class DebugProcessor;
 class Frame;
-class HMonitor;
 class HitListener;
 class ProgramRequests;
 class ZOFFBreakpoint;
 
-class RunControl {
+class RunControl : private StopWatcher {
 public:
     RunControl(DebuggerHelperFunctions* helper, DebugProcessor& processor, BreakpointList& breakpoints,
                CallFrames& frames, Stepper& stepper, ProgramRequests& requests)
@@ -22,6 +22,7 @@ public:
           m_stepper(stepper), m_requests(requests)
     {
     }
+    ~RunControl();
     void setMonitor(HMonitor* monitor);
     void setHitListener(HitListener* listener) { m_hitListener = listener; }
 
@@ -46,7 +47,8 @@ private:
     bool look();
     void resume();
     void carryOn(Stepper::Resume resume);
-    bool goesOn();
+    bool goesOn() override;
+    std::optional<Stepper::Resume> wayOn();
     bool isPassed(ZOFFBreakpoint& hit);
     bool stoppedByError() const;
     void finishStop();
@@ -61,4 +63,5 @@ private:
     HitListener* m_hitListener = nullptr;
     bool m_stopped = false;
     bool m_stopAsked = false;
+    bool m_stopDecided = false; // by the listener, for the stop that is not found yet
 };

@@ -20,17 +20,13 @@ TargetRegisterInterface& Stepper::registers() const
 Stepper::Resume Stepper::begin(bool instruction, bool over, bool byTarget)
 {
     end();
-    if (byTarget && instruction && !over) {
-        m_monitor->step();
-        return Resume::Stepped;
-    }
+    if (byTarget && instruction && !over)
+        return Resume::Step;
     uint32_t pc = registers().getPC();
     SourceStep step{over, pc, 1, {}};
     const SymbolicDebug* table = instruction ? nullptr : m_tables.at(pc);
-    if (table && !table->sourceMap().AddressToRange(pc, step.start, step.length)) {
-        m_monitor->step(); // no line is known, so there is no range
-        return Resume::Stepped;
-    }
+    if (table && !table->sourceMap().AddressToRange(pc, step.start, step.length))
+        return Resume::Step; // no line is known, so there is no range
     return setOut(step, aim(step));
 }
 
@@ -97,8 +93,7 @@ std::optional<Stepper::Resume> Stepper::goOn(ZOFFBreakpoint& breakpoint)
 Stepper::Resume Stepper::stepByTarget(const SourceStep& step)
 {
     m_byTarget = step;
-    m_monitor->step();
-    return Resume::Stepped;
+    return Resume::Step;
 }
 
 std::optional<Stepper::Resume> Stepper::goOnByTarget()
@@ -111,6 +106,5 @@ std::optional<Stepper::Resume> Stepper::goOnByTarget()
         end();
         return setOut(rest, aim(rest));
     }
-    m_monitor->step();
-    return Resume::Stepped;
+    return Resume::Step;
 }

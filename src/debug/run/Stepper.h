@@ -19,8 +19,8 @@ class TargetRegisterInterface;
 
 class Stepper {
 public:
-    // What is left to do for the program to go on.
-    enum class Resume { Go, Stepped };
+    // How the program is to go on: by a run, or by one step of the target.
+    enum class Resume { Go, Step };
 
     Stepper(DebugProcessor& processor, const SymbolTables& tables, BreakpointList& breakpoints)
         : m_processor(processor), m_tables(tables), m_breakpoints(breakpoints)

@@ -62,114 +62,115 @@ std::span<const DebugCommands::Command> DebugCommands::commands()
                                     "show the local "
                                     "variables of the "
                                     "frame") COMMAND(18, "printglobals", printglobals, "",
-                                                     Any, "show the global variables") COMMAND(19, "wait",
-                                                                                               wait, "milliseconds",
-                                                                                               Any,
-                                                                                               "wait for a "
-                                                                                               "stop: the "
-                                                                                               "breakpoint's "
-                                                                                               "number, or 0")
-                                    COMMAND(20, "quit", quit, "", Any, "end the run") COMMAND(
-                                        21,
-                                        "where",
-                                        where, "", Stopped,
-                                        "show the calls") COMMAND(22, "locate", locate, "[frame]", Stopped,
-                                                                  "select a frame, 0 "
-                                                                  "is the innermost")
-                                        COMMAND(
-                                            23,
-                                            "locatepc",
-                                            locatepc, "address", Stopped, "select a place by its address")
-                                            COMMAND(
-                                                24,
-                                                "locateregisters", locateregisters,
-                                                "words", Stopped, "select a place by a block of registers")
-                                                COMMAND(
-                                                    25,
-                                                    "setmode",
-                                                    setmode, "mode", Stopped,
-                                                    "show code as "
-                                                    "\"source\" or "
-                                                    "as "
-                                                    "\"disassembly"
-                                                    "\"") COMMAND(26, "getfilename", getfilename, "", Stopped,
-                                                                  "the source file of the place")
-                                                    COMMAND(
-                                                        27,
-                                                        "getlinenumber",
-                                                        getlinenumber, "", Stopped,
-                                                        "th"
-                                                        "e "
-                                                        "li"
-                                                        "ne"
-                                                        " o"
-                                                        "f "
-                                                        "th"
-                                                        "e "
-                                                        "pl"
-                                                        "ac"
-                                                        "e") COMMAND(28, "list", list, "before, after",
-                                                                     Stopped,
-                                                                     "show so many lines around "
-                                                                     "the place") COMMAND(29, "setprintradix",
-                                                                                          setprintradix,
-                                                                                          "radix", Any,
-                                                                                          "print numbers in "
-                                                                                          "radix 2, 8, "
-                                                                                          "10 or 16")
+                                                     Any, "show the global variables")
+                                    COMMAND(
+                                        19,
+                                        "wait",
+                                        wait, "milliseconds", Any,
+                                        "wait for a "
+                                        "stop: the "
+                                        "breakpoint's "
+                                        "number, or 0") COMMAND(20, "quit", quit, "", Any, "end the run")
+                                        COMMAND(21, "where", where, "", Stopped, "show the calls") COMMAND(
+                                            22, "locate", locate, "[frame]", Stopped,
+                                            "select a frame, 0 "
+                                            "is the innermost")
+                                            COMMAND(23, "locatepc", locatepc, "address", Stopped,
+                                                    "select a place by its address")
+                                                COMMAND(24, "locateregisters", locateregisters, "words",
+                                                        Stopped, "select a place by a block of registers")
+                                                    COMMAND(25, "setmode", setmode, "mode", Stopped,
+                                                            "show code as "
+                                                            "\"source\" or "
+                                                            "as "
+                                                            "\"disassembly"
+                                                            "\"") COMMAND(26, "getfilename", getfilename, "",
+                                                                          Stopped,
+                                                                          "the source file of the place")
                                                         COMMAND(
-                                                            30,
-                                                            "setprintarray", setprintarray,
-                                                            "count", Any,
-                                                            "print so many elements of an array")
+                                                            27,
+                                                            "getlinenumber", getlinenumber, "", Stopped,
+                                                            "th"
+                                                            "e "
+                                                            "li"
+                                                            "ne"
+                                                            " o"
+                                                            "f "
+                                                            "th"
+                                                            "e "
+                                                            "pl"
+                                                            "ac"
+                                                            "e") COMMAND(28, "list", list, "before, after",
+                                                                         Stopped,
+                                                                         "show so many lines around "
+                                                                         "the place") COMMAND(29,
+                                                                                              "setprintradix",
+                                                                                              setprintradix,
+                                                                                              "radix", Any,
+                                                                                              "print numbers "
+                                                                                              "in "
+                                                                                              "radix 2, 8, "
+                                                                                              "10 or 16")
                                                             COMMAND(
-                                                                31,
-                                                                "setprintstring", setprintstring, "on", Any,
-                                                                "print what a char pointer points to")
+                                                                30,
+                                                                "setprintarray", setprintarray, "count", Any,
+                                                                "print so many elements of an array")
                                                                 COMMAND(
-                                                                    32,
-                                                                    "echo",
-                                                                    echo, "text", Any,
-                                                                    "show a text") COMMAND(33, "exit", exit,
-                                                                                           "status",
-                                                                                           Any, "end the run with an exit status")
+                                                                    31,
+                                                                    "setprintstring", setprintstring, "on",
+                                                                    Any,
+                                                                    "print what a char pointer points to")
                                                                     COMMAND(
-                                                                        34,
-                                                                        "assert", assertion,
-                                                                        "condition, text",
-                                                                        Any, "fail unless the condition holds")
-                                                                        COMMAND(
-                                                                            35,
-                                                                            "lastexception",
-                                                                            lastexception, "", Any,
-                                                                            "the exception of the last stop, "
-                                                                            "or \"\"") COMMAND(36,
-                                                                                               "enablebreak",
-                                                                                               enablebreak,
-                                                                                               "number, on",
+                                                                        32,
+                                                                        "echo",
+                                                                        echo, "text", Any,
+                                                                        "show a text") COMMAND(33, "exit",
+                                                                                               exit, "status",
                                                                                                Any,
-                                                                                               "switch a "
-                                                                                               "breakpoint "
-                                                                                               "on or "
-                                                                                               "off")
-                                                                            COMMAND(37, "setnext", setnext,
-                                                                                    "file, line", Stopped,
-                                                                                    "go on at a line")
+                                                                                               "end the run "
+                                                                                               "with an exit "
+                                                                                               "status")
+                                                                        COMMAND(
+                                                                            34,
+                                                                            "assert", assertion,
+                                                                            "condition, text", Any,
+                                                                            "fail unless the condition holds")
+                                                                            COMMAND(
+                                                                                35,
+                                                                                "lastexception",
+                                                                                lastexception, "", Any,
+                                                                                "the exception of the last "
+                                                                                "stop, "
+                                                                                "or \"\"")
                                                                                 COMMAND(
-                                                                                    38,
-                                                                                    "set",
-                                                                                    set, "expression, value",
-                                                                                    Stopped,
-                                                                                    "assign to a variable or "
-                                                                                    "register")
+                                                                                    36,
+                                                                                    "enablebreak",
+                                                                                    enablebreak, "number, on",
+                                                                                    Any,
+                                                                                    "switch a "
+                                                                                    "breakpoint "
+                                                                                    "on or "
+                                                                                    "off") COMMAND(37,
+                                                                                                   "setnext",
+                                                                                                   setnext,
+                                                                                                   "file, "
+                                                                                                   "line",
+                                                                                                   Stopped,
+                                                                                                   "go on at "
+                                                                                                   "a line")
                                                                                     COMMAND(
-                                                                                        39,
-                                                                                        "dump",
-                                                                                        dump,
-                                                                                        "address, length",
+                                                                                        38,
+                                                                                        "set",
+                                                                                        set, "expression, value",
                                                                                         Stopped,
-                                                                                        "show memory in "
-                                                                                        "hexadecimal")
+                                                                                        "assign to a "
+                                                                                        "variable or "
+                                                                                        "register") COMMAND(39,
+                                                                                                            "dump", dump,
+                                                                                                            "address, length",
+                                                                                                            Stopped,
+                                                                                                            "show memory in "
+                                                                                                            "hexadecimal")
                                                                                         COMMAND(
                                                                                             40,
                                                                                             "trace", trace,

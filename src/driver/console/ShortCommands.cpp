@@ -203,7 +203,8 @@ QString ShortCommands::translate(const QString& line)
     if (!row || (end < text.size() && !text[end].isSpace()))
         return line;
     rest.argument = text.mid(end).trimmed();
-    if (!rest.argument.isEmpty() && QStringView(u"(.[=").contains(rest.argument[0]))
+    // An expression may well begin with a parenthesis, but not with this.
+    if (rest.argument.startsWith(u'=') || rest.format.startsWith(u'='))
         return line;
     if (m_isDefined(QLatin1String(row->word)))
         return line;

@@ -1,7 +1,7 @@
 // The short words of the prompt, each of which stands for a call of a debug command.
 //
 // A word counts when it is the first of a line, is no name that scripts have defined, and is not followed by
-// what makes it part of a script: "(", ".", "[" or "=".
+// what makes it part of a script: "(", ".", "[" right behind it, or "=" with or without blanks.
 #pragma once
 
 #include <QString>

@@ -94,6 +94,8 @@ void ProgramRun::start(const QString& entry, bool stop)
 {
     setRunning();
     debugger().start(entry, stop);
+    if (stop) // known before the first command
+        poll();
 }
 
 // Under commands a stop is to be known at once: a program in this process is looked at after each slice, and

@@ -13,6 +13,7 @@ constexpr qsizetype MaximumHistory = 1000;
 
 enum KeyCode {
     BackspaceKey = 8,
+    TabKey = 9,
     NewlineKey = 10,
     ReturnKey = 13,
     EscapeKey = 27,
@@ -83,7 +84,7 @@ void LineEditor::onKey(KeyDecoder::Key key)
     case KeyDecoder::Key::Delete: keyPressed(DeleteKey); break;
     case KeyDecoder::Key::Backspace: keyPressed(BackspaceKey); break;
     case KeyDecoder::Key::Enter: keyPressed(NewlineKey); break;
-    case KeyDecoder::Key::Tab: m_owner.completionRequested(); break;
+    case KeyDecoder::Key::Tab: keyPressed(TabKey); break;
     case KeyDecoder::Key::Kill: setText(QString()); break;
     case KeyDecoder::Key::EndOfFile:
         if (m_text.isEmpty())
@@ -104,6 +105,7 @@ void LineEditor::keyPressed(int key)
     case ExtendedKey: m_escape = true; break;
     case ReturnKey:
     case NewlineKey: m_owner.lineCompleted(); break;
+    case TabKey: m_owner.completionRequested(); break;
     case BackspaceKey:
         if (m_cursor > 0) {
             qsizetype start = characterBefore(m_cursor);

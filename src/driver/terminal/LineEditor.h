@@ -42,7 +42,8 @@ public:
     void append(const QString& bytes) { m_text.append(bytes); }
 
     // One key by its code. 27 or 224 announces a cursor key: 72 up, 80 down, 75 left, 77 right. 13 and 10 end
-    // the line, 8 erases the character in front of the cursor, 127 the one under it, 32 to 126 are inserted.
+    // the line, 9 asks for completion, 8 erases the character in front of the cursor, 127 the one under it,
+    // 32 to 126 are inserted.
     void keyPressed(int key);
     void onText(std::string_view text) override;
     void onKey(KeyDecoder::Key key) override;

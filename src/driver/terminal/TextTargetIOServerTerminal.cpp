@@ -97,6 +97,21 @@ void TextTargetIOServerTerminal::hidePrompt()
         write(repeated("\b \b", columns(m_prompt)));
 }
 
+// A key changes what must stand on the screen.
+void TextTargetIOServerTerminal::showLineForKeys()
+{
+    if (!m_promptHidden)
+        return;
+    write(QStringLiteral("\n"));
+    revealPrompt();
+}
+
+void TextTargetIOServerTerminal::keyPressed(int key)
+{
+    showLineForKeys();
+    m_editor.keyPressed(key);
+}
+
 void TextTargetIOServerTerminal::revealPrompt()
 {
     m_promptHidden = false;
@@ -229,10 +244,7 @@ void TextTargetIOServerTerminal::poll()
         }
         std::string_view text(bytes, size_t(count));
         if (m_echo) {
-            if (m_promptHidden) {
-                write(QStringLiteral("\n"));
-                revealPrompt();
-            }
+            showLineForKeys();
             m_decoder.decode(text, m_editor);
         } else {
             addPipedText(text);

@@ -88,7 +88,7 @@ public:
     // Puts a text in place of the edited line.
     void setInputString(const QString& text) { m_editor.setText(text); }
     // One key of the line editor, by its code.
-    void keyPressed(int key) { m_editor.keyPressed(key); }
+    void keyPressed(int key);
 
 public Q_SLOTS:
     // Reads what is there.
@@ -102,6 +102,7 @@ private:
     void completionRequested() override;
     void hidePrompt();
     void revealPrompt();
+    void showLineForKeys();
     void addPipedText(std::string_view bytes);
     void completePartial();
     void endInput();

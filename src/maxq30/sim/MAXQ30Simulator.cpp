@@ -204,7 +204,7 @@ void MAXQ30Simulator::onLongDataAccess(bool read, unsigned address, unsigned val
     if (!read)
         dataWritten(address, value);
     if (mayMatchData(address)) [[unlikely]]
-        matchLongDataBreakPoint(address, value, read);
+        matchDataBreakPoint(address, 4, value, read);
 }
 
 void MAXQ30Simulator::onDataError(bool read, unsigned address)

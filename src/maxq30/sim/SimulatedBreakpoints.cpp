@@ -17,13 +17,15 @@ bool triggersOn(const HBreakpoint* b, bool read)
            b->trigger == (read ? SimulatedBreakpoints::Read : SimulatedBreakpoints::Write);
 }
 
-// On the low `length` bytes of both sides.
-bool meetsValue(const HBreakpoint* b, unsigned length, uint32_t accessed)
+// The low bits that an access of so many bytes has.
+uint32_t bitsOf(unsigned length)
 {
-    uint32_t bits = b->mask & (length >= 4 ? 0xFFFFFFFF : (1u << 8 * length) - 1);
-    uint32_t left = accessed & bits;
-    uint32_t right = b->value & bits;
-    switch (b->comparison) {
+    return length >= 4 ? 0xFFFFFFFF : (1u << 8 * length) - 1;
+}
+
+bool compare(int comparison, uint32_t left, uint32_t right)
+{
+    switch (comparison) {
     case HBreakpoint::Equal: return left == right;
     case HBreakpoint::GreaterOrEqual: return left >= right;
     case HBreakpoint::LessOrEqual: return left <= right;
@@ -32,6 +34,13 @@ bool meetsValue(const HBreakpoint* b, unsigned length, uint32_t accessed)
     case HBreakpoint::Greater: return left > right;
     }
     return false;
+}
+
+// On the low `length` bytes of both sides.
+bool meetsValue(const HBreakpoint* b, unsigned length, uint32_t accessed)
+{
+    uint32_t bits = b->mask & bitsOf(length);
+    return compare(b->comparison, accessed & bits, b->value & bits);
 }
 
 bool matchesCode(const HBreakpoint* b, uint32_t pc)
@@ -50,12 +59,24 @@ bool isData(const HBreakpoint* b)
     return b->enabled && b->trigger != SimulatedBreakpoints::Execute && !b->isRegister;
 }
 
-// One of four bytes is compared as a whole and by halves, since a value of two bytes may lie in it.
-bool matchesLongData(const HBreakpoint* b, unsigned address, unsigned value, bool read)
+// As matchesData, and an access of four bytes is compared by halves, too: a value of two bytes may lie there.
+bool matchesAccess(const HBreakpoint* b, unsigned address, unsigned length, unsigned value, bool read)
 {
-    return SimulatedBreakpoints::matchesData(b, address, 4, value, read) ||
-           (b->hasValue && (SimulatedBreakpoints::matchesData(b, address, 2, value & 0xFFFF, read) ||
-                            SimulatedBreakpoints::matchesData(b, address + 2, 2, value >> 16, read)));
+    return SimulatedBreakpoints::matchesData(b, address, length, value, read) ||
+           (length == 4 && b->hasValue &&
+            (SimulatedBreakpoints::matchesData(b, address, 2, value & 0xFFFF, read) ||
+             SimulatedBreakpoints::matchesData(b, address + 2, 2, value >> 16, read)));
+}
+
+// All records along the `next` link match the access. A link may lead back into itself.
+template <class Test> bool restMatches(const HBreakpoint* b, Test&& test)
+{
+    constexpr int LongestLink = 64;
+    int records = 0;
+    for (const HBreakpoint* part = b->next; part; part = part->next)
+        if (++records > LongestLink || !test(part))
+            return false;
+    return true;
 }
 
 } // namespace
@@ -82,49 +103,101 @@ void SimulatedBreakpoints::clear()
     refresh();
 }
 
+void SimulatedBreakpoints::PlaceTable::clear()
+{
+    if (m_all)
+        m_bytes.fill(0);
+    for (unsigned place : m_set)
+        m_bytes[place] = 0;
+    m_all = false;
+    m_set.clear();
+}
+
+void SimulatedBreakpoints::PlaceTable::set(unsigned place)
+{
+    if (m_bytes[place])
+        return;
+    m_bytes[place] = 1;
+    m_set.push_back(place);
+}
+
+void SimulatedBreakpoints::PlaceTable::setAll()
+{
+    m_bytes.fill(1);
+    m_all = true;
+}
+
 void SimulatedBreakpoints::refresh()
 {
-    if (!m_code.empty())
-        m_codePlaces.fill(0);
-    if (!m_data.empty())
-        m_dataPlaces.fill(0);
+    m_codePlaces.clear();
+    m_dataPlaces.clear();
     m_code.clear();
     m_data.clear();
+    m_ranges.clear();
+    m_values.clear();
     m_registers.clear();
     m_chains = false;
     for (HBreakpoint* b : m_list) {
         m_chains |= b->chainFrom != nullptr;
         if (!b->enabled)
             continue;
-        if (b->trigger == Execute)
-            noteCode(b), m_code.push_back(b);
-        else if (b->isRegister)
+        if (b->trigger == Execute) {
+            noteCode(b);
+            m_code.push_back(b);
+        } else if (b->isRegister) {
             m_registers.push_back(b->address);
-        else
-            noteData(b), m_data.push_back(b);
+        } else {
+            noteData(b);
+        }
     }
 }
 
 void SimulatedBreakpoints::noteCode(const HBreakpoint* b)
 {
     if (b->inverted || b->length > LongestNoted) {
-        m_codePlaces.fill(1);
+        m_codePlaces.setAll();
         return;
     }
     for (uint32_t offset = 0; offset < b->length; ++offset)
-        m_codePlaces[codePlace(b->address + offset)] = 1;
+        m_codePlaces.set(codePlace(b->address + offset));
 }
 
-// By the first byte of an access, which may lie before the range.
-void SimulatedBreakpoints::noteData(const HBreakpoint* b)
+// The places are those of an access's first byte, which may lie before the range.
+void SimulatedBreakpoints::noteData(HBreakpoint* b)
 {
-    if (b->inverted || b->length >= Places * LongestAccess) {
-        m_dataPlaces.fill(1);
+    m_data.push_back(b);
+    if (b->hasValue)
+        noteValue(b);
+    else
+        m_ranges.push_back(b);
+    if ((b->inverted && !b->hasValue) || b->length >= Places) {
+        m_dataPlaces.setAll();
         return;
     }
     uint32_t first = b->address - (LongestAccess - 1);
-    for (uint64_t offset = 0; offset < uint64_t(b->length) + 2 * LongestAccess; offset += LongestAccess)
-        m_dataPlaces[dataPlace(first + uint32_t(offset))] = 1;
+    for (uint32_t offset = 0; offset < b->length + 2 * LongestAccess; offset += LongestAccess)
+        m_dataPlaces.set(dataPlace(first + offset));
+}
+
+void SimulatedBreakpoints::noteValue(const HBreakpoint* b)
+{
+    bool reads = triggersOn(b, true), writes = triggersOn(b, false);
+    auto place = std::find_if(m_values.begin(), m_values.end(), [=](const Values& values) {
+        return values.address == b->address && values.length == b->length && values.reads == reads &&
+               values.writes == writes;
+    });
+    if (place == m_values.end())
+        place = m_values.insert(m_values.end(), {b->address, b->length, reads, writes, {}});
+    uint32_t bits = b->mask & bitsOf(b->length);
+    uint32_t value = b->value & bits;
+    switch (b->comparison) {
+    case HBreakpoint::Equal: place->tests.push_back({bits, value, 0, false}); break;
+    case HBreakpoint::NotEqual: place->tests.push_back({bits, value, 0, true}); break;
+    case HBreakpoint::GreaterOrEqual: place->tests.push_back({bits, value, ~value, false}); break;
+    case HBreakpoint::Less: place->tests.push_back({bits, value, ~value, true}); break;
+    case HBreakpoint::LessOrEqual: place->tests.push_back({bits, 0, value, false}); break;
+    case HBreakpoint::Greater: place->tests.push_back({bits, 0, value, true}); break;
+    }
 }
 
 bool SimulatedBreakpoints::arms(const HBreakpoint* b) const
@@ -152,34 +225,28 @@ void SimulatedBreakpoints::setMatched(HBreakpoint* breakpoint, unsigned address,
     m_matched = breakpoint;
 }
 
-// The last one of the list that matches with all records of its link and arms no other. The list changes
-// when something is armed, which is done at the end.
-template <class Test>
-HBreakpoint* SimulatedBreakpoints::lastMatch(const std::vector<HBreakpoint*>& list, Test&& test)
+// The last candidate that arms no other; those that do, do. The noted lists change with that.
+HBreakpoint* SimulatedBreakpoints::lastOf(std::vector<HBreakpoint*>& candidates)
 {
     HBreakpoint* last = nullptr;
-    std::vector<const HBreakpoint*> arming;
-    for (HBreakpoint* b : list) {
-        const HBreakpoint* part = b;
-        unsigned parts = 0; // a link may lead back into itself
-        while (part && test(part) && ++parts <= LongestLink)
-            part = part->next;
-        if (part)
-            continue;
+    for (HBreakpoint* b : candidates) {
         if (arms(b))
-            arming.push_back(b);
+            arm(b);
         else
             last = b;
     }
-    for (const HBreakpoint* b : arming)
-        arm(b);
     return last;
 }
 
 void SimulatedBreakpoints::matchCode(uint32_t pc)
 {
     m_matched = nullptr;
-    if (HBreakpoint* b = lastMatch(m_code, [pc](const HBreakpoint* part) { return matchesCode(part, pc); }))
+    std::vector<HBreakpoint*> candidates;
+    for (HBreakpoint* b : m_code)
+        if (matchesCode(b, pc) &&
+            restMatches(b, [=](const HBreakpoint* part) { return matchesCode(part, pc); }))
+            candidates.push_back(b);
+    if (HBreakpoint* b = lastOf(candidates))
         setMatched(b, pc, 0);
 }
 
@@ -193,24 +260,44 @@ bool SimulatedBreakpoints::matchesData(const HBreakpoint* b, unsigned address, u
     return b->address == address && b->length == length && meetsValue(b, length, value);
 }
 
-void SimulatedBreakpoints::matchData(unsigned address, unsigned length, unsigned value, bool read)
+// A long access meets a value of two bytes in either half.
+bool SimulatedBreakpoints::anyMatches(unsigned address, unsigned length, unsigned value, bool read) const
 {
-    HBreakpoint* b = lastMatch(
-        m_data, [=](const HBreakpoint* part) { return matchesData(part, address, length, value, read); });
-    if (b)
-        setMatched(b, address, value);
+    for (const Values& place : m_values) {
+        uint32_t offset = place.address - address;
+        bool whole = offset == 0 && place.length == length;
+        bool half = length == 4 && place.length == 2 && (offset == 0 || offset == 2);
+        if (!(read ? place.reads : place.writes) || (!whole && !half))
+            continue;
+        uint32_t accessed = value >> 8 * offset;
+        bool any = false;
+        for (const Values::Test& test : place.tests)
+            any |= ((accessed & test.bits) - test.low <= test.span) != test.inverted;
+        if (any)
+            return true;
+    }
+    for (const HBreakpoint* b : m_ranges)
+        if (matchesData(b, address, length, value, read))
+            return true;
+    return false;
 }
 
-void SimulatedBreakpoints::matchLongData(unsigned address, unsigned value, bool read)
+void SimulatedBreakpoints::matchData(unsigned address, unsigned length, unsigned value, bool read)
 {
-    HBreakpoint* b = lastMatch(
-        m_data, [=](const HBreakpoint* part) { return matchesLongData(part, address, value, read); });
+    if (!anyMatches(address, length, value, read))
+        return;
+    auto matches = [=](const HBreakpoint* part) { return matchesAccess(part, address, length, value, read); };
+    std::vector<HBreakpoint*> candidates;
+    for (HBreakpoint* b : m_data)
+        if (matches(b) && restMatches(b, matches))
+            candidates.push_back(b);
+    HBreakpoint* b = lastOf(candidates);
     if (!b)
         return;
-    // One that lies in a half has matched that half.
-    if (!b->inverted && b->address >= address + 2)
+    // One that lies in a half of four bytes has matched that half.
+    if (length == 4 && !b->inverted && b->address >= address + 2)
         setMatched(b, address + 2, value >> 16);
-    else if (!b->inverted && b->address + b->length <= address + 2)
+    else if (length == 4 && !b->inverted && b->address + b->length <= address + 2)
         setMatched(b, address, value & 0xFFFF);
     else
         setMatched(b, address, value);
@@ -218,8 +305,13 @@ void SimulatedBreakpoints::matchLongData(unsigned address, unsigned value, bool 
 
 void SimulatedBreakpoints::matchRegister(unsigned number, unsigned length, unsigned value, bool read)
 {
-    HBreakpoint* b = lastMatch(
-        m_list, [=](const HBreakpoint* part) { return matchesRegister(part, number, length, value, read); });
-    if (b)
+    auto matches = [=](const HBreakpoint* part) {
+        return matchesRegister(part, number, length, value, read);
+    };
+    std::vector<HBreakpoint*> candidates;
+    for (HBreakpoint* b : m_list)
+        if (matches(b) && restMatches(b, matches))
+            candidates.push_back(b);
+    if (HBreakpoint* b = lastOf(candidates))
         setMatched(b, number, value);
 }

@@ -45,9 +45,10 @@ public:
     // `next` link match the same access. What an access arms can match from the next access on.
     // The instruction at `pc` is about to execute. Forgets an earlier match.
     void matchCode(uint32_t pc);
-    // A data access of 1 or 2 bytes; one of four, which also matches by either half; one of a register.
+    // A data access of 1, 2 or 4 bytes. One of four also meets the value of a breakpoint of two in either
+    // half.
     void matchData(unsigned address, unsigned length, unsigned value, bool read);
-    void matchLongData(unsigned address, unsigned value, bool read);
+    // An access of a register.
     void matchRegister(unsigned number, unsigned length, unsigned value, bool read);
 
     // The test of one breakpoint against a data access.
@@ -55,18 +56,43 @@ public:
                             bool read);
 
 private:
-    static constexpr unsigned Places = 4096;
-    static constexpr unsigned LongestNoted = 64; // bytes; a longer range is tested at every instruction
+    static constexpr unsigned Places = 0x10000;   // programs up to 128 KiB have no two addresses at one place
+    static constexpr unsigned LongestNoted = 256; // bytes; a longer range is tested at every instruction
     static constexpr unsigned LongestAccess = 4;
-    static constexpr unsigned LongestLink = 64; // records; longer ones never match
-    using PlaceTable = std::array<unsigned char, Places>;
+    // Bytes by place; those that are set are remembered, so that clearing costs no more than setting.
+    class PlaceTable {
+    public:
+        void clear();
+        void set(unsigned place);
+        void setAll();
+        unsigned char operator[](unsigned place) const { return m_bytes[place]; }
+        const unsigned char* data() const { return m_bytes.data(); }
+
+    private:
+        std::array<unsigned char, Places> m_bytes{};
+        std::vector<unsigned> m_set;
+        bool m_all = false;
+    };
+    // The data breakpoints with a value at one place, for a test without branches: a record is met when
+    // (accessed & bits) - low <= span, or when not.
+    struct Values {
+        struct Test {
+            uint32_t bits, low, span;
+            bool inverted;
+        };
+        uint32_t address, length;
+        bool reads, writes;
+        std::vector<Test> tests;
+    };
     static unsigned codePlace(uint32_t address) { return address >> 1 & placeMask(); }
     static unsigned dataPlace(uint32_t address) { return address >> 2 & placeMask(); }
     void noteCode(const HBreakpoint* b);
-    void noteData(const HBreakpoint* b);
+    void noteData(HBreakpoint* b);
+    void noteValue(const HBreakpoint* b);
+    bool anyMatches(unsigned address, unsigned length, unsigned value, bool read) const;
     bool arms(const HBreakpoint* b) const;
     void arm(const HBreakpoint* b);
-    template <class Test> HBreakpoint* lastMatch(const std::vector<HBreakpoint*>& list, Test&& test);
+    HBreakpoint* lastOf(std::vector<HBreakpoint*>& candidates);
 
     std::vector<HBreakpoint*> m_list;
     HBreakpoint* m_matched = nullptr;
@@ -74,10 +100,12 @@ private:
     unsigned m_matchedData = 0;
 
     // Noted by refresh(), of enabled breakpoints in the order of the list.
-    PlaceTable m_codePlaces{};
-    PlaceTable m_dataPlaces{};
+    PlaceTable m_codePlaces;
+    PlaceTable m_dataPlaces;
     std::vector<HBreakpoint*> m_code;
     std::vector<HBreakpoint*> m_data;
+    std::vector<HBreakpoint*> m_ranges; // of these, those without a value
+    std::vector<Values> m_values;       // and those with one
     std::vector<unsigned> m_registers;
     bool m_chains = false; // some breakpoint is to be armed by another
 };

@@ -184,8 +184,11 @@ bool SimulatedHMonitor::isStopped()
 void SimulatedHMonitor::setDebugSession(bool on)
 {
     m_session = on;
-    if (!on)
-        m_slices.stop();
+    if (on)
+        return;
+    m_slices.stop();
+    if (!m_running)
+        m_stopped = true; // nobody carries the program on
 }
 
 bool SimulatedHMonitor::watchStops(StopWatcher* watcher)

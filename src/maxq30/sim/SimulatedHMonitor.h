@@ -139,13 +139,8 @@ public:
     void matchDataBreakPoint(unsigned int address, unsigned int length, unsigned int value, bool read)
     {
         m_breakpoints.matchData(address, length, value, read);
-        interruptOnMatch();
-    }
-    // Of four bytes.
-    void matchLongDataBreakPoint(unsigned int address, unsigned int value, bool read)
-    {
-        m_breakpoints.matchLongData(address, value, read);
-        interruptOnMatch();
+        if (m_breakpoints.matched())
+            interruptRun();
     }
     bool matchDataBreakPoint(HBreakpoint* b, unsigned int address, unsigned int length, unsigned int value,
                              bool read)
@@ -182,11 +177,6 @@ private:
     unsigned stepAhead(unsigned maximum);
     bool endsAfterStep();
     void interruptRun() { m_ahead.interrupted = true; }
-    void interruptOnMatch()
-    {
-        if (m_breakpoints.matched())
-            interruptRun();
-    }
     void stepWatchingRegisters();
     void evaluateMatch();
     bool goesOnAfterMatch(HBreakpoint* matched);

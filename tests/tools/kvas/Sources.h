@@ -3,6 +3,7 @@
 
 #include "maxq30/cpu/ZOFFMAXQ30Reader.h"
 #include "support/HString.h"
+#include "support/MAXQ30Records.h"
 #include "support/TempDir.h"
 #include "tools/kvas/Diagnostics.h"
 #include "tools/kvas/Link.h"
@@ -26,6 +27,7 @@ inline std::string repeat(const std::string& text, int count)
 
 class Sources : public ::testing::Test {
 protected:
+    Sources() { EXPECT_TRUE(MAXQ30RecordsInstalled); }
     ~Sources() override { ZOFFReader::release(module); }
 
     // Errors, with the names of files cut down to their last part; empty when all went well.
