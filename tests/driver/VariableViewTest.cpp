@@ -1,6 +1,6 @@
 // What the two views make of the items of a display.
 #include "driver/console/JavaScriptVariableView.h"
-#include "driver/console/TextVariableView.h"
+#include "driver/session/TextVariableView.h"
 #include "expression/ExpressionType.h"
 #include "script/engine/ESContext.h"
 #include "script/native/ESLibrary.h"
