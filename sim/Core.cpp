@@ -174,20 +174,6 @@ MAXQSIMCount Core::count(uint32_t word)
     return word < m_machine.codeWords ? m_machine.counts()[word] : MAXQSIMCount{};
 }
 
-void Core::runAhead(MAXQSIMRunAhead& run)
-{
-    while (run.steps < run.maximum && !run.interrupted) {
-        uint32_t word = m_machine.ip();
-        if (run.stops[word & run.stopMask])
-            break;
-        if (uint32_t offset = word * 2 - run.countBase; offset < run.countSize)
-            ++run.counts[offset];
-        ++run.steps;
-        run.cycles += step();
-    }
-    flushTrace();
-}
-
 void Core::requestStop()
 {
     m_machine.stopRequested = true;

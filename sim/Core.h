@@ -38,7 +38,6 @@ public:
     uint64_t run(uint64_t maximum);
     // For the users of maxqsim.h.
     void run(MAXQSIMRun& run);
-    void runAhead(MAXQSIMRunAhead& run);
     // For callbacks: the current run ends behind this instruction.
     void requestStop();
     // Word addresses where runs end. Any number costs nothing during a run.

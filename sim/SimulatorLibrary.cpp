@@ -68,12 +68,6 @@ public:
     }
     unsigned step() override { return m_core ? m_core->step() : 0; }
 
-    void runAhead(MAXQSIMRunAhead& run)
-    {
-        if (m_core)
-            m_core->runAhead(run);
-    }
-
     MAXQSIMRunner* runner() { return m_core ? this : nullptr; }
 
     void extend(unsigned features)
@@ -100,13 +94,10 @@ private:
         else
             m_core->tellAllAccesses();
     }
-    bool readCounts(unsigned address, unsigned words, MAXQSIMCount* counts) override
+    void readCounts(unsigned address, unsigned words, MAXQSIMCount* counts) override
     {
-        if (address % 2 || address > m_core->codeBytes() || words > (m_core->codeBytes() - address) / 2)
-            return false;
         for (unsigned i = 0; i < words; ++i)
             counts[i] = m_core->count(address / 2 + i);
-        return true;
     }
     void resetCounts() override { m_core->resetCounts(); }
 
@@ -156,11 +147,6 @@ MAXQSIM_EXPORT void deleteMAXQSIMInterface(MAXQSIMInterface* object)
 MAXQSIM_EXPORT void extendMAXQSIMCallBacks(MAXQSIMInterface* object, unsigned features)
 {
     static_cast<maxq30::Simulator*>(object)->extend(features);
-}
-
-MAXQSIM_EXPORT void runMAXQSIMAhead(MAXQSIMInterface* object, MAXQSIMRunAhead* run)
-{
-    static_cast<maxq30::Simulator*>(object)->runAhead(*run);
 }
 
 MAXQSIM_EXPORT MAXQSIMRunner* runnerOfMAXQSIM(MAXQSIMInterface* object)

@@ -21,8 +21,9 @@ constexpr unsigned MaximumPrefixes = 3;
 // Bytes of data memory for which it is noted together whether somebody wants to hear of accesses.
 constexpr uint32_t WatchedBytes = 64;
 
-// Instructions between two looks at the simulated peripherals.
-constexpr unsigned PeripheralPollInterval = 64;
+// Instructions between two looks at the simulated peripherals: a script takes some microseconds to say that
+// nothing has happened, in which the processor does a thousand.
+constexpr unsigned PeripheralPollInterval = 4096;
 
 // Characters of one line of a ROM file: 255 data bytes and everything around them.
 constexpr size_t RomLine = 1 + 2 * (1 + 2 + 1 + 255 + 1);

@@ -38,7 +38,7 @@ public:
     // The value of a window register of `size` bytes.
     virtual unsigned onPeripheralLoad(unsigned number, unsigned size) = 0;
     virtual void onPeripheralStore(unsigned number, unsigned size, unsigned value) = 0;
-    // Asked once in 64 instructions with the current interrupt requests of modules 0 to 4 (bit n for
+    // Asked once in 4096 instructions with the current interrupt requests of modules 0 to 4 (bit n for
     // module n); answers the new ones.
     virtual unsigned onPollForInterrupts(unsigned requests) = 0;
 
@@ -71,20 +71,6 @@ public:
 
 protected:
     ~MAXQSIMInterface() = default;
-};
-
-// Many steps in one call. Each one is what step() does; before it the address is looked up among the
-// stops and its execution counted.
-struct MAXQSIMRunAhead {
-    unsigned maximum;           // steps to do
-    const unsigned char* stops; // by word address & stopMask: where this is not 0, the run ends before it
-    unsigned stopMask;
-    unsigned* counts; // by byte address - countBase; addresses from countSize on are not counted
-    unsigned countBase;
-    unsigned countSize;
-    bool interrupted; // a callback sets it to end the run behind the current step
-    unsigned steps;   // what was done, up to date at every moment
-    unsigned cycles;
 };
 
 // Data addresses, both bounds among them.
@@ -125,9 +111,8 @@ public:
     // ranges; null for all accesses. What lies far from all ranges costs nothing.
     virtual void setDataRanges(const MAXQSIMDataRange* ranges, unsigned count) = 0;
     // Executions since initialise or resetCounts, by runs and by steps, of the instructions at `address`,
-    // address + 2 and so on; false when part of the range lies outside the code memory. Entries into
-    // interrupts are none.
-    virtual bool readCounts(unsigned address, unsigned words, MAXQSIMCount* counts) = 0;
+    // address + 2 and so on; 0 outside the code memory. Entries into interrupts are not among them.
+    virtual void readCounts(unsigned address, unsigned words, MAXQSIMCount* counts) = 0;
     virtual void resetCounts() = 0;
 
 protected:
@@ -137,10 +122,8 @@ protected:
 // The exports: newMAXQSIMInterface and deleteMAXQSIMInterface in every library, and
 // extendMAXQSIMCallBacks in one that knows the features. The last is called after initialise, whose
 // callbacks must then be a MAXQSIMExtendedCallBacks; the features given are those that hold from now on.
-// runMAXQSIMAhead is there in a library that can do many steps at once, runnerOfMAXQSIM in one that has a
-// runner; it is null before initialise and good until close.
+// runnerOfMAXQSIM is there in a library that has a runner; it is null before initialise and good until close.
 using NewMAXQSIMInterface = MAXQSIMInterface* (*)();
 using DeleteMAXQSIMInterface = void (*)(MAXQSIMInterface*);
 using ExtendMAXQSIMCallBacks = void (*)(MAXQSIMInterface*, unsigned features);
-using RunMAXQSIMAhead = void (*)(MAXQSIMInterface*, MAXQSIMRunAhead*);
 using RunnerOfMAXQSIM = MAXQSIMRunner* (*)(MAXQSIMInterface*);

@@ -37,6 +37,14 @@ public:
 
     MAXQ30Simulator& target() { return *m_target; }
 
+    // Connects anew, with the script or with null for none.
+    void setPeripherals(const char* script)
+    {
+        m_target->setPeripheralFile(QString::fromUtf8(script ? script : ""));
+        m_target->setEnablePeripheralFile(script);
+        m_target->connect(true);
+    }
+
 private:
     void write(const char* name, const QByteArray& text)
     {

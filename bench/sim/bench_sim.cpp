@@ -21,7 +21,6 @@ namespace {
 
 constexpr int Rounds = 5;
 constexpr uint64_t Instructions = 50'000'000;
-constexpr uint64_t InstructionsBetweenEvents = 300;
 constexpr uint32_t ControlWord = 0x400;
 
 template <class Body> void measure(Rate& rate, Body body)
@@ -42,22 +41,29 @@ struct CountingCallBacks final : MAXQSIMCallBacks {
 };
 
 // What a debugger does on each tick while the program runs, with a second timer as a terminal has one.
+// Returns the cycles, of which the loop takes one for each instruction.
 uint64_t runUnderDebugger(MAXQ30Simulator& target)
 {
-    uint64_t ticks = 0;
     QTimer poll, terminal;
     TargetMemoryInterface* memory = target.dataMemory();
+    unsigned before = target.cycleCount();
     QObject::connect(&poll, &QTimer::timeout, [&] {
         if (target.isStopped() || memory->peekWord(ControlWord) != 0)
             std::abort();
-        if (++ticks * InstructionsBetweenEvents >= Instructions)
+        if (target.cycleCount() - before >= Instructions)
             target.stop();
     });
     QObject::connect(&terminal, &QTimer::timeout, [] {});
     poll.start(0);
     terminal.start(0);
     target.go();
-    return ticks * InstructionsBetweenEvents;
+    return target.cycleCount() - before;
+}
+
+void begin(MAXQ30Simulator& target)
+{
+    target.codeMemory()->pokeBytes(0, sizeof crcProgram, reinterpret_cast<const unsigned char*>(crcProgram));
+    target.reset(true, false);
 }
 
 } // namespace
@@ -72,12 +78,11 @@ int main(int argc, char** argv)
     core.writeCode(0, sizeof crcProgram, bytes);
     CountingCallBacks callBacks;
 
-    Rate avr, run, stops, steps, go;
+    Rate avr, run, stops, steps, go, script;
     try {
         SimulatorSession session(QBURN_BINARY_DIR "/lib/libmaxq30sim.so");
         MAXQ30Simulator& target = session.target();
-        target.codeMemory()->pokeBytes(0, sizeof crcProgram, bytes);
-        target.reset(true, false);
+        begin(target);
         HBreakpoint breakpoints[4];
         for (uint32_t i = 0; i < 4; ++i) {
             breakpoints[i].address = 0x2000 + 2 * i;
@@ -98,7 +103,12 @@ int main(int argc, char** argv)
                     core.step();
                 return Instructions;
             });
+            session.setPeripherals(nullptr);
+            begin(target);
             measure(go, [&] { return runUnderDebugger(target); });
+            session.setPeripherals(QBURN_SOURCE_DIR "/examples/peripherals/board.js");
+            begin(target);
+            measure(script, [&] { return runUnderDebugger(target); });
         }
     } catch (const HException& failure) {
         fprintf(stderr, "bench_sim: %s\n", failure.message().c_str());
@@ -116,5 +126,8 @@ int main(int argc, char** argv)
     print("core, run, four stops", stops);
     print("core, step with callbacks", steps);
     print("go, polled, four breakpoints", go);
+    print("go, with a peripheral script", script);
+    std::printf("of the core alone: go %.2f, with a peripheral script %.2f\n", go.best / run.best,
+                script.best / run.best);
     return 0;
 }

@@ -14,6 +14,14 @@ run("pair");
 Debug.print("table");
 Debug.deletebreak(pair);
 
+Debug.echo("== what has run: the last instructions, and how often each line");
+Debug.breakline("main.s", 56, true);
+Debug.trace(true);
+run("end of the loop");
+Debug.trace(false);
+Debug.showtrace(3);
+Debug.showcounts();
+
 Debug.echo("== a chain: length counts only after label");
 var first = Debug.breakexpr("label");
 var second = Debug.breakexpr("length");

@@ -2,7 +2,7 @@
 // breakpoints and steps, call frames, values, and the service of a program's requests to its host.
 //
 // A session is loadSymbols(), setTargetInterface(), start(), then isStopped() as a poll after each of
-// go() and the steps; clear() ends it. Addresses are byte addresses of the target. Lookups answer null,
+// go() and the steps; clear() ends it. Addresses are byte addresses of the target. Lookups return null,
 // false or -1 and do not throw; what the target does may throw HException.
 #pragma once
 
@@ -155,7 +155,7 @@ public:
     virtual void getParameters(Frame* frame, VariableListBuilder* builder) = 0;
     virtual void getRegisters(Frame* frame, VariableListBuilder* builder) = 0;
     virtual unsigned getRegisterNumber(const QString& name) = 0;
-    // Both take and answer true for a register that is not there, and change nothing.
+    // Both return true also for a register that is not there, and then change nothing.
     virtual bool getRegisterValue(Frame* frame, unsigned number, uint64_t& value) = 0;
     virtual bool setRegisterValue(Frame* frame, unsigned number, uint64_t value) = 0;
     virtual void evaluateExpression(const ExpressionContext& context, const QString& expression,
@@ -169,7 +169,7 @@ public:
     // Bytes from the address to the end of its range; 0 outside.
     virtual uint32_t getMemoryRange(const QString& space, uint32_t address) = 0;
     virtual void dumpMemory(const QString& space, uint32_t address, unsigned count, QStringList& lines) = 0;
-    // Answer how many bytes were moved: all, or 0 when the range does not exist.
+    // Return how many bytes were moved: all, or 0 when the range does not exist.
     virtual unsigned setMemory(const QString& space, uint32_t address, unsigned count,
                                const unsigned char* bytes) = 0;
     virtual unsigned getMemory(const QString& space, uint32_t address, unsigned count,

@@ -108,7 +108,7 @@ public:
     void syncSettingsWithProject(ProjectElement* project, const QString& configuration) override;
 
     void start(const QString& entry, bool stop) override;
-    void attach() override { checkedTarget().attach(); }
+    void attach() override;
     void go() override;
     void stop() override;
     void stepinto(bool instruction) override;
@@ -201,7 +201,7 @@ protected:
 
     TargetInterface* target() const { return m_target; }
     TargetInterface& checkedTarget() const; // throws HException when there is none
-    HMonitor& monitor() const;              // the same, for a target that cannot stop
+    HMonitor& monitor() const;              // throws HException for a target that cannot stop
     QString formatAddress(uint32_t address) const;
 
 private:

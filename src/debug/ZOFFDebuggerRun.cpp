@@ -25,6 +25,13 @@ void ZOFFDebugger::start(const QString& entry, bool stop)
     m_run.start(address, stop);
 }
 
+void ZOFFDebugger::attach()
+{
+    checkedTarget().attach();
+    m_code.clear();
+    m_run.noteRun();
+}
+
 void ZOFFDebugger::go()
 {
     monitor();

@@ -187,7 +187,6 @@ void System::programExited()
     m_run.quit();
     m_debugCommands.clear();
     debugger->clear();
-    m_run.quit(); // nobody waits for its next stop
 }
 
 // What went wrong first is what the user is told.

@@ -97,7 +97,7 @@ private:
 class ZOFFBinaryExpr : public ZOFFExpr {
 public:
     // The only way to build one. Constants are folded where the result is resolved, also those of
-    // nested additions, so the answer may be any kind of expression. Throws HException for an
+    // nested additions, so the result may be any kind of expression. Throws HException for an
     // expression that is nested too deeply or too large.
     static ZOFFExpr* make(ZOFFTag op, ZOFFExpr* left, ZOFFExpr* right);
 

@@ -20,7 +20,7 @@ public:
         ZOFFFilename* file = nullptr;
 
         bool isReady(int32_t at) const { return pc == at && stream <= streamLimit && code <= codeLimit; }
-        // A source position at the cursor's pc. Answers the place of its operation.
+        // A source position at the cursor's pc. Returns the place of its operation.
         const uint8_t* locus(ZOFFFilename* inFile, int32_t atLine)
         {
             if (file != inFile) [[unlikely]] {
@@ -37,7 +37,8 @@ public:
             line = atLine;
             return operation;
         }
-        // An instruction without operand, the same; and one with the object that its operand is made of.
+        // An instruction without operand, and one with the object that its operand is made of. Return the
+        // place of its operation.
         const uint8_t* insn(const char* bytes, unsigned count, bool hidden = false)
         {
             if (count == 2) [[likely]]

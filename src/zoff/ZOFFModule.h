@@ -19,7 +19,7 @@ public:
     // A root with a pool of its own, in which it lives too. Whoever builds the tree makes pool() the
     // current one (CurrentPool); destroy() ends it with all that is in it.
     static ZOFFModule* create();
-    // The same in a pool that exists already, which is the current one and which the module takes over.
+    // A root in a pool that exists already, which is the current one and which the module takes over.
     static ZOFFModule* createIn(Pool* pool) { return new ZOFFModule(pool); }
     static void destroy(ZOFFModule* module);
 

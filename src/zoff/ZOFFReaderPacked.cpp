@@ -77,7 +77,8 @@ inline const char* takeBytes(const unsigned char*& at, std::string_view strings,
     return processor.opcodeOf(reinterpret_cast<const uint8_t*>(code), count) == opcode ? code : nullptr;
 }
 
-// The same for an instruction of one word behind its usual records; `bytes` are the first of them.
+// The code bytes of an instruction of one word behind its usual records, of which `bytes` are the first; null
+// where they are not those that its opcode says. Moves behind the records.
 inline const char* takeWord(const unsigned char*& at, std::string_view strings, uint64_t bytes,
                             const ZOFFProcessor& processor)
 {

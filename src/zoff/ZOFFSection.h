@@ -49,7 +49,7 @@ public:
     // fall beyond `size` are left out.
     void dump(size_t size, uint8_t* buffer);
 
-    // Calls `visit` with each item in order, until it answers true; the item then, else null.
+    // Calls `visit` with each item in order, until it returns true; returns the item then, else null.
     template <class Visitor> ZOFFInsn* find(Visitor&& visit) const
     {
         for (ZOFFFragment* fragment : m_fragments)

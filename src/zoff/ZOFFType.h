@@ -113,7 +113,7 @@ class ZOFFPtrType : public ZOFFType {
 public:
     explicit ZOFFPtrType(int32_t size) : ZOFFType(size) {}
     ZOFFType* target() const { return m_target; }
-    // Throws HException when a chain of pointers would come back to itself or grow too long. Answers how
+    // Throws HException when a chain of pointers would come back to itself or grow too long. Returns how
     // many pointers it walked to find out.
     int setTarget(ZOFFType* target);
     ZOFFTag representation() const { return m_representation; }

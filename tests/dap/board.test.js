@@ -77,23 +77,19 @@ test('a second adapter on one port says that it is busy, and the first goes on',
     assert.strictEqual((await client.until('next')).reason, 'step');
 })));
 
-test('a download is cancelled by its progress and by a disconnect, and the board can be used again', () => withBoard(false, async args => {
-    const progressing = { adapterID: 'qburn', supportsProgressReporting: true };
-    await session(async client => {
-        await client.initializeRequest(progressing);
-        const started = client.waitForEvent('progressStart');
-        const outcome = client.refused('launch', { ...launchArguments, ...args });
-        await client.send('cancel', { progressId: (await started).body.progressId });
-        assert.strictEqual(await outcome, 'cancelled');
-    });
-    await session(async client => {
-        await client.initializeRequest(progressing);
-        const started = client.waitForEvent('progressStart');
-        const outcome = client.refused('launch', { ...launchArguments, ...args });
-        await started;
-        await client.send('disconnect', {});
-        assert.strictEqual(await outcome, 'cancelled');
-    });
+test('a download is cancelled by its request and by a disconnect, and the board can be used again', () => withBoard(false, async args => {
+    // Sent at once behind the launch, so that they are there when its work begins.
+    for (const way of ['cancel', 'disconnect'])
+        await session(async client => {
+            await client.initializeRequest({ adapterID: 'qburn', supportsProgressReporting: true });
+            const requestId = client.sequence;
+            const outcome = client.refused('launch', { ...launchArguments, ...args });
+            const second = client.send(way, way === 'cancel' ? { requestId } : {});
+            assert.strictEqual(await outcome, 'cancelled');
+            await second;
+            assert.deepStrictEqual(client.events('progressStart').map(each => each.progressId),
+                                   client.events('progressEnd').map(each => each.progressId));
+        });
     await session(async client => {
         assert.strictEqual((await launch(client, args)).reason, 'entry');
     });

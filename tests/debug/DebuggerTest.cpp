@@ -18,6 +18,7 @@ TEST_F(Debugger, ServesAProgramUntilItExits)
         << "the program is told that nobody serves it";
     EXPECT_FALSE(subject.debugIOEnabled());
     EXPECT_TRUE(host.errors.isEmpty());
+    EXPECT_FALSE(subject.isStopped()) << "what has ended is no stop";
 }
 
 TEST_F(Debugger, EntryPointsByNumberSymbolAndDefault)

@@ -1,7 +1,7 @@
 // Expressions and displays over the symbols and types of an assembled program.
-#include "FakeProgram.h"
+#include "debug/FakeProgram.h"
 #include "support/Failure.h"
-#include "tests/tools/kvas/Sources.h"
+#include "tools/kvas/Sources.h"
 
 namespace {
 
@@ -102,6 +102,8 @@ protected:
     std::unique_ptr<FakeProgram> program;
     TextBuilder builder;
 };
+
+} // namespace
 
 TEST_F(Evaluator, NamesStandForPlaces)
 {
@@ -384,5 +386,3 @@ TEST_F(Evaluator, MarkersSortByPlace)
     ExpressionType count = marker("count");
     EXPECT_EQ(ExpressionType(count, "A3", 10).toStr(10, false, false, nullptr), "A3");
 }
-
-} // namespace

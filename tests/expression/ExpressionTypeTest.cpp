@@ -1,5 +1,5 @@
 // Values: what operators make of them, and how they print.
-#include "VariablesParser.h"
+#include "expression/VariablesParser.h"
 #include "support/Failure.h"
 
 #include <gtest/gtest.h>

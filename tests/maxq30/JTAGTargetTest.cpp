@@ -90,8 +90,19 @@ TEST(JTAGTarget, RunControlFrames)
     EXPECT_EQ(frames([&] { target.reset(true, true); }), "nrst0 trst sp1 nrst1 scan scan ");
     EXPECT_EQ(frames([&] { target.reset(false, false); }), "nrst0 trst sp0 nrst1 ");
     EXPECT_EQ(frames([&] { target.start(true, 0x100); }), "nrst0 trst sp0 ir2 nrst1 ");
+    const std::string begin = std::string("nrst0 trst sp0 ir2 in1180 ") + NoBreakpoints;
+    EXPECT_EQ(frames([&] { target.startDebugging(true, 0, false); }), begin + "nrst1 ");
+    EXPECT_EQ(frames([&] { target.startDebugging(false, 0x100, false); }), begin + "nrst1 ");
+    // To stop, or to run from elsewhere, the CPU stops as it leaves reset.
     EXPECT_EQ(frames([&] { target.startDebugging(true, 0x100, true); }),
-              std::string("nrst0 trst sp0 ir2 in1180 ") + NoBreakpoints + "nrst1 ");
+              begin + "in1f nrst1 in20 scan in240c008000000020 ");
+    EXPECT_EQ(frames([&] { EXPECT_TRUE(target.isStopped()); }), "");
+    EXPECT_EQ(frames([&] { target.startDebugging(true, 0, true); }),
+              begin + "in1f nrst1 in20 scan in240c000000000020 ");
+    EXPECT_EQ(frames([&] { target.startDebugging(true, 0x100, false); }),
+              begin + "in1f nrst1 in20 scan in240c008000000020 in2120 out240 out240 out240 out34 in27 ");
+    target.reset(false, false);
+    device.take();
     EXPECT_EQ(frames([&] { target.attach(); }), std::string("trst sp0 ir2 in1180 ") + NoBreakpoints);
     EXPECT_EQ(frames([&] { target.stop(); }), "in1f ");
     EXPECT_EQ(frames([&] { target.step(); }), "in26 ");
@@ -147,6 +158,196 @@ TEST(JTAGTarget, BreakpointsFillTheirRegisters)
     device.failAfter = 3;
     EXPECT_EQ(failureOf([&] { target.setBreakpoint(&code[1]); }), "link lost");
     EXPECT_EQ(target.numBreakpoints(), 4);
+}
+
+TEST(JTAGTarget, WhatTheHardwareCannotDoIsRefused)
+{
+    FakeJTAGTarget target;
+    target.connected();
+    HBreakpoint plain;
+    plain.trigger = HBreakpoint::Write;
+    HBreakpoint outside = plain, range = plain, code, ofRegister = plain, linked = plain, ring = plain;
+    outside.inverted = true;
+    range.length = 5;
+    code.length = 2;
+    ofRegister.isRegister = true;
+    linked.next = &range;
+    ring.next = &ring;
+    const std::pair<HBreakpoint*, const char*> cases[] = {
+        {&outside, "The target cannot watch what lies outside of a range"},
+        {&range, "The target cannot watch a range of 5 bytes"},
+        {&code, "The target cannot watch a range of 2 bytes"},
+        {&ofRegister, "The target cannot watch a register"},
+        {&linked, "The target cannot watch a range of 5 bytes"},
+        {&ring, "The target cannot test so many conditions"},
+    };
+    for (auto [breakpoint, text] : cases)
+        EXPECT_EQ(failureOf([b = breakpoint, &target] { target.setBreakpoint(b); }), text);
+    EXPECT_EQ(target.numBreakpoints(), 0);
+    EXPECT_STREQ(target.getTrigger(target.getWriteTriggerNumber()), "Write");
+    EXPECT_STREQ(target.getTrigger(HBreakpoint::ReadWrite), "Read/Write");
+    EXPECT_EQ(target.numTriggers(), 4);
+
+    // What is not enabled takes no register. It may find them taken when it is.
+    HBreakpoint many[6];
+    for (HBreakpoint& b : many) {
+        b.enabled = false;
+        EXPECT_TRUE(target.setBreakpoint(&b));
+    }
+    EXPECT_EQ(target.device.take().find("in1500"), std::string::npos);
+    for (int i = 0; i < 5; ++i)
+        many[i].enabled = true;
+    EXPECT_EQ(failureOf([&] { target.setBreakpoint(&many[4]); }), "No more code breakpoints available");
+    EXPECT_EQ(target.numBreakpoints(), 6);
+    EXPECT_EQ(failureOf([&] { target.go(); }), "No more code breakpoints available");
+}
+
+// Stops that are no code breakpoint's: which record they belong to, and whether its condition holds.
+TEST(JTAGTarget, DataStopsAreLookedAtInMemory)
+{
+    FakeJTAGTarget target;
+    FakeDevice& device = target.connected().device;
+    target.setDebugSession(true);
+    auto watch = [](uint32_t address) {
+        HBreakpoint b;
+        b.address = address;
+        b.length = 2;
+        b.trigger = HBreakpoint::Write;
+        return b;
+    };
+    auto stops = [&] {
+        device.otherwise = {1, 0};
+        return target.isStopped();
+    };
+    device.words[0x80] = 7;
+    HBreakpoint one = watch(0x100), two = watch(0x104);
+    target.setBreakpoint(&one);
+    EXPECT_TRUE(stops());
+    EXPECT_EQ(target.matched(), &one) << "the only one, whatever it holds";
+    target.removeBreakpoint(&one);
+    EXPECT_EQ(target.matched(), nullptr);
+
+    // With a condition the program goes on while it fails, by the run frame alone.
+    one.hasValue = true;
+    one.mask = 0x0F;
+    one.value = 3;
+    target.setBreakpoint(&one);
+    target.go();
+    device.take();
+    EXPECT_FALSE(stops());
+    EXPECT_EQ(device.take(), "in20 scan in2120 out240 out240 out240 out34 in2280000000010000 out2 in27 ");
+    device.words[0x80] = 0x53;
+    EXPECT_TRUE(stops());
+    EXPECT_EQ(target.matched(), &one);
+    // A record of the link counts as well.
+    one.next = &two;
+    two.hasValue = true;
+    two.mask = 0xFFFF;
+    two.comparison = HBreakpoint::Less;
+    two.value = 5;
+    target.go();
+    device.words[0x82] = 5;
+    EXPECT_FALSE(stops());
+    device.words[0x82] = 4;
+    EXPECT_TRUE(stops());
+
+    // Of two without conditions the one that has changed.
+    one.hasValue = two.hasValue = false;
+    one.next = nullptr;
+    target.setBreakpoint(&two);
+    target.go();
+    device.words[0x80] = 8;
+    EXPECT_TRUE(stops());
+    EXPECT_EQ(target.matched(), &one);
+    target.go();
+    device.words[0x82] = 8;
+    EXPECT_TRUE(stops());
+    EXPECT_EQ(target.matched(), &two);
+    // A stop that was asked for, and a step, are nobody's.
+    target.go();
+    target.stop();
+    EXPECT_TRUE(stops());
+    EXPECT_EQ(target.matched(), nullptr);
+    target.step();
+    EXPECT_TRUE(stops());
+    EXPECT_EQ(target.matched(), nullptr);
+    // A record that is not enabled matches nothing, neither data nor code.
+    one.enabled = two.enabled = false;
+    target.go();
+    EXPECT_TRUE(stops());
+    EXPECT_EQ(target.matched(), nullptr);
+}
+
+TEST(JTAGTarget, AStoppedTargetIsReadOnce)
+{
+    FakeJTAGTarget target;
+    FakeDevice& device = target.connected().device;
+    for (unsigned i = 0; i < 0x400; ++i)
+        device.words[i] = uint16_t(i);
+    target.setDebugSession(true);
+    stopAt(target, 0x10);
+    TargetMemoryInterface& memory = *target.dataMemory();
+    EXPECT_EQ(memory.peekUint32(0x100), 0x00810080u);
+    EXPECT_EQ(device.take(), "in2280000000020000 out4 ");
+    EXPECT_EQ(memory.peekUint32(0x100), 0x00810080u);
+    EXPECT_EQ(memory.peekUint16(0x102), 0x81u);
+    EXPECT_EQ(memory.peekByte(0x101), 0u);
+    EXPECT_EQ(device.take(), "");
+    EXPECT_EQ(target.codeMemory()->peekByte(0x100), 0u);
+    EXPECT_EQ(device.take(), "in2280008000010000 out2 ") << "another memory";
+    // What is written is read anew, and what the program may have changed, too.
+    memory.pokeUint16(0x102, 0x1234);
+    device.take();
+    EXPECT_EQ(memory.peekUint32(0x100), 0x12340080u);
+    EXPECT_NE(device.take(), "");
+    device.otherwise = {1, 0};
+    target.step();
+    device.words[0x80] = 0x4321;
+    EXPECT_TRUE(target.isStopped());
+    device.take();
+    EXPECT_EQ(memory.peekUint16(0x100), 0x4321u);
+    EXPECT_NE(device.take(), "");
+
+    // A walk in short reads takes fewer frames than steps.
+    for (unsigned address = 0x200; address < 0x400; address += 2)
+        EXPECT_EQ(memory.peekUint16(address), address / 2);
+    std::string frames = device.take();
+    EXPECT_LT(std::count(frames.begin(), frames.end(), ' '), 24) << frames;
+    // Up to the last address, and not beyond.
+    for (uint32_t address = 0xFFFFC0; address <= 0xFFFFFE; address += 2)
+        memory.peekUint16(address);
+    device.take();
+
+    // Without a session everything is read.
+    target.setDebugSession(false);
+    memory.peekUint16(0x200);
+    memory.peekUint16(0x200);
+    EXPECT_EQ(device.take(), "in2200010000010000 out2 in2200010000010000 out2 ");
+}
+
+TEST(JTAGTarget, ALostLinkEndsEveryWait)
+{
+    FakeJTAGTarget target;
+    FakeDevice& device = target.connected().device;
+    target.setDebugSession(true);
+    target.step();
+    device.failAfter = 1;
+    EXPECT_FALSE(target.isStopped());
+    EXPECT_TRUE(target.hasBeenExternallyDisconnected());
+    EXPECT_NE(target.helpers.messages.find("link lost"), std::string::npos);
+    device.take();
+    device.failAfter = -1;
+    EXPECT_FALSE(target.isStopped());
+    unsigned char byte;
+    EXPECT_EQ(failureOf([&] { target.dataMemory()->peekBytes(0, 1, &byte); }),
+              "Target connection has been lost");
+    EXPECT_EQ(failureOf([&] { target.clear(); }), "Target connection has been lost");
+    EXPECT_EQ(device.take(), "") << "nothing more is sent";
+    target.disconnect();
+    target.connected();
+    EXPECT_FALSE(target.hasBeenExternallyDisconnected());
+    device.otherwise = {1, 0};
+    EXPECT_TRUE(target.isStopped());
 }
 
 TEST(JTAGTarget, DebugAccessStopsARunningProgramOnce)

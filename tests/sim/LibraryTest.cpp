@@ -28,6 +28,11 @@ protected:
         destroy(sim);
         dlclose(m_handle);
     }
+    MAXQSIMRunner* runner()
+    {
+        auto runnerOf = reinterpret_cast<RunnerOfMAXQSIM>(dlsym(m_handle, "runnerOfMAXQSIM"));
+        return runnerOf ? runnerOf(sim) : nullptr;
+    }
     unsigned ip() { return sim->readRegister(12, 0); }
 
     TempDir dir;
@@ -85,9 +90,7 @@ TEST_F(Library, FurtherCallbacksOnlyOnRequest)
 
 TEST_F(Library, ARunnerTellsWhatItDidAlsoWhenACallbackThrows)
 {
-    auto runnerOf = reinterpret_cast<RunnerOfMAXQSIM>(dlsym(m_handle, "runnerOfMAXQSIM"));
-    ASSERT_TRUE(runnerOf);
-    EXPECT_FALSE(runnerOf(sim));
+    EXPECT_FALSE(runner());
     struct Throwing : Recorder {
         void onDataAccess(bool read, unsigned address, unsigned value, unsigned byteAccess) override
         {
@@ -100,7 +103,7 @@ TEST_F(Library, ARunnerTellsWhatItDidAlsoWhenACallbackThrows)
         MAXQSIMRunner* interrupted = nullptr;
     } throwing;
     ASSERT_TRUE(sim->initialise(&throwing, "", rom.c_str()));
-    MAXQSIMRunner* runner = runnerOf(sim);
+    MAXQSIMRunner* runner = this->runner();
     ASSERT_TRUE(runner);
     // NOP, NOP, PUSH #5, JUMP to itself
     const unsigned char code[] = {0x3A, 0xDA, 0x3A, 0xDA, 0x05, 0x0D, 0xFF, 0x0C};
@@ -131,11 +134,11 @@ TEST_F(Library, ARunnerTellsWhatItDidAlsoWhenACallbackThrows)
     EXPECT_EQ(run.steps, 100u);
     EXPECT_EQ(throwing.take(), Log{});
     MAXQSIMCount counts[4];
-    ASSERT_TRUE(runner->readCounts(0, 4, counts));
+    runner->readCounts(0, 4, counts);
     EXPECT_EQ(counts[3].executed, 99u);
     EXPECT_EQ(counts[3].taken, 99u);
-    EXPECT_FALSE(runner->readCounts(0x100000 - 2, 2, counts));
-    EXPECT_FALSE(runner->readCounts(1, 1, counts));
+    runner->readCounts(0x100000 - 2, 2, counts);
+    EXPECT_EQ(counts[1].executed, 0u);
 }
 
 TEST_F(Library, BadParametersAndRomFilesAreRefused)
@@ -202,18 +205,15 @@ TEST_F(Library, TraceShowsEachInstruction)
 TEST_F(Library, AFullDiskUnderTheTraceIsToldAtTheEndOfARun)
 {
     ASSERT_TRUE(sim->initialise(&events, "trace=/dev/full", rom.c_str()));
-    auto runAhead = reinterpret_cast<RunMAXQSIMAhead>(dlsym(m_handle, "runMAXQSIMAhead"));
-    ASSERT_TRUE(runAhead);
-    const unsigned char nop[] = {0x3A, 0xDA}, noStop = 0;
+    const unsigned char nop[] = {0x3A, 0xDA};
     ASSERT_TRUE(sim->writeCode(2, sizeof nop, nop));
-    MAXQSIMRunAhead run{1, &noStop, 0, nullptr, 0, 0, false, 0, 0};
-    runAhead(sim, &run);
+    MAXQSIMRun run{1, true, 0, 0, false};
+    runner()->run(&run);
     EXPECT_EQ(events.take(), Log{"cannot write the trace file"});
     EXPECT_EQ(run.steps, 1u);
-    run.maximum = 2;
-    runAhead(sim, &run); // without a trace from here on
+    runner()->run(&run); // without a trace from here on
     EXPECT_EQ(events.take(), Log{});
-    EXPECT_EQ(run.steps, 2u);
+    EXPECT_EQ(run.steps, 1u);
 }
 
 } // namespace maxq30

@@ -1,10 +1,10 @@
 // Runs one script in a bare script context:
 //
-//     esrun [-p] FILE.js [ARGS...]      the file, or standard input for the name "-"
-//     esrun [-p] -e TEXT [ARGS...]      the text
+//     esrun [-p] [-m MIB] FILE.js [ARGS...]      the file, or standard input for the name "-"
+//     esrun [-p] [-m MIB] -e TEXT [ARGS...]      the text
 //
-// -p prints the completion value. Exit status 0 on a normal completion, 1 after a failure, 130 after
-// Ctrl-C.
+// -p prints the completion value, -m sets the limit of memory in MiB (1 to 65536; 1024 otherwise). Exit
+// status 0 on a normal completion, 1 after a failure, 130 after Ctrl-C.
 #include "script/engine/ESContext.h"
 #include "script/engine/ESException.h"
 #include "script/engine/ESValue.h"
@@ -38,6 +38,7 @@ public:
 
 struct Arguments {
     bool print = false;
+    size_t memory = ESLimits::MemoryBytes; // bytes
     const char* file = nullptr;
     const char* text = nullptr;
     int count = 0;
@@ -50,6 +51,14 @@ bool parseArguments(int argc, char** argv, Arguments& arguments)
     if (at < argc && !std::strcmp(argv[at], "-p")) {
         arguments.print = true;
         ++at;
+    }
+    if (at + 1 < argc && !std::strcmp(argv[at], "-m")) {
+        bool ok = false;
+        unsigned mebibytes = QByteArray(argv[at + 1]).toUInt(&ok);
+        if (!ok || mebibytes < 1 || mebibytes > 65536)
+            return false;
+        arguments.memory = size_t(mebibytes) << 20;
+        at += 2;
     }
     if (at + 1 < argc && !std::strcmp(argv[at], "-e")) {
         arguments.text = argv[at + 1];
@@ -96,6 +105,7 @@ int run(const Arguments& arguments)
     BuiltinScript script;
     InterruptibleContext context;
     ESLibrary::mkexec(nullptr, &context);
+    context.setMemoryLimit(arguments.memory);
     script.install(&context, arguments.count, arguments.rest);
     std::signal(SIGINT, onInterrupt);
 
@@ -140,7 +150,9 @@ int main(int argc, char** argv)
     std::signal(SIGPIPE, SIG_DFL);
     Arguments arguments;
     if (!parseArguments(argc, argv, arguments)) {
-        std::fputs("usage: esrun [-p] FILE.js [ARGS...]\n       esrun [-p] -e TEXT [ARGS...]\n", stderr);
+        std::fputs(
+            "usage: esrun [-p] [-m MIB] FILE.js [ARGS...]\n       esrun [-p] [-m MIB] -e TEXT [ARGS...]\n",
+            stderr);
         return 1;
     }
     int status = run(arguments);

@@ -17,7 +17,7 @@ struct DisassemblyInfo {
     uint32_t end = 0; // behind the last byte
     QStringList lines;
     std::map<int, uint32_t> addresses;               // of each line that shows an instruction
-    std::map<uint32_t, int> lineOfAddress;           // the same the other way
+    std::map<uint32_t, int> lineOfAddress;           // of each instruction that is shown
     std::map<int, std::pair<Path, int>> sourceLines; // the source of each line
 };
 

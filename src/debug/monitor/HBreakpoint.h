@@ -5,6 +5,11 @@
 #include <cstdint>
 
 struct HBreakpoint {
+    // What a breakpoint watches for: an instruction that is about to execute, or accesses of data.
+    enum Trigger { Execute, Read, Write, ReadWrite };
+    static constexpr int NumTriggers = 4;
+    // "Execute", "Read", "Write", "Read/Write"; the first for any other number.
+    static const char* triggerName(int trigger);
     // Comparisons of an access's value with `value`, as unsigned numbers.
     enum Comparison { Equal, GreaterOrEqual, LessOrEqual, NotEqual, Less, Greater };
 
@@ -25,4 +30,7 @@ struct HBreakpoint {
     HBreakpoint* chainFrom = nullptr; // the breakpoint whose match enables this one
     int action = 0;                   // index into the monitor's actions
     int comparison = Equal;
+
+    // The comparison holds for a value of so many bytes, 1 to 4; only these bytes are looked at.
+    bool meets(uint32_t accessed, unsigned bytes) const;
 };

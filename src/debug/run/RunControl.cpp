@@ -32,24 +32,30 @@ void RunControl::setMonitor(HMonitor* monitor)
     m_monitor = monitor;
     if (m_monitor)
         m_monitor->watchStops(this);
-    m_stopped = m_stopAsked = false;
+    m_running = m_stopped = m_stopAsked = false;
+}
+
+void RunControl::noteRun()
+{
+    m_frames.freeze();
+    m_running = true;
+    m_stopped = false;
 }
 
 void RunControl::start(uint32_t address, bool stop)
 {
     // Before the program runs: it may ask for something at once.
     m_requests.enable();
-    m_frames.freeze();
     m_stepper.end();
-    m_stopped = m_stopAsked = false;
+    m_stopAsked = false;
+    noteRun();
     m_monitor->startDebugging(true, address, stop);
 }
 
 void RunControl::resume()
 {
     m_requests.enable();
-    m_frames.freeze();
-    m_stopped = false;
+    noteRun();
     m_monitor->go();
 }
 
@@ -66,8 +72,7 @@ void RunControl::carryOn(Stepper::Resume how)
         resume();
         return;
     }
-    m_frames.freeze();
-    m_stopped = false;
+    noteRun();
     m_monitor->step();
 }
 
@@ -98,13 +103,13 @@ void RunControl::stop()
 void RunControl::clear()
 {
     m_stepper.end();
-    m_stopAsked = false;
+    m_running = m_stopAsked = false;
 }
 
 bool RunControl::poll()
 {
-    // A program that stands for the user changes nothing, so its target is left alone.
-    if (m_stopped || m_requests.serving() || !m_monitor)
+    // A program that stands changes nothing, so its target is left alone.
+    if (!m_running || m_requests.serving() || !m_monitor)
         return m_stopped;
     try {
         QElapsedTimer time;
@@ -212,5 +217,5 @@ void RunControl::finishStop()
     m_breakpoints.removeTemporary(nullptr);
     m_frames.locate(m_monitor->registers());
     m_stopped = true;
-    m_stopAsked = m_stopDecided = false;
+    m_running = m_stopAsked = m_stopDecided = false;
 }

@@ -33,7 +33,9 @@ public:
     void stepOut(const Frame* caller);
     // Asks the target; the next polls find that it has stopped.
     void stop();
-    // The session has ended.
+    // The target lets a program run that it has found.
+    void noteRun();
+    // The session has ended: nothing runs that would be looked for.
     void clear();
 
     // Serves requests, notices a stop, and lets the program go on from one that is none for the user. True
@@ -61,7 +63,8 @@ private:
     ProgramRequests& m_requests;
     HMonitor* m_monitor = nullptr;
     HitListener* m_hitListener = nullptr;
-    bool m_stopped = false;
+    bool m_running = false; // as far as the last poll has seen
+    bool m_stopped = false; // for the user to look at
     bool m_stopAsked = false;
     bool m_stopDecided = false; // by the listener, for the stop that is not found yet
 };

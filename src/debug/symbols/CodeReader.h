@@ -20,7 +20,7 @@ public:
     // Reads what is not here yet of a range, in one access where none of it is. Throws HException for a range
     // that is no code memory, and what the target throws.
     void load(uint32_t start, uint32_t size);
-    // The same from bytes that the caller has.
+    // Takes bytes that the caller has for those of the memory.
     void load(uint32_t start, std::span<const unsigned char> bytes);
     // The little-endian word at an address, read when it is not here; 0 where no memory is.
     uint16_t word(uint32_t address);

@@ -2,7 +2,7 @@
 // symbols by address and by name, scopes and named types. Made once for each file and shared through the
 // cache of open files; the module must outlive it.
 //
-// A name is looked up as given, and then with the compiler's "_" in front. Lookups answer null when there
+// A name is looked up as given, and then with the compiler's "_" in front. Lookups return null when there
 // is nothing.
 #pragma once
 
@@ -103,7 +103,7 @@ private:
     void addSymbols();
     const std::vector<CodeSymbol>& codeSymbols() const;
     const std::vector<ScopeStretch>& scopeStretches() const;
-    // Calls `visit` with the symbols of either spelling in the order of the file, until it answers true.
+    // Calls `visit` with the symbols of either spelling in the order of the file, until that returns true.
     template <class Visitor> ZOFFSymbol* findNamed(std::string_view name, Visitor&& visit) const;
 
     Path m_path;

@@ -131,8 +131,12 @@ ESValue DebugCommands::showbreak(Arguments& arguments)
 
 ESValue DebugCommands::enablebreak(Arguments& arguments)
 {
-    debugger().setBreakpointEnabled(knownBreakpoint(arguments.number(0)).breakpoint,
-                                    arguments.boolean(1, true));
+    unsigned number = arguments.number(0);
+    if (number)
+        knownBreakpoint(number);
+    for (const NumberedBreakpoints::Info& info : m_breakpoints.all())
+        if (number == 0 || info.number == number)
+            debugger().setBreakpointEnabled(info.breakpoint, arguments.boolean(1, true));
     return g_undefined;
 }
 

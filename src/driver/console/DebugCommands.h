@@ -25,7 +25,6 @@ public:
     struct Command {
         int number;
         const char* name;
-        const char* fullName;
         const char* arguments; // as help shows them
         State state;
         ESValue (DebugCommands::*handler)(Arguments&);

@@ -29,7 +29,7 @@ public:
         DP0 = 63,
         DP1 = 127,
     };
-    // What nameToNumber answers for the names of the two arrays that need an index.
+    // What nameToNumber returns for the names of the two arrays that need an index.
     enum ArrayNumber : unsigned { ArrayA = 9, ArrayLC = 4096, ArrayDP = 4097 };
     // Bits of PSF, and the global enable of IC.
     enum Flag : unsigned { FlagE = 0x01, FlagC = 0x02, FlagS = 0x40, FlagZ = 0x80 };

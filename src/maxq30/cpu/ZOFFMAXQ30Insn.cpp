@@ -116,7 +116,7 @@ constexpr std::string_view arithmeticText(unsigned pattern)
     }
 }
 
-// The same with the prefix that reaches the multiplier and its neighbours.
+// Operations behind the prefix that reaches the multiplier and its neighbours.
 constexpr std::string_view extendedText(unsigned pattern)
 {
     switch (pattern) {

@@ -1,23 +1,12 @@
 // The registers behind MAXQ30JTAGTargetInterface: those of the debug engine, with the breakpoints in them,
 // and the frames that read and write those of the CPU.
 
-#include "debug/monitor/DebuggerBreakpointFailure.h"
-#include "debug/monitor/HBreakpoint.h"
 #include "maxq30/jtag/JTAGFrames.h"
 #include "maxq30/jtag/MAXQ30JTAGTargetInterface.h"
 #include "support/Bracket.h"
 #include "support/Endian.h"
 
-#include <algorithm>
-
 namespace {
-
-constexpr int CodeTrigger = 0; // of a breakpoint; any other watches data
-
-bool isCode(const HBreakpoint* breakpoint)
-{
-    return breakpoint->trigger == CodeTrigger;
-}
 
 void sendFrame(_maxqd_t* maxqd, const unsigned char* frame, unsigned length)
 {
@@ -26,22 +15,10 @@ void sendFrame(_maxqd_t* maxqd, const unsigned char* frame, unsigned length)
 
 } // namespace
 
-unsigned MAXQ30JTAGTargetInterface::count(bool code) const
-{
-    return unsigned(std::count_if(m_breakpoints.begin(), m_breakpoints.end(),
-                                  [code](const HBreakpoint* other) { return isCode(other) == code; }));
-}
-
 bool MAXQ30JTAGTargetInterface::setBreakpoint(HBreakpoint* breakpoint)
 {
-    if (std::find(m_breakpoints.begin(), m_breakpoints.end(), breakpoint) == m_breakpoints.end()) {
-        bool code = isCode(breakpoint);
-        if (count(code) >= (code ? NumCodeBreakpoints : NumDataBreakpoints))
-            throw DebuggerBreakpointFailure(code ? "No more code breakpoints available"
-                                                 : "No more data breakpoints available");
-        m_breakpoints.push_back(breakpoint);
-    }
-    Bracket setting([&] { std::erase(m_breakpoints, breakpoint); }); // its owner takes it for not set
+    m_breakpoints.add(breakpoint);
+    Bracket setting([&] { m_breakpoints.remove(breakpoint); }); // its owner takes it for not set
     breakpointsChanged();
     setting.dismiss();
     return true;
@@ -49,7 +26,7 @@ bool MAXQ30JTAGTargetInterface::setBreakpoint(HBreakpoint* breakpoint)
 
 bool MAXQ30JTAGTargetInterface::removeBreakpoint(HBreakpoint* breakpoint)
 {
-    std::erase(m_breakpoints, breakpoint);
+    m_breakpoints.remove(breakpoint);
     if (m_matched == breakpoint)
         m_matched = nullptr;
     breakpointsChanged();
@@ -65,11 +42,6 @@ void MAXQ30JTAGTargetInterface::breakpointsChanged()
 
 void MAXQ30JTAGTargetInterface::setBreakpoints()
 {
-    // The owner may have changed a record's trigger since it was counted.
-    if (count(true) > NumCodeBreakpoints)
-        throw DebuggerBreakpointFailure("No more code breakpoints available");
-    if (count(false) > NumDataBreakpoints)
-        throw DebuggerBreakpointFailure("No more data breakpoints available");
     unsigned code = 0, data = 0;
     auto writeCode = [&](uint32_t value) {
         writeDebugRegister24(DebugRegister24(CodeBreakpoint0 + code++), value);
@@ -77,15 +49,16 @@ void MAXQ30JTAGTargetInterface::setBreakpoints()
     auto writeData = [&](uint32_t value) {
         writeDebugRegister32(DebugRegister32(DataBreakpoint0 + data++), value);
     };
-    for (const HBreakpoint* breakpoint : m_breakpoints) {
-        if (isCode(breakpoint))
+    // The owner may have changed records since they were counted.
+    for (const HBreakpoint* breakpoint : m_breakpoints.toProgram()) {
+        if (JTAGBreakpoints::isCode(breakpoint))
             writeCode(breakpoint->address >> 1);
         else
             writeData(breakpoint->address);
     }
-    while (code < NumCodeBreakpoints)
+    while (code < JTAGBreakpoints::NumCode)
         writeCode(NoCodeBreakpoint);
-    while (data < NumDataBreakpoints)
+    while (data < JTAGBreakpoints::NumData)
         writeData(NoDataBreakpoint);
 }
 

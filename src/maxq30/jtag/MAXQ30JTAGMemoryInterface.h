@@ -5,6 +5,8 @@
 
 #include "target/memory/TargetMemoryInterface.h"
 
+#include <unordered_map>
+
 class MAXQ30JTAGTargetInterface;
 
 class MAXQ30JTAGMemoryInterface : public TargetMemoryInterface {
@@ -25,6 +27,9 @@ public:
     virtual void alignedPokeBytes(unsigned int address, unsigned int length, const unsigned char* data) = 0;
     virtual void alignedPeekBytes(unsigned int address, unsigned int length, unsigned char* data) = 0;
 
+    // What was read is to be read anew.
+    void forget();
+
 protected:
     // The two with a word address.
     void writeWords(uint32_t wordAddress, unsigned length, const unsigned char* data, bool poll);
@@ -32,7 +37,15 @@ protected:
 
 private:
     static constexpr unsigned Fragment = 0x10000;
+    bool peekKnown(uint32_t address, unsigned count, unsigned char* bytes) const;
+    void readAhead(uint32_t address, unsigned count);
+
     MAXQ30JTAGTargetInterface& m_target;
+    // While the target says that memory stands still: what was read of it, by the word address that goes over
+    // the wire; and how much more is read when short reads follow each other.
+    std::unordered_map<uint32_t, uint16_t> m_known;
+    uint32_t m_nextAddress = 0;
+    unsigned m_ahead = 0; // bytes
 };
 
 class MAXQ30JTAGCodeMemoryInterface : public MAXQ30JTAGMemoryInterface {

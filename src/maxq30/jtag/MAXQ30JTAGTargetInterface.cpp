@@ -42,7 +42,7 @@ MAXQ30JTAGTargetInterface::MAXQ30JTAGTargetInterface(const char* name,
       m_eraseTimeout(&m_eraseTimeoutClass), m_traceEnabled(&m_traceEnabledClass),
       m_codeMemory(std::make_unique<MAXQ30JTAGCodeMemoryInterface>(*this)),
       m_dataMemory(std::make_unique<MAXQ30JTAGDataMemoryInterface>(*this)),
-      m_registers(std::make_unique<MAXQ30JTAGRegisters>(*this))
+      m_registers(std::make_unique<MAXQ30JTAGRegisters>(*this)), m_breakpoints(*m_dataMemory)
 {
     static_assert(LoaderMasterEraseCommand == FirstFreeScriptId);
     m_eraseTimeoutClass.setRange(0, 100000);
@@ -58,6 +58,8 @@ _maxqd_t* MAXQ30JTAGTargetInterface::driver()
 {
     if (!m_driver.link)
         throw HException("Target is not connected");
+    if (m_lost)
+        throw HException("Target connection has been lost");
     return &m_driver;
 }
 
@@ -103,6 +105,7 @@ void MAXQ30JTAGTargetInterface::connect(bool)
                              "Check the JTAG connections and that the target is powered");
     }
     m_connected = true;
+    m_lost = false;
 }
 
 void MAXQ30JTAGTargetInterface::disconnect()
@@ -113,8 +116,9 @@ void MAXQ30JTAGTargetInterface::disconnect()
     m_bootloader.forget();
     m_loaderMemory.reset(); // a load that was abandoned
     m_registers->clear();
-    m_stopped = false;
+    leaveStop();
     m_debugAccessDepth = 0;
+    m_lost = false;
     closeLink();
 }
 
@@ -161,6 +165,7 @@ void MAXQ30JTAGTargetInterface::awaitBootloader()
 void MAXQ30JTAGTargetInterface::reset(bool stop, bool loader)
 {
     _maxqd_t* maxqd = driver();
+    leaveStop();
     m_stopped = stop;
     enterReset(loader ? maxqd::StartBootloader : maxqd::StartProgram);
     if (stop && !loader) {
@@ -176,21 +181,39 @@ void MAXQ30JTAGTargetInterface::reset(bool stop, bool loader)
 void MAXQ30JTAGTargetInterface::start(bool, unsigned)
 {
     _maxqd_t* maxqd = driver();
-    m_stopped = false;
+    leaveStop();
     enterReset(maxqd::StartProgram);
     maxqd->shiftInIR(maxqd, maxqd::ChannelInstruction);
     maxqd->setNRST(maxqd, 1);
 }
 
-void MAXQ30JTAGTargetInterface::startDebugging(bool, unsigned, bool)
+void MAXQ30JTAGTargetInterface::startDebugging(bool setPC, unsigned pc, bool stop)
 {
     _maxqd_t* maxqd = driver();
-    m_stopped = false;
+    bool fromReset = !stop && (!setPC || pc == 0);
+    leaveStop();
     enterReset(maxqd::StartProgram);
     maxqd->shiftInIR(maxqd, maxqd::ChannelInstruction);
     writeDebugRegister8(DebugControl, EnableDebugEngine);
     setBreakpoints();
+    if (!fromReset)
+        MAXQD_shiftInDR8(maxqd, jtag::StopCPU);
     maxqd->setNRST(maxqd, 1);
+    if (fromReset)
+        return;
+    if (!pollStopped())
+        throw HException("Cannot stop CPU");
+    m_registers->clear();
+    if (setPC)
+        m_registers->setPC(pc);
+    m_stopped = true;
+    // The hardware would pass a breakpoint at the first instruction.
+    m_matched = stop ? nullptr : m_breakpoints.codeAt(m_registers->getPC());
+    if (stop || m_matched)
+        return;
+    noteValues();
+    leaveStop();
+    MAXQD_shiftInDR8(maxqd, jtag::Run);
 }
 
 void MAXQ30JTAGTargetInterface::attach()
@@ -200,26 +223,47 @@ void MAXQ30JTAGTargetInterface::attach()
     maxqd->setSystemProgrammingBits(maxqd, maxqd::StartProgram);
     maxqd->shiftInIR(maxqd, maxqd::ChannelInstruction);
     writeDebugRegister8(DebugControl, EnableDebugEngine);
-    m_stopped = false;
+    leaveStop();
     setBreakpoints();
+}
+
+// The program is no longer known to stand: nothing that was read of it holds.
+void MAXQ30JTAGTargetInterface::leaveStop()
+{
+    m_stopped = false;
+    m_stopAsked = false;
+    m_stepping = false;
+    m_matched = nullptr;
+    m_codeMemory->forget();
+    m_dataMemory->forget();
+}
+
+// Outside of a session nobody looks at memory while the program runs.
+void MAXQ30JTAGTargetInterface::noteValues()
+{
+    if (m_session && m_stopped)
+        m_breakpoints.noteValues();
 }
 
 void MAXQ30JTAGTargetInterface::stop()
 {
     MAXQD_shiftInDR8(driver(), jtag::StopCPU);
+    m_stopAsked = true;
 }
 
 void MAXQ30JTAGTargetInterface::step()
 {
     _maxqd_t* maxqd = driver();
-    m_stopped = false;
+    leaveStop();
+    m_stepping = true;
     MAXQD_shiftInDR8(maxqd, jtag::Step);
 }
 
 void MAXQ30JTAGTargetInterface::go()
 {
     _maxqd_t* maxqd = driver();
-    m_stopped = false;
+    noteValues();
+    leaveStop();
     setBreakpoints();
     MAXQD_shiftInDR8(maxqd, jtag::Run);
 }
@@ -227,10 +271,9 @@ void MAXQ30JTAGTargetInterface::go()
 void MAXQ30JTAGTargetInterface::clear()
 {
     m_breakpoints.clear();
-    m_matched = nullptr;
     m_debugAccessDepth = 0;
     bool stopped = m_stopped;
-    m_stopped = false;
+    leaveStop();
     writeDebugRegister8(DebugControl, DisableDebugEngine);
     if (stopped)
         MAXQD_shiftInDR8(driver(), jtag::Run);
@@ -249,16 +292,51 @@ bool MAXQ30JTAGTargetInterface::isStopped()
 {
     if (m_stopped)
         return true;
+    if (!m_session)
+        return findStop();
+    if (m_lost)
+        return false;
+    try {
+        driver();
+        return findStop();
+    } catch (const HException& failure) {
+        // A link that has lost a byte has lost its place. It is told once, as the loss of the connection.
+        m_lost = true;
+        helpers()->message(failure.text());
+        return false;
+    }
+}
+
+bool MAXQ30JTAGTargetInterface::findStop()
+{
     if (!pollStopped())
         return false;
     m_registers->clear();
     uint32_t pc = m_registers->getPC();
+    Bracket looking([this] { m_stopped = false; });
     m_stopped = true;
-    m_matched = nullptr;
-    for (HBreakpoint* breakpoint : m_breakpoints)
-        if (breakpoint->address == pc)
-            m_matched = breakpoint;
+    if (!m_stepping)
+        m_matched = m_stopAsked ? m_breakpoints.codeAt(pc) : m_breakpoints.match(pc);
+    if (m_matched && !m_breakpoints.holds(m_matched)) {
+        m_matched = nullptr;
+        if (!m_stopAsked) {
+            noteValues();
+            leaveStop();
+            MAXQD_shiftInDR8(driver(), jtag::Run); // the breakpoints are written
+            return false;
+        }
+    }
+    looking.dismiss();
     return true;
+}
+
+// Of a program that was stopped for an access of memory: whether it stands where it would have stopped by
+// itself, or has done so between the latest poll and the access.
+bool MAXQ30JTAGTargetInterface::atBreakpoint()
+{
+    if (m_breakpoints.hasCode() && m_breakpoints.codeAt(readRegister(MAXQ30Registers::IP) * 2))
+        return true;
+    return m_breakpoints.dataChanged();
 }
 
 void MAXQ30JTAGTargetInterface::beginDebugAccess()
@@ -273,6 +351,8 @@ void MAXQ30JTAGTargetInterface::beginDebugAccess()
     MAXQD_shiftInDR8(maxqd, jtag::StopCPU);
     if (!pollStopped())
         throw HException("Cannot stop CPU");
+    if (m_session && atBreakpoint())
+        m_wasStopped = true;
     depth.dismiss();
 }
 

@@ -9,6 +9,7 @@
 #pragma once
 
 #include "debug/monitor/HMonitor.h"
+#include "maxq30/jtag/JTAGBreakpoints.h"
 #include "maxq30/jtag/MAXQ30BootloaderInformation.h"
 #include "maxq30/jtag/maxqd.h"
 
@@ -26,8 +27,6 @@ public:
     enum DebugRegister8 { DebugControl = 1 };
     enum DebugRegister24 { CodeBreakpoint0 = 5 }; // to 8; a word address
     enum DebugRegister32 { DataBreakpoint0 = 9 }; // to 10; a byte address
-    static constexpr unsigned NumCodeBreakpoints = 4;
-    static constexpr unsigned NumDataBreakpoints = 2;
     static constexpr uint32_t NoCodeBreakpoint = 0xFFFFFF;
     static constexpr uint32_t NoDataBreakpoint = 0xFFFFFFFF;
     static constexpr unsigned char EnableDebugEngine = 0x80;
@@ -41,8 +40,12 @@ public:
     void connect(bool reset) override;
     void disconnect() override;
     bool isConnected() const override { return m_connected; }
-    // Asks the device, unless it is known to have stopped; a stop fetches the program counter.
+    // Asks the device, unless it is known to have stopped; a stop fetches the program counter. At one for
+    // which the conditions of its breakpoint don't hold the program goes on, and has not stopped. In a debug
+    // session a link that fails here is lost, and false.
     bool isStopped() override;
+    bool canBeExternallyDisconnected() const override { return true; }
+    bool hasBeenExternallyDisconnected() override { return m_lost; }
     // The bootloader's memory while a load runs.
     TargetMemoryInterface* codeMemory() override;
     TargetMemoryInterface* dataMemory() override;
@@ -61,19 +64,27 @@ public:
     bool loaderEraseAll() const override { return true; }
     void getProperties(PropertyValueList& list) override;
 
+    void setDebugSession(bool on) override { m_session = on; }
+    // From the reset vector the program runs at once; otherwise the CPU is stopped as it leaves reset, and
+    // goes on from the given address.
     void startDebugging(bool setPC, unsigned pc, bool stop) override;
-    // Four of code (trigger 0) and two of data. While the program runs they are written at once.
+    // Four of code and two of data, of those that are enabled; see JTAGBreakpoints. While the program runs
+    // they are written at once.
     bool setBreakpoint(HBreakpoint* breakpoint) override;
     bool removeBreakpoint(HBreakpoint* breakpoint) override;
     HBreakpoint* matched() override { return m_matched; }
     bool canChain() override { return false; }
+    int numTriggers() override { return HBreakpoint::NumTriggers; }
+    const char* getTrigger(int trigger) override { return HBreakpoint::triggerName(trigger); }
+    int getWriteTriggerNumber() override { return HBreakpoint::Write; }
     void setTraceEnabled(bool on) override; // counts from the next connect
-    int numBreakpoints() const { return int(m_breakpoints.size()); }
+    int numBreakpoints() const { return int(m_breakpoints.count()); }
     // Writes all six breakpoint registers.
     void setBreakpoints();
 
     // Brackets every access to a memory. On a running target the outermost pair stops the program and lets
-    // it go on; DebugAccess.h is the way to hold one. A failed begin leaves nothing to end.
+    // it go on; DebugAccess.h is the way to hold one. A failed begin leaves nothing to end. In a debug
+    // session a program that is found at a breakpoint stays there, for isStopped() to tell.
     void beginDebugAccess();
     void endDebugAccess();
     int debugAccessDepth() const { return m_debugAccessDepth; }
@@ -115,6 +126,9 @@ public:
     QString fixedLengthErase() const { return m_bootloader.text("fixedLengthErase"); }
     QString supported(int family) const { return m_bootloader.supported(family); }
 
+    // What is read from memory stays as it is until the program goes on: in a debug session, while the
+    // program is known to stand, outside of a load.
+    bool memoryStandsStill() const { return m_session && m_stopped && !m_loaderMemory; }
     // For the memories and registers of this target: the open driver record; throws while it is closed.
     _maxqd_t* driver();
     // Asserts reset and chooses what starts at its release, which is the caller's to do.
@@ -138,9 +152,12 @@ protected:
 private:
     void loaderCommand(const unsigned char* bytes, unsigned count);
     bool pollStopped();
+    bool findStop();
+    bool atBreakpoint();
+    void leaveStop();
+    void noteValues();
     void writeDebugRegister(unsigned which, uint32_t value, unsigned bytes);
     uint32_t readDebugRegister(unsigned which, unsigned bytes);
-    unsigned count(bool code) const;
     void breakpointsChanged();
 
     PropertyClass m_eraseTimeoutClass;
@@ -148,14 +165,18 @@ private:
     TargetInterfacePropertyValue m_eraseTimeout;
     TargetInterfacePropertyValue m_traceEnabled;
     bool m_connected = false;
-    bool m_stopped = false; // the CPU is known to be stopped in the debug engine
+    bool m_stopped = false;   // the CPU is known to be stopped in the debug engine
+    bool m_stopAsked = false; // by stop() or by a step: no breakpoint's doing
+    bool m_stepping = false;
+    bool m_session = false; // a debugger looks at the program
+    bool m_lost = false;    // the link failed in a session
     int m_debugAccessDepth = 0;
     bool m_wasStopped = false; // when the depth left 0
     std::unique_ptr<MAXQ30JTAGCodeMemoryInterface> m_codeMemory;
     std::unique_ptr<MAXQ30JTAGDataMemoryInterface> m_dataMemory;
     std::unique_ptr<MAXQ30JTAGLoaderMemoryInterface> m_loaderMemory; // null outside a load
     std::unique_ptr<MAXQ30JTAGRegisters> m_registers;
-    std::vector<HBreakpoint*> m_breakpoints; // each once, in the order of setting; not owned
+    JTAGBreakpoints m_breakpoints;
     HBreakpoint* m_matched = nullptr;
     MAXQ30BootloaderInformation m_bootloader;
 };

@@ -95,7 +95,7 @@ void MAXQ30Simulator::connect(bool)
     }
     initialiseLibrary();
     SimulatedHMonitor::connect();
-    askForMore();
+    askForCallbacks();
     for (const MemoryMapElement* segment : segments)
         if (segment->name() == QLatin1String("FLASH"))
             setExecutionCountRange(segment->address(), segment->size());
@@ -132,18 +132,20 @@ void MAXQ30Simulator::initialiseLibrary()
         throw HException(SettingMissing);
     romFile = expanded(romFile);
     m_initialiseError.clear();
-    if (m_simif->initialise(this, parameter.toLatin1().constData(), romFile.toLatin1().constData()))
+    if (m_simif->initialise(this, parameter.toLatin1().constData(), romFile.toLatin1().constData())) {
+        auto runner = reinterpret_cast<RunnerOfMAXQSIM>(QTx::getDLLAddress(m_handle, "runnerOfMAXQSIM"));
+        m_runner = runner ? runner(m_simif) : nullptr;
         return;
+    }
     // What the library says of it helps more than the fixed text.
     HException failure("Cannot open utility ROM hex file " + romFile);
     failure.setHint(m_initialiseError.toStdString());
     throw failure;
 }
 
-// What a library may offer besides: callbacks behind the first six, and many steps in one call.
-void MAXQ30Simulator::askForMore()
+// Callbacks behind the first six, which a library may offer.
+void MAXQ30Simulator::askForCallbacks()
 {
-    m_runAhead = reinterpret_cast<RunMAXQSIMAhead>(QTx::getDLLAddress(m_handle, "runMAXQSIMAhead"));
     auto extend =
         reinterpret_cast<ExtendMAXQSIMCallBacks>(QTx::getDLLAddress(m_handle, "extendMAXQSIMCallBacks"));
     if (!extend)
@@ -168,7 +170,7 @@ void MAXQ30Simulator::closeLibrary()
     QTx::unloadDLL(m_handle);
     m_simif = nullptr;
     m_handle = nullptr;
-    m_runAhead = nullptr;
+    m_runner = nullptr;
     m_ownsLibrary = false;
 }
 

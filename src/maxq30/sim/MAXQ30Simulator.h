@@ -26,13 +26,12 @@ public:
     void checkReset() override;
     void checkIRQ() override {} // the library delivers interrupts itself
     unsigned singleStep() override;
-    bool canRunAhead() const override { return m_runAhead; }
-    void runAhead(MAXQSIMRunAhead& run) override { m_runAhead(m_simif, &run); }
+    MAXQSIMRunner* runner() override { return m_runner; }
 
 private:
     void openLibrary();
     void initialiseLibrary();
-    void askForMore();
+    void askForCallbacks();
     void closeLibrary();
     QString setting(const char* name) const;
 
@@ -51,8 +50,8 @@ private:
     std::unique_ptr<MAXQ30SimulatorRegisters> m_registers;
     std::unique_ptr<MAXQ30CodeMemory> m_codeMemory;
     std::unique_ptr<MAXQ30DataMemory> m_dataMemory;
-    bool m_ownsLibrary = false;           // the connection below is this target's
-    RunMAXQSIMAhead m_runAhead = nullptr; // null when the library has none
+    bool m_ownsLibrary = false;        // the connection below is this target's
+    MAXQSIMRunner* m_runner = nullptr; // the library's; null when it has none
     QByteArray m_initialiseError;
 
     static MAXQSIMInterface* m_simif;

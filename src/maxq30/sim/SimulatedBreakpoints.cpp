@@ -13,8 +13,8 @@ bool touches(const HBreakpoint* b, uint32_t address, uint32_t length)
 
 bool triggersOn(const HBreakpoint* b, bool read)
 {
-    return b->trigger == SimulatedBreakpoints::ReadWrite ||
-           b->trigger == (read ? SimulatedBreakpoints::Read : SimulatedBreakpoints::Write);
+    return b->trigger == HBreakpoint::ReadWrite ||
+           b->trigger == (read ? HBreakpoint::Read : HBreakpoint::Write);
 }
 
 // The low bits that an access of so many bytes has.
@@ -23,40 +23,20 @@ uint32_t bitsOf(unsigned length)
     return length >= 4 ? 0xFFFFFFFF : (1u << 8 * length) - 1;
 }
 
-bool compare(int comparison, uint32_t left, uint32_t right)
-{
-    switch (comparison) {
-    case HBreakpoint::Equal: return left == right;
-    case HBreakpoint::GreaterOrEqual: return left >= right;
-    case HBreakpoint::LessOrEqual: return left <= right;
-    case HBreakpoint::NotEqual: return left != right;
-    case HBreakpoint::Less: return left < right;
-    case HBreakpoint::Greater: return left > right;
-    }
-    return false;
-}
-
-// On the low `length` bytes of both sides.
-bool meetsValue(const HBreakpoint* b, unsigned length, uint32_t accessed)
-{
-    uint32_t bits = b->mask & bitsOf(length);
-    return compare(b->comparison, accessed & bits, b->value & bits);
-}
-
 bool matchesCode(const HBreakpoint* b, uint32_t pc)
 {
-    return b->enabled && b->trigger == SimulatedBreakpoints::Execute && touches(b, pc, 1) != b->inverted;
+    return b->enabled && b->trigger == HBreakpoint::Execute && touches(b, pc, 1) != b->inverted;
 }
 
 bool matchesRegister(const HBreakpoint* b, unsigned number, unsigned length, unsigned value, bool read)
 {
     return b->enabled && b->isRegister && b->address == number && triggersOn(b, read) &&
-           (!b->hasValue || meetsValue(b, length, value));
+           (!b->hasValue || b->meets(value, length));
 }
 
 bool isData(const HBreakpoint* b)
 {
-    return b->enabled && b->trigger != SimulatedBreakpoints::Execute && !b->isRegister;
+    return b->enabled && b->trigger != HBreakpoint::Execute && !b->isRegister;
 }
 
 // As matchesData, and an access of four bytes is compared by halves, too: a value of two bytes may lie there.
@@ -136,12 +116,13 @@ void SimulatedBreakpoints::refresh()
     m_ranges.clear();
     m_values.clear();
     m_registers.clear();
-    m_chains = false;
+    m_chains = m_codeEverywhere = m_dataEverywhere = false;
+    ++m_generation;
     for (HBreakpoint* b : m_list) {
         m_chains |= b->chainFrom != nullptr;
         if (!b->enabled)
             continue;
-        if (b->trigger == Execute) {
+        if (b->trigger == HBreakpoint::Execute) {
             noteCode(b);
             m_code.push_back(b);
         } else if (b->isRegister) {
@@ -156,6 +137,7 @@ void SimulatedBreakpoints::noteCode(const HBreakpoint* b)
 {
     if (b->inverted || b->length > LongestNoted) {
         m_codePlaces.setAll();
+        m_codeEverywhere = true;
         return;
     }
     for (uint32_t offset = 0; offset < b->length; ++offset)
@@ -172,6 +154,7 @@ void SimulatedBreakpoints::noteData(HBreakpoint* b)
         m_ranges.push_back(b);
     if ((b->inverted && !b->hasValue) || b->length >= Places) {
         m_dataPlaces.setAll();
+        m_dataEverywhere = true;
         return;
     }
     uint32_t first = b->address - (LongestAccess - 1);
@@ -198,6 +181,24 @@ void SimulatedBreakpoints::noteValue(const HBreakpoint* b)
     case HBreakpoint::LessOrEqual: place->tests.push_back({bits, 0, value, false}); break;
     case HBreakpoint::Greater: place->tests.push_back({bits, 0, value, true}); break;
     }
+}
+
+std::vector<unsigned> SimulatedBreakpoints::codeAddresses() const
+{
+    std::vector<unsigned> addresses;
+    for (const HBreakpoint* b : m_code)
+        for (uint32_t offset = b->address & 1; offset < b->length; offset += 2)
+            addresses.push_back(b->address + offset);
+    return addresses;
+}
+
+std::vector<MAXQSIMDataRange> SimulatedBreakpoints::dataRanges() const
+{
+    std::vector<MAXQSIMDataRange> ranges;
+    for (const HBreakpoint* b : m_data)
+        if (b->length)
+            ranges.push_back({b->address, b->address + std::min(b->length - 1, UINT32_MAX - b->address)});
+    return ranges;
 }
 
 bool SimulatedBreakpoints::arms(const HBreakpoint* b) const
@@ -257,7 +258,7 @@ bool SimulatedBreakpoints::matchesData(const HBreakpoint* b, unsigned address, u
         return false;
     if (!b->hasValue)
         return touches(b, address, length) != b->inverted;
-    return b->address == address && b->length == length && meetsValue(b, length, value);
+    return b->address == address && b->length == length && b->meets(value, length);
 }
 
 // A long access meets a value of two bytes in either half.

@@ -7,14 +7,13 @@
 #pragma once
 
 #include "debug/monitor/HBreakpoint.h"
+#include "sim/maxqsim.h"
 
 #include <array>
 #include <vector>
 
 class SimulatedBreakpoints {
 public:
-    enum Trigger { Execute, Read, Write, ReadWrite };
-
     void add(HBreakpoint* breakpoint);
     // Drops a match of the breakpoint, too.
     void remove(HBreakpoint* breakpoint);
@@ -29,9 +28,14 @@ public:
 
     // False when matchCode would find nothing at this address.
     bool mayMatchCode(uint32_t pc) const { return m_codePlaces[codePlace(pc)]; }
-    // What mayMatchCode looks up, as a table by word address & placeMask(); it stays up to date.
-    const unsigned char* places() const { return m_codePlaces.data(); }
-    static constexpr unsigned placeMask() { return Places - 1; }
+    // Changes whenever one of the following may have.
+    unsigned generation() const { return m_generation; }
+    // The even addresses at which matchCode finds something; not to be asked when that is nearly everywhere.
+    bool matchesCodeEverywhere() const { return m_codeEverywhere; }
+    std::vector<unsigned> codeAddresses() const;
+    // Accesses that touch none of these match nothing; not to be asked when nearly all may match.
+    bool matchesDataEverywhere() const { return m_dataEverywhere; }
+    std::vector<MAXQSIMDataRange> dataRanges() const;
     // False when no access of up to four bytes from this address can match.
     bool mayMatchData(uint32_t address) const { return m_dataPlaces[dataPlace(address)]; }
     bool watchesRegisters() const { return !m_registers.empty(); }
@@ -66,7 +70,6 @@ private:
         void set(unsigned place);
         void setAll();
         unsigned char operator[](unsigned place) const { return m_bytes[place]; }
-        const unsigned char* data() const { return m_bytes.data(); }
 
     private:
         std::array<unsigned char, Places> m_bytes{};
@@ -84,8 +87,8 @@ private:
         bool reads, writes;
         std::vector<Test> tests;
     };
-    static unsigned codePlace(uint32_t address) { return address >> 1 & placeMask(); }
-    static unsigned dataPlace(uint32_t address) { return address >> 2 & placeMask(); }
+    static unsigned codePlace(uint32_t address) { return address >> 1 & (Places - 1); }
+    static unsigned dataPlace(uint32_t address) { return address >> 2 & (Places - 1); }
     void noteCode(const HBreakpoint* b);
     void noteData(HBreakpoint* b);
     void noteValue(const HBreakpoint* b);
@@ -107,5 +110,8 @@ private:
     std::vector<HBreakpoint*> m_ranges; // of these, those without a value
     std::vector<Values> m_values;       // and those with one
     std::vector<unsigned> m_registers;
+    unsigned m_generation = 0;
+    bool m_codeEverywhere = false;
+    bool m_dataEverywhere = false;
     bool m_chains = false; // some breakpoint is to be armed by another
 };

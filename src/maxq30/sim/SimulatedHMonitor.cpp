@@ -18,7 +18,9 @@ namespace {
 
 constexpr int SimulatorCapabilities = 0x2BF;
 constexpr unsigned RoundsBetweenEvents = 300;
-constexpr unsigned RoundsOfSlice = 10'000; // between looks at the clock
+constexpr unsigned MostRoundsBetweenEvents = RoundsBetweenEvents << 12;
+constexpr qint64 EventNanoseconds = 200'000; // between events, when the processor is that fast
+constexpr unsigned RoundsOfSlice = 10'000;   // between looks at the clock
 constexpr qint64 SliceMilliseconds = 2;
 
 constexpr const char* ErrorTexts[SimulatedHMonitor::NoError] = {
@@ -31,8 +33,6 @@ constexpr const char* ErrorTexts[SimulatedHMonitor::NoError] = {
     "Unaligned access on word read",
     "Unaligned access on word write",
 };
-
-constexpr const char* TriggerTexts[] = {"Execute", "Read", "Write", "Read/Write"};
 
 } // namespace
 
@@ -64,11 +64,14 @@ void SimulatedHMonitor::connect()
     if (enablePeripheralFile() && !file.isEmpty())
         m_peripherals = std::make_unique<PeripheralSimulator>(
             MacroSystem::replaceMacros(macroSystem.globalMacros(true), file), this);
+    m_counts.setProcessor(runner());
     m_connected = true;
 }
 
 void SimulatedHMonitor::disconnect()
 {
+    m_counts.setProcessor(nullptr);
+    m_toldRunner = nullptr;
     m_peripherals.reset();
     clear();
     m_counts.free();
@@ -151,7 +154,8 @@ void SimulatedHMonitor::stepAt(unsigned pc)
 {
     if (m_traceEnabled) [[unlikely]]
         addToInstructionTrace(pc, 0);
-    m_counts.add(pc);
+    if (!runner())
+        m_counts.add(pc);
     if (m_breakpoints.watchesRegisters()) [[unlikely]]
         stepWatchingRegisters();
     else
@@ -248,8 +252,9 @@ void SimulatedHMonitor::run(bool blocking)
     TargetRegisterInterface* file = registers();
     QElapsedTimer time;
     time.start();
+    unsigned betweenEvents = RoundsBetweenEvents;
     auto roundsToPause = [&] {
-        return blocking ? RoundsBetweenEvents - m_loopCount % RoundsBetweenEvents : RoundsOfSlice;
+        return blocking ? betweenEvents - m_loopCount % RoundsBetweenEvents : RoundsOfSlice;
     };
     unsigned untilPause = roundsToPause();
     while (true) {
@@ -261,6 +266,10 @@ void SimulatedHMonitor::run(bool blocking)
                 // An event may have done anything a debugger does: edited breakpoints, reset, disconnected.
                 m_breakpoints.refresh();
                 file = registers();
+                bool early = runner() && time.nsecsElapsed() < EventNanoseconds;
+                betweenEvents = early ? std::min(2 * betweenEvents, MostRoundsBetweenEvents)
+                                      : std::max(betweenEvents / 2, RoundsBetweenEvents);
+                time.start();
             } else if (time.hasExpired(SliceMilliseconds)) {
                 return;
             }
@@ -284,8 +293,8 @@ void SimulatedHMonitor::run(bool blocking)
         if (endsAfterStep())
             return;
         // Rounds in which nothing but a step can happen are done in one go, up to the next pause.
-        if (untilPause > 1 && canRunAhead() && !m_passFirst && !m_traceEnabled &&
-            !m_breakpoints.watchesRegisters()) {
+        if (untilPause > 1 && runner() && !m_passFirst && !m_traceEnabled &&
+            !m_breakpoints.watchesRegisters() && !m_breakpoints.matchesCodeEverywhere()) {
             untilPause -= stepAhead(untilPause - 1);
             if (endsAfterStep())
                 return;
@@ -297,22 +306,35 @@ void SimulatedHMonitor::run(bool blocking)
 // and behind one that brought a match, an error or a stop.
 unsigned SimulatedHMonitor::stepAhead(unsigned maximum)
 {
-    m_ahead = {maximum,
-               m_breakpoints.places(),
-               SimulatedBreakpoints::placeMask(),
-               m_counts.counters(),
-               m_counts.base(),
-               m_counts.size(),
-               false,
-               0,
-               0};
-    Bracket counting([this] { // also when a simulated peripheral fails
-        m_loopCount += m_ahead.steps;
-        m_cycleCount += m_ahead.cycles;
+    tellRunner();
+    MAXQSIMRun run{maximum, false, 0, 0, false};
+    Bracket counting([&] { // also when a simulated peripheral fails
+        m_loopCount += unsigned(run.steps);
+        m_cycleCount += unsigned(run.cycles);
     });
-    runAhead(m_ahead);
+    runner()->run(&run);
     counting.end();
-    return m_ahead.steps;
+    return unsigned(run.steps);
+}
+
+// Where the runner has to end, and of which data it has to tell.
+void SimulatedHMonitor::tellRunner()
+{
+    MAXQSIMRunner* runner = this->runner();
+    if (runner == m_toldRunner && m_toldGeneration == m_breakpoints.generation() &&
+        m_toldControlWord == m_controlWord)
+        return;
+    m_toldRunner = runner;
+    m_toldGeneration = m_breakpoints.generation();
+    m_toldControlWord = m_controlWord;
+    std::vector<unsigned> stops = m_breakpoints.codeAddresses();
+    runner->setStops(stops.data(), unsigned(stops.size()));
+    std::vector<MAXQSIMDataRange> ranges = m_breakpoints.dataRanges();
+    if (m_controlWord != NoControlWord)
+        ranges.push_back({m_controlWord, m_controlWord + 3});
+    runner->setDataRanges(ranges.data(), unsigned(ranges.size()));
+    if (m_breakpoints.matchesDataEverywhere())
+        runner->setDataRanges(nullptr, 0);
 }
 
 // What the latest step brought: its match is carried out. True when the run is over.
@@ -444,11 +466,6 @@ bool SimulatedHMonitor::removeBreakpoint(HBreakpoint* breakpoint)
 {
     m_breakpoints.remove(breakpoint);
     return true;
-}
-
-const char* SimulatedHMonitor::getTrigger(int trigger)
-{
-    return TriggerTexts[trigger >= 0 && trigger < numTriggers() ? trigger : 0];
 }
 
 bool SimulatedHMonitor::getNextTrace(unsigned int& address, unsigned int& data, unsigned int& cycles)

@@ -3,8 +3,9 @@
 // in by the pure operations.
 //
 // Outside of a debug session go() blocks its caller until the program stops; events are handled once in
-// 300 instructions, so a stop() from an event reaches the loop. In a session go() comes back at once, and the
-// event loop carries the program on in slices of about two milliseconds.
+// 300 instructions, so a stop() from an event reaches the loop, or in a multiple of that when a runner gets
+// there in a fraction of a millisecond. In a session go() comes back at once, and the event loop carries the
+// program on in slices of about two milliseconds.
 #pragma once
 
 #include "debug/monitor/HMonitor.h"
@@ -74,10 +75,10 @@ public:
     HBreakpoint* matched() override { return m_breakpoints.matched(); }
     bool watchStops(StopWatcher* watcher) override;
     bool canChain() override { return true; }
-    int numTriggers() override { return 4; }
-    const char* getTrigger(int trigger) override;
-    int getExecuteTriggerNumber() override { return SimulatedBreakpoints::Execute; }
-    int getWriteTriggerNumber() override { return SimulatedBreakpoints::Write; }
+    int numTriggers() override { return HBreakpoint::NumTriggers; }
+    const char* getTrigger(int trigger) override { return HBreakpoint::triggerName(trigger); }
+    int getExecuteTriggerNumber() override { return HBreakpoint::Execute; }
+    int getWriteTriggerNumber() override { return HBreakpoint::Write; }
     int numActions() override { return 2; }
     const char* getAction(int action) override { return action == TraceAction ? "Trace" : "Stop"; }
     int getStopActionNumber() override { return StopAction; }
@@ -103,9 +104,8 @@ public:
     virtual void checkReset() = 0;
     virtual void checkIRQ() = 0;
     virtual unsigned singleStep() = 0;
-    // A processor that needs no checkIRQ may do many steps in one call.
-    virtual bool canRunAhead() const { return false; }
-    virtual void runAhead(MAXQSIMRunAhead&) {}
+    // A processor that needs no checkIRQ may do many steps in one call, and counts executions; null without.
+    virtual MAXQSIMRunner* runner() { return nullptr; }
 
     int numBreakpoints() const { return m_breakpoints.count(); }
     unsigned matchedAddress() const { return m_breakpoints.matchedAddress(); }
@@ -139,8 +139,7 @@ public:
     void matchDataBreakPoint(unsigned int address, unsigned int length, unsigned int value, bool read)
     {
         m_breakpoints.matchData(address, length, value, read);
-        if (m_breakpoints.matched())
-            interruptRun();
+        interruptOnMatch();
     }
     bool matchDataBreakPoint(HBreakpoint* b, unsigned int address, unsigned int length, unsigned int value,
                              bool read)
@@ -175,8 +174,19 @@ private:
     void run(bool blocking);
     void stepAt(unsigned pc);
     unsigned stepAhead(unsigned maximum);
+    void tellRunner();
     bool endsAfterStep();
-    void interruptRun() { m_ahead.interrupted = true; }
+    void interruptRun()
+    {
+        if (MAXQSIMRunner* runner = this->runner())
+            runner->interrupt();
+    }
+    // Also when the match has armed another breakpoint, of which the runner does not know yet.
+    void interruptOnMatch()
+    {
+        if (m_breakpoints.matched() || m_breakpoints.generation() != m_toldGeneration)
+            interruptRun();
+    }
     void stepWatchingRegisters();
     void evaluateMatch();
     bool goesOnAfterMatch(HBreakpoint* matched);
@@ -218,7 +228,9 @@ private:
     QTimer m_slices;
     std::exception_ptr m_failure; // of a slice, until it is told
 
-    MAXQSIMRunAhead m_ahead{}; // the steps that are being done in one call
+    MAXQSIMRunner* m_toldRunner = nullptr; // what the runner knows
+    unsigned m_toldGeneration = 0;
+    uint32_t m_toldControlWord = NoControlWord;
     unsigned m_loopCount = 0;
     unsigned m_cycleCount = 0;
     std::unique_ptr<PeripheralSimulator> m_peripherals;

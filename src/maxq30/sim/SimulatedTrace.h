@@ -2,10 +2,13 @@
 // Each has a cursor, with which a reader goes through it once.
 #pragma once
 
+#include "sim/maxqsim.h"
+
 #include <cstdint>
 #include <cstdlib>
 #include <deque>
 #include <memory>
+#include <vector>
 
 class SimulatedTrace {
 public:
@@ -28,7 +31,8 @@ private:
     size_t m_cursor = 0;
 };
 
-// A counter for each byte address of a range. Counters that were never used take no memory.
+// A counter for each byte address of a range. Counters that were never used take no memory. A processor that
+// counts by itself is asked as well.
 class ExecutionCounts {
 public:
     // Ranges up to this many bytes can be counted.
@@ -43,15 +47,15 @@ public:
         if (address - m_base < m_size)
             ++m_counts[address - m_base];
     }
-    // The counters, for whoever counts many at once.
-    unsigned* counters() { return m_counts.get(); }
-    uint32_t base() const { return m_base; }
-    uint32_t size() const { return m_size; }
-    void rewind() { m_cursor = 0; }
+    // Null when executions are told by `add` alone; not owned.
+    void setProcessor(MAXQSIMRunner* processor);
+    void rewind();
     // The next address that was executed; false at the end.
     bool next(unsigned& address, unsigned& count);
 
 private:
+    unsigned count(uint32_t offset);
+
     struct Free {
         void operator()(void* p) const { std::free(p); }
     };
@@ -59,4 +63,7 @@ private:
     uint32_t m_size = 0; // 0 without counters
     uint32_t m_cursor = 0;
     std::unique_ptr<unsigned[], Free> m_counts;
+    MAXQSIMRunner* m_processor = nullptr;
+    std::vector<MAXQSIMCount> m_fetched; // of the processor, from this address on
+    uint32_t m_fetchedFrom = 0;
 };

@@ -98,5 +98,7 @@ void ESCollector::collect()
     }
     g_wanted = false;
     g_fresh = 0;
-    g_threshold = std::max(LeastGarbage, alive / 2);
+    // Garbage alone shall not reach the limit.
+    size_t left = ESStringPool::limit() > alive ? ESStringPool::limit() - alive : 0;
+    g_threshold = std::max(LeastGarbage, std::min(alive / 2, left / 2));
 }

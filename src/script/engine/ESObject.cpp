@@ -120,10 +120,6 @@ ESProperty* ESObject::search(ESString* name)
 void ESObject::enter(uint32_t nameIndex, uint32_t slot)
 {
     Table* t = table();
-    if ((t->entered + 1) * 4 > (t->mask + 1) * 3) {
-        rebuildIndex(m_count + 1);
-        t = table();
-    }
     uint32_t at = spread(nameIndex) & t->mask;
     while (t->index[at])
         at = (at + 1) & t->mask;
@@ -215,6 +211,9 @@ uint32_t ESObject::append(ESString* name, unsigned attributes, const ESValue& v)
     if (is(Unmade))
         make();
     uint32_t slot = m_count;
+    // Room in the index comes first: memory may be out, and then nothing has changed.
+    if (isLarge() && table()->index && (table()->entered + 1) * 4 > (table()->mask + 1) * 3)
+        rebuildIndex(m_count + 1);
     if (isLarge() && table()->freeSlot && name) {
         Table* t = table();
         slot = t->freeSlot - 1;

@@ -53,6 +53,7 @@ public:
 
     // Bytes that strings take, and may take at most.
     static size_t bytes() { return g_bytes; }
+    static size_t limit() { return g_limit; }
     static void setLimit(size_t bytes) { g_limit = bytes; }
     // Frees the texts that are not marked, and takes the marks off.
     static void sweep();

@@ -1,6 +1,6 @@
 // Trees and their evaluation, over a parser with a handful of variables.
-#include "VariablesParser.h"
 #include "expression/SimpleExpressionParser.h"
+#include "expression/VariablesParser.h"
 #include "support/Failure.h"
 
 #include <gtest/gtest.h>
