@@ -1,7 +1,7 @@
 // What the two views make of the items of a display.
 #include "debug/evaluation/VariableListBuilder.h"
 #include "driver/console/JavaScriptVariableView.h"
-#include "driver/console/TextVariableView.h"
+#include "driver/session/TextVariableView.h"
 #include "expression/ExpressionType.h"
 #include "script/engine/ESContext.h"
 #include "script/engine/ESStringPool.h"
