@@ -24,8 +24,7 @@ using R = MAXQ30Registers;
 constexpr uint32_t WordAddressMask = 0xFFFFFF; // of a place in code, as it lies on the stack or in a register
 constexpr uint32_t LongestScan = 0x1000;       // bytes of a statement that are looked through in one go
 constexpr uint32_t DefaultEndOfStack = 0x800;
-constexpr unsigned StackEntry = 4; // bytes
-constexpr unsigned StackScan = 2;
+constexpr unsigned StackEntry = 4, StackScan = 2; // bytes
 constexpr int DefaultStackAdjust = 1;
 constexpr unsigned FirstSavedRegister = 2, LastSavedRegister = 15, SavedRegisterBytes = 4;
 constexpr uint32_t StackWindow = 64; // bytes of the stack that are read at once
@@ -52,8 +51,7 @@ constexpr Control Returns[] = {
     {0xCC0D, Taken::IfS},    {0xDC0D, Taken::IfNotZ}, {0xEC0D, Taken::IfNotC}, {0xFC0D, Taken::IfNotE},
 };
 
-constexpr uint16_t JumpMask = 0x7F00;
-constexpr uint16_t CallWord = 0x3D00;
+constexpr uint16_t JumpMask = 0x7F00, CallWord = 0x3D00;
 constexpr Control Jumps[] = {
     {0x0C00, Taken::Always},     {0x1C00, Taken::IfZ},    {0x2C00, Taken::IfC},     {0x3C00, Taken::IfE},
     {0x3D00, Taken::OnStepInto}, {0x4C00, Taken::IfS},    {0x4D00, Taken::IfLoop0}, {0x5C00, Taken::IfNotZ},
