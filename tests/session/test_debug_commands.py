@@ -216,7 +216,8 @@ class Commands(SessionTest):
         for typed, shown in (("p/d table[3]\r", "table[3]=4"), ("b program.s:%d\r" % line("CMP"), ""), ("c\r", "CMP"),
                              ("\r", "CMP"), ("info locals\r", "index=0x00000002"), ("p ta\t\r", "table=[0x00000001"),
                              ("Debug.print('orig\t')\r", "origin={x=0x0003"),
-                             ("bt\r", "start()"), ("x/4 table\r", "01 00 00 00"), ("f 9 9\r", "usage: f [NUMBER]"),
+                             ("bt\r", "start()"), ("x/4 table\r", "01 00 00 00"),
+                             ("x/2 twice\r", "09 99"), ("f 9 9\r", "usage: f [NUMBER]"),
                              ("var n = 3\r", ""), ("n\r", ""), ("Debug.echo('n is ' + n)\r", "n is 3"),
                              ("p nowhere\r", "nowhere symbol not found"), ("help\r", "Debug.breakexpr(")):
             terminal.type(typed)

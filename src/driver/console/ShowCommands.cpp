@@ -8,6 +8,7 @@
 #include "driver/session/Loader.h"
 #include "expression/ExpressionType.h"
 #include "support/HException.h"
+#include "zoff/ZOFFType.h"
 
 #include <algorithm>
 #include <cmath>
@@ -132,19 +133,18 @@ ESValue DebugCommands::set(Arguments& arguments)
     return g_undefined;
 }
 
-// The address that an expression names: of an object in memory, or a number. `space` becomes "Code" for an
-// object in code memory.
+// The address that an expression names: of an object in memory or a function, or a number. `space` becomes
+// "Code" for what lies in code memory.
 uint64_t DebugCommands::addressOf(const QString& expression, QString& space) const
 {
     ExpressionType value;
     debugger().evaluateExpression(m_view.context(), expression, value);
-    if (auto* marker = dynamic_cast<DebugMarkerType*>(value.getMarker()); marker && marker->isMemory()) {
-        if (marker->kind == DebugMarkerType::Code)
-            space = QStringLiteral("Code");
+    auto* marker = dynamic_cast<DebugMarkerType*>(value.getMarker());
+    if (marker && (marker->kind == DebugMarkerType::Code || (marker->type && marker->type->isFunction())))
+        space = QStringLiteral("Code");
+    if (marker && marker->isMemory())
         return marker->location();
-    }
-    if (auto* marker = dynamic_cast<DebugMarkerType*>(value.getMarker());
-        marker && marker->kind == DebugMarkerType::Constant)
+    if (marker && marker->kind == DebugMarkerType::Constant)
         return marker->address + uint64_t(int64_t(marker->offset));
     value.evaluate();
     if (!value.isNumberType())
