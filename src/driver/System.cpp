@@ -1,6 +1,8 @@
 #include "driver/System.h"
 
 #include "debug/SymbolicDebuggerInterface.h"
+#include "driver/dap/DapServer.h"
+#include "driver/session/Hints.h"
 #include "driver/session/Interrupt.h"
 #include "driver/session/Release.h"
 #include "driver/terminal/StandardOutput.h"
@@ -83,6 +85,18 @@ int System::exec(int argc, char** argv)
         StandardOutput::write(RELEASE_version(m_programName) + QLatin1Char('\n'));
         return m_exitStatus;
     }
+    if (m_options.dap)
+        return runAdapter();
+    try {
+        return execUnderstood();
+    } catch (HException& failure) {
+        addHint(failure);
+        throw;
+    }
+}
+
+int System::execUnderstood()
+{
     m_steps.selectTarget();
     if (m_options.listProperties) {
         listProperties();
@@ -168,6 +182,25 @@ void System::printUsage() const
     fputs(Options::usage(m_options.help).toLocal8Bit().constData(), stderr);
 }
 
+// Whatever writes to standard output by itself would break the protocol, so it gets standard error.
+int System::runAdapter()
+{
+    int output = dup(STDOUT_FILENO);
+    dup2(STDERR_FILENO, STDOUT_FILENO);
+    Adapter::Session session{
+        m_loader,
+        m_options,
+        m_steps,
+        m_run,
+        m_face,
+        [this] { m_loader.targetInterface()->installScriptObject(m_scriptSystem.context()); },
+        [this](const QString& text) { execScript(text); }};
+    int status = DapServer::run(session, STDIN_FILENO, output);
+    m_face.setFace(m_terminalFace);
+    close(output);
+    return status;
+}
+
 int System::runSession()
 {
     Interrupt interrupt;
@@ -219,9 +252,24 @@ void System::onInterrupt()
     }
 }
 
+// On lines behind the failure: what to try, and how the device was left.
+void System::addHint(HException& failure) const
+{
+    QStringList lines;
+    if (!failure.hint().empty())
+        lines += QString::fromStdString(failure.hint());
+    if (QString hint = hintFor(failure.text()); !hint.isEmpty())
+        lines += hint;
+    if (QString state = m_loader.deviceState(); !state.isEmpty())
+        lines += state;
+    failure.setHint(lines.join(QLatin1Char('\n')).toStdString());
+}
+
 void System::endInterrupted()
 {
     report->stream << "interrupted\n";
+    if (QString state = m_loader.deviceState(); !state.isEmpty())
+        report->stream << state.toLocal8Bit().constData() << "\n";
     m_exitStatus = Interrupt::ExitStatus;
 }
 

@@ -22,6 +22,7 @@
 
 #include <functional>
 
+class HException;
 class ProjectElement;
 
 class System : public QObject, private TextTargetIOServerTerminal::Observer {
@@ -61,7 +62,10 @@ private:
     bool goesOnAllTheSame() const;
     void printUsage() const;
     void listProperties();
+    int execUnderstood();
     int runSession();
+    void addHint(HException& failure) const;
+    int runAdapter();
     void endInterrupted();
     void startProgram();
     void onInterrupt();

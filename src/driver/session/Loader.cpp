@@ -133,7 +133,8 @@ void Loader::checkOverlap()
 {
     m_loadFiles.sort();
     if (m_loadFiles.overlap())
-        throw HException("cannot download multiple load files because they overlap");
+        throw HException("cannot download multiple load files because they overlap")
+            .setHint(m_loadFiles.overlapText());
 }
 
 void Loader::downloadLoadFiles()
@@ -143,15 +144,23 @@ void Loader::downloadLoadFiles()
     for (const LoadFileListItem& item : m_loadFiles.items())
         target->checkLoadFileFits(item.file);
     LoadBracket bracket(target);
+    m_deviceState = QStringLiteral("partly erased");
     if (target->loaderEraseAll())
         target->eraseAll();
     else
         for (const LoadFileListItem& item : m_loadFiles.items())
             target->eraseLoadFile(item.file, item.name.c_str(), false);
-    for (const LoadFileListItem& item : m_loadFiles.items())
+    m_deviceState = QStringLiteral("erased");
+    m_donePart = 0;
+    for (const LoadFileListItem& item : m_loadFiles.items()) {
+        m_programmedFile = Path(item.name).fileName();
         target->downloadLoadFile(item.file, item.name.c_str(), false);
+        m_deviceState = QStringLiteral("erased, and programmed as far as %1").arg(m_programmedFile);
+        m_programmedFile.clear();
+    }
     target->flushMemoryInterfaces();
     bracket.end();
+    m_deviceState.clear();
 }
 
 void Loader::verifyLoadFiles()
@@ -171,9 +180,23 @@ void Loader::verifyLoadFiles()
 // Progress is reported between any two pieces of work, so this is where an interrupt is noticed.
 void Loader::progress(int done, int total, const char* label, const char* unit, bool)
 {
+    if (label || total > 0)
+        m_total = total > 0 ? total : 0;
+    if (!m_programmedFile.isEmpty() && m_total > 0 && done >= 0)
+        m_donePart = 100 * double(done) / m_total;
     Interrupt::check();
     if (!m_quiet)
         m_face.progress(done, total, label, unit);
+}
+
+QString Loader::deviceState() const
+{
+    if (m_deviceState.isEmpty())
+        return {};
+    QString text = QLatin1String("the device was left ") + m_deviceState;
+    if (!m_programmedFile.isEmpty())
+        text += QStringLiteral(", with %1 programmed up to %2%").arg(m_programmedFile).arg(int(m_donePart));
+    return text;
 }
 
 void Loader::tellSummary(bool downloaded, bool verified, qint64 milliseconds)

@@ -7,6 +7,7 @@
 #include "project/BuildSystem.h"
 #include "project/ProjectSystem.h"
 #include "support/HException.h"
+#include "support/Nearest.h"
 #include "support/Numbers.h"
 
 #include <QElapsedTimer>
@@ -125,7 +126,14 @@ void SessionSteps::applyPropertySetting(const QString& setting)
             property->setValue(setting.mid(equals + 1));
             return;
         }
-    throw HException(QLatin1String("unknown property: ") + name);
+    HException failure(QLatin1String("unknown property: ") + name);
+    QStringList names;
+    for (PropertyValue* property : properties)
+        names.append(property->propertyClass()->shortDescription());
+    const QString meant = nearestName(name, names);
+    if (!meant.isEmpty())
+        failure.setHint("did you mean \"" + meant.toStdString() + "\"?");
+    throw failure;
 }
 
 void SessionSteps::selectFileType()
