@@ -240,10 +240,21 @@ TEST(JTAGTarget, DataStopsAreLookedAtInMemory)
     target.go();
     device.take();
     EXPECT_FALSE(stops());
-    EXPECT_EQ(device.take(), "in20 scan in2120 out240 out240 out240 out34 in2280000000010000 out2 in27 ");
+    EXPECT_EQ(device.take(), "in20 scan in290c0020 out4 in2280000000010000 out2 in27 ")
+        << "without the map";
     device.words[0x80] = 0x53;
     EXPECT_TRUE(stops());
     EXPECT_EQ(target.matched(), &one);
+    // A hit to ignore is one at which the condition holds.
+    one.count = 1;
+    target.go();
+    device.words[0x80] = 0;
+    EXPECT_FALSE(stops());
+    EXPECT_EQ(one.count, 1);
+    device.words[0x80] = 3;
+    EXPECT_FALSE(stops());
+    EXPECT_EQ(one.count, 0);
+    EXPECT_TRUE(stops());
     // A record of the link counts as well.
     one.next = &two;
     two.hasValue = true;

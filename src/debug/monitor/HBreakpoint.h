@@ -18,7 +18,7 @@ struct HBreakpoint {
     bool isRegister = false;
     uint32_t length = 1;   // bytes from `address`
     int trigger = 0;       // index into the monitor's triggers
-    int count = 0;         // matches to ignore before a stop
+    int count = 0;         // matches to ignore before a stop; a monitor counts it down
     bool inverted = false; // matches outside the range
     bool hasValue = false; // the access must also meet the comparison
     bool counted = false;  // `limit` applies

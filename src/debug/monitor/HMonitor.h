@@ -61,8 +61,7 @@ public:
     // The breakpoint that stopped the program, or null.
     virtual HBreakpoint* matched() { return nullptr; }
     // From now on the watcher is asked at each match that would stop the program, once its ignore count is
-    // used up; null ends that. False when the target cannot ask, so that stops must be polled for. A monitor
-    // that asks also counts down HBreakpoint::count by itself.
+    // used up; null ends that. False when the target cannot ask, so that stops must be polled for.
     virtual bool watchStops(StopWatcher*) { return false; }
     // Whether a breakpoint can be armed by the match of another.
     virtual bool canChain() { return false; }

@@ -133,6 +133,13 @@ HBreakpoint* JTAGBreakpoints::match(uint32_t pc) const
     return met ? met : accessed ? accessed : plain ? plain : data.back();
 }
 
+bool JTAGBreakpoints::mayPass() const
+{
+    return std::any_of(m_list.begin(), m_list.end(), [](const HBreakpoint* b) {
+        return b->enabled && (b->hasValue || b->next || b->count > 0);
+    });
+}
+
 bool JTAGBreakpoints::holds(const HBreakpoint* breakpoint) const
 {
     int records = 0;

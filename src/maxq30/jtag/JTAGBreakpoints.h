@@ -40,6 +40,8 @@ public:
     bool dataChanged();
     // The record that a stop at `pc`, which nobody has asked for, belongs to; null when there is none.
     HBreakpoint* match(uint32_t pc) const;
+    // Some enabled record may let the program go on: it has a condition, or hits to ignore.
+    bool mayPass() const;
     // The values that a record and its link ask for are there.
     bool holds(const HBreakpoint* breakpoint) const;
 

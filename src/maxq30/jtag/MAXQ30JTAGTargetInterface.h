@@ -160,6 +160,7 @@ private:
     void loaderCommand(const unsigned char* bytes, unsigned count);
     bool pollStopped();
     bool findStop();
+    bool passes(uint32_t pc);
     bool atBreakpoint();
     void leaveStop();
     void noteValues();
