@@ -59,6 +59,8 @@ private:
     void outputFailed() override;
 
     void setupPackages();
+    bool simulated() const;
+    QString deviceState() const;
     bool goesOnAllTheSame() const;
     void printUsage() const;
     void listProperties();
