@@ -5,7 +5,6 @@
 #include "driver/session/Interrupt.h"
 #include "driver/session/Release.h"
 #include "driver/terminal/StandardOutput.h"
-#include "maxq30/sim/SimulatedHMonitor.h"
 #include "project/BuildSystem.h"
 #include "project/EnvironmentSettings.h"
 #include "project/MacroSystem.h"
@@ -132,23 +131,17 @@ void System::setupPackages()
     }
 }
 
-bool System::simulated() const
-{
-    return m_loader.hasTargetInterface() &&
-           dynamic_cast<const SimulatedHMonitor*>(m_loader.targetInterface()) != nullptr;
-}
-
 // How a device was left that does not forget it.
 QString System::deviceState() const
 {
-    return simulated() ? QString() : m_loader.deviceState();
+    return m_loader.simulated() ? QString() : m_loader.deviceState();
 }
 
 // A word that was not understood may have been the one that keeps a board from being erased. The simulator
 // has nothing to lose, and without a terminal there is nobody to ask.
 bool System::goesOnAllTheSame() const
 {
-    if (m_options.errors() == 0 || simulated() || !isatty(STDIN_FILENO) || !isatty(STDERR_FILENO))
+    if (m_options.errors() == 0 || m_loader.simulated() || !isatty(STDIN_FILENO) || !isatty(STDERR_FILENO))
         return true;
     fputs("go on all the same? [y/N] ", stderr);
     char reply[16] = {};

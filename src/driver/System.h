@@ -59,7 +59,6 @@ private:
     void outputFailed() override;
 
     void setupPackages();
-    bool simulated() const;
     QString deviceState() const;
     bool goesOnAllTheSame() const;
     void printUsage() const;
