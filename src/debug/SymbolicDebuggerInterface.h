@@ -17,6 +17,7 @@
 
 class DebuggerBreakpoint;
 class Frame;
+class HitListener;
 class ProjectElement;
 class TargetIOServer;
 class TargetInterface;
@@ -33,6 +34,9 @@ public:
     virtual ~SymbolicDebuggerInterface() = default;
     SymbolicDebuggerInterface(const SymbolicDebuggerInterface&) = delete;
     SymbolicDebuggerInterface& operator=(const SymbolicDebuggerInterface&) = delete;
+
+    // Not owned; null when all breakpoints stop.
+    virtual void setHitListener(HitListener* listener) = 0;
 
     // Neither is owned. The target must be an HMonitor, and both must stay until others are set.
     virtual void setTargetInterface(TargetInterface* target) = 0;
@@ -56,6 +60,8 @@ public:
     virtual bool getSourceLocation(int disassemblyLine, Path& path, int& line) = 0;
     virtual bool getAssemblyLocation(const Path& path, int line, int& disassemblyLine) = 0;
     virtual void locateDisassembly(uint32_t address) = 0;
+    // One instruction, and its length in bytes; a null text and 0 where no code memory is.
+    virtual QString instructionText(uint32_t address, uint32_t& length) = 0;
     virtual void setDisassemblyExecution(bool on) = 0;
 
     // Where a frame stands: the source file's name, its path and the line, or without a known line the
@@ -143,6 +149,8 @@ public:
     virtual bool isStopped() = 0;
 
     virtual void getGlobalVariables(Frame* frame, VariableListBuilder* builder) = 0;
+    // Those that only the file of the frame's pc knows.
+    virtual void getStaticVariables(Frame* frame, VariableListBuilder* builder) = 0;
     virtual void getLocalVariables(Frame* frame, VariableListBuilder* builder) = 0;
     virtual void getParameters(Frame* frame, VariableListBuilder* builder) = 0;
     virtual void getRegisters(Frame* frame, VariableListBuilder* builder) = 0;

@@ -47,6 +47,7 @@ public:
 
     void setTargetInterface(TargetInterface* target) override;
     void setTargetIOServer(TargetIOServer* server) override { m_requests.setServer(server); }
+    void setHitListener(HitListener* listener) override { m_run.setHitListener(listener); }
 
     unsigned numcalls() override { return m_frames.count(); }
     Frame* getFrame(unsigned number) override { return m_frames.at(number); }
@@ -62,6 +63,7 @@ public:
     bool getSourceLocation(int disassemblyLine, Path& path, int& line) override;
     bool getAssemblyLocation(const Path& path, int line, int& disassemblyLine) override;
     void locateDisassembly(uint32_t address) override { m_disassembly.locate(address); }
+    QString instructionText(uint32_t address, uint32_t& length) override;
     void setDisassemblyExecution(bool on) override { m_disassembly.setExecutionMarks(on); }
 
     bool locate(Frame* frame, QString& name, Path& path, QString& function, int& line,
@@ -119,6 +121,7 @@ public:
     bool isStopped() override;
 
     void getGlobalVariables(Frame* frame, VariableListBuilder* builder) override;
+    void getStaticVariables(Frame* frame, VariableListBuilder* builder) override;
     void getLocalVariables(Frame* frame, VariableListBuilder* builder) override;
     void getParameters(Frame* frame, VariableListBuilder* builder) override;
     void evaluateExpression(const ExpressionContext& context, const QString& expression, const QString& name,
@@ -195,6 +198,8 @@ protected:
     {
         return uint32_t(getRegister(unsigned(registerNumber)));
     }
+    // Throws ParserException where the context refuses it.
+    ExpressionType assign(MarkerType* marker, const ExpressionType& value) override;
     // Expressions are about the frame from here on.
     void setContext(const ExpressionContext& context);
 

@@ -115,6 +115,14 @@ void ZOFFDebugger::dumpMemory(const QString& space, uint32_t address, unsigned c
             dumpLine(formatAddress(address + at), bytes.data() + at, std::min(DumpColumns, count - at)));
 }
 
+QString ZOFFDebugger::instructionText(uint32_t address, uint32_t& length)
+{
+    uint32_t low = 0, high = 0, target = 0;
+    bool isJump = false;
+    length = 0;
+    return m_code.range(address, low, high) ? disassemble(address, length, isJump, target) : QString();
+}
+
 uint32_t ZOFFDebugger::addressAdd(uint32_t address, uint32_t count)
 {
     uint32_t low = 0, high = 0;

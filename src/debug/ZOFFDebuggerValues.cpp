@@ -106,6 +106,13 @@ DebuggerBreakpoint* ZOFFDebugger::setBreakpoint(const ExpressionContext& context
     return breakpoint;
 }
 
+ExpressionType ZOFFDebugger::assign(MarkerType* marker, const ExpressionType& value)
+{
+    if (m_context.readOnly)
+        throw ParserException("an assignment is not allowed here");
+    return ZOFFExpressionEvaluator::assign(marker, value);
+}
+
 // --- Displays ---------------------------------------------------------------------------------
 
 void ZOFFDebugger::getGlobalVariables(Frame* frame, VariableListBuilder* builder)
@@ -117,6 +124,27 @@ void ZOFFDebugger::getGlobalVariables(Frame* frame, VariableListBuilder* builder
     for (auto& [name, object] : frame->symbols()->module()->symbols())
         if (object->kind() == ZOFFKind::Symbol)
             formatSymbol(static_cast<ZOFFSymbol*>(object), builder);
+}
+
+void ZOFFDebugger::getStaticVariables(Frame* frame, VariableListBuilder* builder)
+{
+    const HString* file = nullptr;
+    int line = 0;
+    if (!frame || !frame->symbols() ||
+        !frame->symbols()->sourceMap().AddressToSource(frame->place(), file, line))
+        return;
+    setFrame(frame);
+    builder->setExpressionContext(m_context);
+    const ZOFFModule& module = *frame->symbols()->module();
+    for (ZOFFSymbol* symbol : module.allSymbols()) {
+        bool local = symbol->scope() && symbol->scope()->kind() != ZOFFKind::Module;
+        bool inFile = symbol->locus() && fileNameOf(symbol->locus()) == file;
+        if (local || !inFile || !symbol->type() || symbol->type()->isFunction())
+            continue;
+        auto found = module.publicSymbols().find(symbol->name());
+        if (found == module.publicSymbols().end() || found->second != symbol)
+            formatSymbol(symbol, builder);
+    }
 }
 
 // An inner name hides an outer one.

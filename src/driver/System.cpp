@@ -1,6 +1,7 @@
 #include "driver/System.h"
 
 #include "debug/SymbolicDebuggerInterface.h"
+#include "driver/dap/DapServer.h"
 #include "driver/session/Hints.h"
 #include "driver/session/Interrupt.h"
 #include "driver/session/Release.h"
@@ -83,6 +84,8 @@ int System::exec(int argc, char** argv)
         StandardOutput::write(RELEASE_version(m_programName) + QLatin1Char('\n'));
         return m_exitStatus;
     }
+    if (m_options.dap)
+        return runAdapter();
     try {
         return execUnderstood();
     } catch (HException& failure) {
@@ -181,6 +184,25 @@ void System::printUsage() const
 {
     RELEASE_printVersionToStderr(m_programName.toLocal8Bit().constData());
     fputs(Options::usage(m_options.help).toLocal8Bit().constData(), stderr);
+}
+
+// Whatever writes to standard output by itself would break the protocol, so it gets standard error.
+int System::runAdapter()
+{
+    int output = dup(STDOUT_FILENO);
+    dup2(STDERR_FILENO, STDOUT_FILENO);
+    Adapter::Session session{
+        m_loader,
+        m_options,
+        m_steps,
+        m_run,
+        m_face,
+        [this] { m_loader.targetInterface()->installScriptObject(m_scriptSystem.context()); },
+        [this](const QString& text) { execScript(text); }};
+    int status = DapServer::run(session, STDIN_FILENO, output);
+    m_face.setFace(m_terminalFace);
+    close(output);
+    return status;
 }
 
 int System::runSession()

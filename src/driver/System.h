@@ -66,6 +66,7 @@ private:
     int execUnderstood();
     int runSession();
     void addHint(HException& failure) const;
+    int runAdapter();
     void endInterrupted();
     void startProgram();
     void onInterrupt();

@@ -1,6 +1,5 @@
 #include "loadfile/LoadFileSection.h"
 
-#include "loadfile/limits.h"
 #include "support/HException.h"
 
 #include <algorithm>
@@ -108,27 +107,22 @@ ExpandingLoadFileSection::~ExpandingLoadFileSection()
         free(m_data);
 }
 
-unsigned char* ExpandingLoadFileSection::expand(uint32_t count)
+void ExpandingLoadFileSection::grow(uint32_t count)
 {
     if (end() + count > LoadFileLimits::AddressSpace)
         throw HException("data beyond the end of the address space");
     uint64_t needed = uint64_t(m_length) + count;
-    if (needed > m_capacity) {
-        uint64_t capacity = std::max<uint64_t>(needed, uint64_t(m_length) + m_length / 2);
-        capacity = std::min<uint64_t>(capacity, UINT32_MAX);
-        // A section of all 2^32 bytes has no 32-bit length; no file is that large (MaxFileSize).
-        if (needed > capacity)
-            throw HException("data beyond the end of the address space");
-        bool inside = m_data == m_inner;
-        auto* grown = static_cast<unsigned char*>(realloc(inside ? nullptr : m_data, capacity));
-        if (!grown)
-            throw std::bad_alloc();
-        if (inside)
-            memcpy(grown, m_inner, m_length);
-        m_data = grown;
-        m_capacity = uint32_t(capacity);
-    }
-    unsigned char* added = m_data + m_length;
-    m_length += count;
-    return added;
+    uint64_t capacity = std::max<uint64_t>(needed, uint64_t(m_length) + m_length / 2);
+    capacity = std::min<uint64_t>(capacity, UINT32_MAX);
+    // A section of all 2^32 bytes has no 32-bit length; no file is that large (MaxFileSize).
+    if (needed > capacity)
+        throw HException("data beyond the end of the address space");
+    bool inside = m_data == m_inner;
+    auto* grown = static_cast<unsigned char*>(realloc(inside ? nullptr : m_data, capacity));
+    if (!grown)
+        throw std::bad_alloc();
+    if (inside)
+        memcpy(grown, m_inner, m_length);
+    m_data = grown;
+    m_capacity = uint32_t(capacity);
 }

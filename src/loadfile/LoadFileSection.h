@@ -1,6 +1,8 @@
 // One contiguous range of a load file: addresses, bytes, and a patch copy on demand.
 #pragma once
 
+#include "loadfile/limits.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -66,13 +68,21 @@ public:
     // Adds `count` uninitialised bytes at the end and returns the address of the first. The buffer
     // grows by half, so many small steps stay linear. Throws HException when the section would
     // reach beyond the last target address.
-    unsigned char* expand(uint32_t count);
+    unsigned char* expand(uint32_t count)
+    {
+        if (count > m_capacity - m_length || end() + count > LoadFileLimits::AddressSpace) [[unlikely]]
+            grow(count);
+        unsigned char* added = m_data + m_length;
+        m_length += count;
+        return added;
+    }
 
     // One past the last address; 2^32 for a section that ends at the last one.
     uint64_t end() const { return uint64_t(m_address) + m_length; }
 
 private:
     static constexpr uint32_t InnerBytes = 32;
+    void grow(uint32_t count);
 
     uint32_t m_capacity = InnerBytes;
     unsigned char m_inner[InnerBytes];

@@ -3,7 +3,7 @@
 #include "support/HException.h"
 
 #include <array>
-#ifdef __SSE2__
+#ifdef __x86_64__
 #include <emmintrin.h>
 #endif
 #include <string>
@@ -25,7 +25,7 @@ constexpr std::array<uint8_t, 256> makeDigits()
 }
 constexpr std::array<uint8_t, 256> Digits = makeDigits();
 
-#ifdef __SSE2__
+#ifdef __x86_64__
 // Sixteen digits to eight bytes. Each lane is tried as a digit and as a letter; what is neither leaves its
 // lane of `valid` clear.
 inline __m128i decodeSixteen(const char* at, __m128i& valid)
@@ -82,7 +82,7 @@ void TextLoadFile::getAsciiHexBytes(Cursor& cursor, size_t count, unsigned char*
     const char* at = cursor.at;
     unsigned total = 0;
     size_t i = 0;
-#ifdef __SSE2__
+#ifdef __x86_64__
     __m128i valid = _mm_set1_epi8(-1);
     for (; i + 8 <= count; i += 8, at += 16) {
         __m128i bytes = decodeSixteen(at, valid);
@@ -112,7 +112,7 @@ void TextLoadFile::getAsciiHexBytes(Cursor& cursor, size_t count, unsigned char*
 
 bool TextLoadFile::getHead(Cursor& cursor, unsigned count, uint64_t& head, uint8_t& sum)
 {
-#ifdef __SSE2__
+#ifdef __x86_64__
     if (cursor.left() < 16)
         return false;
     __m128i valid = _mm_set1_epi8(-1);
@@ -122,11 +122,7 @@ bool TextLoadFile::getHead(Cursor& cursor, unsigned count, uint64_t& head, uint8
     // The first byte is the lowest; what belongs to the data goes out at the top.
     bytes = _mm_sll_epi64(bytes, _mm_cvtsi32_si128(int(64 - 8 * count)));
     sum = uint8_t(sumOfEight(bytes));
-    unsigned char last[8];
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(last), bytes);
-    head = 0;
-    for (unsigned char byte : last)
-        head = head << 8 | byte;
+    head = __builtin_bswap64(uint64_t(_mm_cvtsi128_si64(bytes)));
     cursor.at += 2 * count;
     return true;
 #else
@@ -145,14 +141,11 @@ uint32_t TextLoadFile::getAsciiHexNumber(Cursor& cursor, unsigned count, uint8_t
     return value;
 }
 
-unsigned char* TextLoadFile::store(uint32_t address, uint32_t count)
+void TextLoadFile::beginSection(uint32_t address)
 {
-    if (!m_current || m_current->end() != address) {
-        auto section = std::make_unique<ExpandingLoadFileSection>(std::string(), address);
-        m_current = section.get();
-        m_sections.add(std::move(section));
-    }
-    return m_current->expand(count);
+    auto section = std::make_unique<ExpandingLoadFileSection>(std::string(), address);
+    m_current = section.get();
+    m_sections.add(std::move(section));
 }
 
 void TextLoadFile::appendLineAndThrow(HException& failure) const

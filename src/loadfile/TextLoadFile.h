@@ -37,7 +37,12 @@ protected:
     static bool getHead(Cursor& cursor, unsigned count, uint64_t& head, uint8_t& sum);
 
     // Room for `count` bytes at the address.
-    unsigned char* store(uint32_t address, uint32_t count);
+    unsigned char* store(uint32_t address, uint32_t count)
+    {
+        if (!m_current || m_current->end() != address) [[unlikely]]
+            beginSection(address);
+        return m_current->expand(count);
+    }
 
     // Calls handleLine(Cursor) for each line, its newline included, a line longer than `longest` in
     // pieces, until it answers false; then the result is true, and false when the text ends first.
@@ -53,6 +58,8 @@ protected:
 
 private:
     [[noreturn]] void appendLineAndThrow(class HException& failure) const;
-    class ExpandingLoadFileSection* m_current = nullptr; // owned by m_sections
+    void beginSection(uint32_t address);
+
+    ExpandingLoadFileSection* m_current = nullptr; // owned by m_sections
     int m_line = 1;
 };

@@ -1,9 +1,12 @@
 #include "project/EnvironmentSettings.h"
 #include "project/MacroSystem.h"
 #include "project/PackageSystem.h"
+#include "project/PropertyClass.h"
+#include "project/PropertyValue.h"
 #include "support/HException.h"
-#include "tests/support/Failure.h"
-#include "tests/support/TempDir.h"
+#include "support/Path.h"
+#include "support/Failure.h"
+#include "support/TempDir.h"
 
 #include <QDir>
 
@@ -20,6 +23,8 @@ std::string contents(const std::string& path)
     text << std::ifstream(path).rdbuf();
     return text.str();
 }
+
+} // namespace
 
 TEST(Settings, EntriesSurviveTheFile)
 {
@@ -233,5 +238,3 @@ TEST(PackageSystem, DirectoriesAndTheirFiles)
     EXPECT_EQ(failureOf([] { PackageSystem::createPackageFiles(macroSystem); }),
               "cannot create " + plain + "/targets/frequencies.xml");
 }
-
-} // namespace

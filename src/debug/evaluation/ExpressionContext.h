@@ -10,4 +10,5 @@ struct ExpressionContext {
     Frame* frame = nullptr;
     Path file;
     int line = 0;
+    bool readOnly = false; // an assignment is refused
 };

@@ -144,6 +144,14 @@ ZOFFBreakpoint* BreakpointList::codeAt(uint32_t address) const
     return nullptr;
 }
 
+ZOFFBreakpoint* BreakpointList::stepAt(uint32_t address) const
+{
+    for (const auto& breakpoint : m_code)
+        if (breakpoint->step() && breakpoint->record()->address == address)
+            return breakpoint.get();
+    return nullptr;
+}
+
 bool BreakpointList::stopsAt(uint32_t address)
 {
     bool stops = false;

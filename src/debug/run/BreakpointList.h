@@ -39,6 +39,8 @@ public:
     ZOFFBreakpoint* find(const DebuggerBreakpoint* breakpoint) const;
     // The first that stays, on the instruction at an address.
     ZOFFBreakpoint* codeAt(uint32_t address) const;
+    // That of a step which is to end there.
+    ZOFFBreakpoint* stepAt(uint32_t address) const;
 
     // For a target that is stepped: whether it has to stop in front of the instruction. Counts a match that
     // is ignored.

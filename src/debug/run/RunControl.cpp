@@ -6,6 +6,7 @@
 #include "debug/monitor/HMonitor.h"
 #include "debug/run/BreakpointList.h"
 #include "debug/run/CallFrames.h"
+#include "debug/run/HitListener.h"
 #include "debug/run/ProgramRequests.h"
 #include "debug/run/ZOFFBreakpoint.h"
 #include "support/HException.h"
@@ -171,9 +172,10 @@ std::optional<Stepper::Resume> RunControl::wayOn()
             how = m_stepper.goOnByTarget();
         else if (hit && hit->step())
             how = m_stepper.goOn(*hit);
-        if (!how && hit && hit->record()->count > 0) {
-            --hit->record()->count;
-            how = Stepper::Resume::Go;
+        else if (hit && isPassed(*hit)) {
+            // A step may have come to the same place.
+            ZOFFBreakpoint* step = m_breakpoints.stepAt(hit->record()->address);
+            how = step ? m_stepper.goOn(*step) : Stepper::Resume::Go;
         }
         return how;
     } catch (const DebuggerBreakpointFailure& failure) { // the step ends here
@@ -193,11 +195,29 @@ bool RunControl::goesOn()
     }
 }
 
+// Whether a hit is one that does not stop.
+bool RunControl::isPassed(ZOFFBreakpoint& hit)
+{
+    if (hit.record()->count > 0) {
+        --hit.record()->count;
+        return true;
+    }
+    if (!m_hitListener || hit.temporary())
+        return false;
+    if (m_stopDecided) // from within the run
+        return false;
+    m_frames.locate(m_monitor->registers());
+    m_stopDecided = m_hitListener->stopsAt(&hit);
+    if (!m_stopDecided)
+        m_frames.freeze();
+    return !m_stopDecided;
+}
+
 void RunControl::finishStop()
 {
     m_stepper.end();
     m_breakpoints.removeTemporary(nullptr);
     m_frames.locate(m_monitor->registers());
     m_stopped = true;
-    m_running = m_stopAsked = false;
+    m_running = m_stopAsked = m_stopDecided = false;
 }

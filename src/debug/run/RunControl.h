@@ -10,7 +10,9 @@ class CallFrames;
 class DebuggerHelperFunctions;
 class DebugProcessor;
 class Frame;
+class HitListener;
 class ProgramRequests;
+class ZOFFBreakpoint;
 
 class RunControl : private StopWatcher {
 public:
@@ -22,6 +24,7 @@ public:
     }
     ~RunControl();
     void setMonitor(HMonitor* monitor);
+    void setHitListener(HitListener* listener) { m_hitListener = listener; }
 
     // The target must be a monitor for all of these.
     void start(uint32_t address, bool stop);
@@ -48,6 +51,7 @@ private:
     void carryOn(Stepper::Resume resume);
     bool goesOn() override;
     std::optional<Stepper::Resume> wayOn();
+    bool isPassed(ZOFFBreakpoint& hit);
     bool stoppedByError() const;
     void finishStop();
 
@@ -58,7 +62,9 @@ private:
     Stepper& m_stepper;
     ProgramRequests& m_requests;
     HMonitor* m_monitor = nullptr;
+    HitListener* m_hitListener = nullptr;
     bool m_running = false; // as far as the last poll has seen
     bool m_stopped = false; // for the user to look at
     bool m_stopAsked = false;
+    bool m_stopDecided = false; // by the listener, for the stop that is not found yet
 };

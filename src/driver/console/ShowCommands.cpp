@@ -4,7 +4,7 @@
 #include "driver/console/CommandArguments.h"
 #include "driver/console/DebugCommands.h"
 #include "driver/console/JavaScriptVariableView.h"
-#include "driver/console/TextVariableView.h"
+#include "driver/session/TextVariableView.h"
 #include "driver/session/Loader.h"
 #include "expression/ExpressionType.h"
 #include "support/HException.h"

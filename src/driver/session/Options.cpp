@@ -32,6 +32,8 @@ std::span<const Row> Options::table()
     static const Row rows[] = {
         {"-break", "'symbol'", "Stop at symbol", Run, &Options::breakSymbol},
         {"-config", "'config'", "Use build configuration 'config'", Project, &Options::configuration},
+        {"-dap", nullptr, "Debug a program from an editor, on standard input and output", Run,
+         Row::Flag{&Options::dap, true}, false},
         {"-debug", nullptr, "Do debugging", Run, Row::Flag{&Options::debug, true}},
         {"-filetype", "'type'", "Specify the load file type", Files, &Options::fileType},
         {"-help", nullptr, "Print options help", Output, Row::Flag{&Options::help, true}},

@@ -61,6 +61,7 @@ public:
     bool serve = false;
     QStringList targetArguments{QString()}; // the first stands at the place of argv[0]
     bool debug = false;
+    bool dap = false;
     QString scriptFile;
     QString breakSymbol;
     bool quiet = false;

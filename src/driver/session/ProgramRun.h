@@ -69,8 +69,10 @@ public:
     bool quitting() const { return m_quit; }
     std::optional<int> exitStatus() const { return m_exitStatus; }
 
-private:
+    // Looks at the program now, instead of waiting for the next time that the event loop does.
     void poll();
+
+private:
     void timedPoll();
     bool idle() const;
 

@@ -38,7 +38,7 @@ void ESContext::padArguments(int formalCount, int& argc)
 void ESContext::enter(ESObject* function, ESCode* code, ESScope* scope, ESObject* self, int argc, bool entry,
                       ESObject* made)
 {
-    const ESThread& thread = code->thread();
+    ESThread& thread = code->thread();
     int formals = code->formalCount;
     checkSpace(thread.stackNeed() + (argc > formals ? formals : 0));
 

@@ -8,7 +8,6 @@
 
 #include <cassert>
 #include <cmath>
-#include <typeinfo>
 #include <utility>
 
 namespace {
@@ -107,11 +106,6 @@ void ESContext::rest()
 {
     if (ESCollector::wanted() && !Run::g_blindRuns)
         ESCollector::collect();
-}
-
-bool ESContext::strict() const
-{
-    return m_ask == Ask::EachInstruction && typeid(*this) != typeid(ESContext);
 }
 
 void ESContext::estmt(ESCode* code)

@@ -36,6 +36,9 @@ public:
 
     const QString& text() const { return m_text; }
 
+    // The text of one value. An empty float format is "%g".
+    static QString valueText(const ExpressionType& value, int radix, const QByteArray& floatFormat = {});
+
 private:
     struct Aggregate {
         bool cut;      // by the array limit
@@ -47,7 +50,6 @@ private:
     void beginItem(const QString& name, const QString& typeName);
     Token begin(const QString& name, const ExpressionType& value, const QString& typeName, bool array);
     void end(char16_t bracket);
-    QString valueText(const ExpressionType& value) const;
 
     int m_radix;
     unsigned m_arrayLimit;

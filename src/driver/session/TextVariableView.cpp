@@ -1,4 +1,4 @@
-#include "driver/console/TextVariableView.h"
+#include "driver/session/TextVariableView.h"
 
 #include "expression/ExpressionType.h"
 
@@ -37,11 +37,11 @@ VariableListBuilder::arrayEvalMode TextVariableView::getArrayEvalMode(const QStr
     return ArrayElements;
 }
 
-QString TextVariableView::valueText(const ExpressionType& value) const
+QString TextVariableView::valueText(const ExpressionType& value, int radix, const QByteArray& floatFormat)
 {
-    bool isUnsigned = m_radix == UnsignedRadix;
-    QString text = value.toStr(isUnsigned ? 10 : m_radix, isUnsigned, m_radix == CharacterRadix,
-                               m_floatFormat.constData());
+    bool isUnsigned = radix == UnsignedRadix;
+    QString text = value.toStr(isUnsigned ? 10 : radix, isUnsigned, radix == CharacterRadix,
+                               floatFormat.isEmpty() ? nullptr : floatFormat.constData());
     for (qsizetype at = 0; at < text.size(); ++at)
         if (!isPrinted(text[at]))
             text.replace(at, 1, QStringLiteral("\\u%1").arg(text[at].unicode(), 4, 16, QLatin1Char('0')));
@@ -72,7 +72,7 @@ void TextVariableView::addPrimitive(const QString& name, const QString&, const E
         return;
     beginItem(name, typeName);
     if (m_showValue)
-        m_text += valueText(value);
+        m_text += valueText(value, m_radix, m_floatFormat);
 }
 
 VariableListBuilder::Token TextVariableView::begin(const QString& name, const ExpressionType& value,
