@@ -6,7 +6,6 @@
 #include "driver/session/Interrupt.h"
 #include "driver/session/Release.h"
 #include "driver/terminal/StandardOutput.h"
-#include "maxq30/sim/SimulatedHMonitor.h"
 #include "project/BuildSystem.h"
 #include "project/EnvironmentSettings.h"
 #include "project/MacroSystem.h"
@@ -135,12 +134,17 @@ void System::setupPackages()
     }
 }
 
+// How a device was left that does not forget it.
+QString System::deviceState() const
+{
+    return m_loader.simulated() ? QString() : m_loader.deviceState();
+}
+
 // A word that was not understood may have been the one that keeps a board from being erased. The simulator
 // has nothing to lose, and without a terminal there is nobody to ask.
 bool System::goesOnAllTheSame() const
 {
-    const bool simulated = dynamic_cast<const SimulatedHMonitor*>(m_loader.targetInterface()) != nullptr;
-    if (m_options.errors() == 0 || simulated || !isatty(STDIN_FILENO) || !isatty(STDERR_FILENO))
+    if (m_options.errors() == 0 || m_loader.simulated() || !isatty(STDIN_FILENO) || !isatty(STDERR_FILENO))
         return true;
     fputs("go on all the same? [y/N] ", stderr);
     char reply[16] = {};
@@ -260,7 +264,7 @@ void System::addHint(HException& failure) const
         lines += QString::fromStdString(failure.hint());
     if (QString hint = hintFor(failure.text()); !hint.isEmpty())
         lines += hint;
-    if (QString state = m_loader.deviceState(); !state.isEmpty())
+    if (QString state = deviceState(); !state.isEmpty())
         lines += state;
     failure.setHint(lines.join(QLatin1Char('\n')).toStdString());
 }
@@ -268,7 +272,7 @@ void System::addHint(HException& failure) const
 void System::endInterrupted()
 {
     report->stream << "interrupted\n";
-    if (QString state = m_loader.deviceState(); !state.isEmpty())
+    if (QString state = deviceState(); !state.isEmpty())
         report->stream << state.toLocal8Bit().constData() << "\n";
     m_exitStatus = Interrupt::ExitStatus;
 }

@@ -59,6 +59,7 @@ private:
     void outputFailed() override;
 
     void setupPackages();
+    QString deviceState() const;
     bool goesOnAllTheSame() const;
     void printUsage() const;
     void listProperties();

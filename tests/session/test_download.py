@@ -80,10 +80,12 @@ class Downloads(SessionTest):
         self.write("a.hex", ihex(0, bytes(16)))
         self.write("b.hex", ihex(15, bytes(16)))
         self.expect(self.on_p("a.hex", "b.hex"), 1, out="",
-                    err="error: cannot download multiple load files because they overlap\n\n")
+                    err="error: cannot download multiple load files because they overlap\n\n"
+                        "a.hex and b.hex both have 0x0000000F - 0x0000000F\n")
         self.write("c.hex", ihex(0x7FF8, bytes(16)))
         self.expect(self.on_p("a.hex", "c.hex"), 1, out="", err="error: The 0x00007FF8 - 0x00008007 load section "
-                    "does not fit the target description.\n\n")
+                    "does not fit the target description.\n\n"
+                    "the segments of the project's memory map say what memory the target has\n")
 
     def test_verification_tells_file_and_place(self):
         # Without a download the memory holds what it holds at power-on.

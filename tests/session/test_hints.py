@@ -60,6 +60,27 @@ class Hints(BoardTest):
         self.expect(board.stop(), 0)
         self.assertEqual(board.code(0, len(IMAGE)), bytes([0xFF] * len(IMAGE)))
 
+    def test_a_memory_map_is_held_against_itself_and_the_files(self):
+        self.write("map.xml", """<Root><MemorySegment name="FLASH" addressSpace="CODE" start="0" size="0x100" />
+            <MemorySegment name="MORE" addressSpace="CODE" start="0x100" size="0x100" />
+            <MemorySegment name="RAM" addressSpace="DATA" start="0" /><MemorySegment name="X" addressSpace="ODD"
+            start="0" size="x" /><Sgment name="Y" /></Root>""")
+        self.write("s.kvp", """<!DOCTYPE Anvil_Project_File><solution Name="s" version="2">
+            <configuration Name="Common" Platform="MAXQ30" /><configuration Name="Debug" />
+            <project Name="p"><file file_name="map.xml"><configuration Name="Common" file_type="Memory Map" /></file>
+            </project></solution>""")
+        self.write("fits.bin", bytes(0x200))
+        words = ("-solution", "s.kvp", "-project", "p", "-config", "Debug", "-dryrun", "-loadaddress", "0")
+        faults = ['X": start or size is no 32-bit number', "nobody knows <Sgment>", 'segment "RAM" has no size',
+                  'segment "X" has no size', 'segment "X" is in the unknown address space "ODD"']
+        for target in ("serial_jtag", "sim"):
+            result = self.qburn("-target", target, *words, "small.bin")
+            self.expect(result, 0, err=[*faults])
+            outside = "warning: 0x00000000 - 0x000003FF of small.bin lies outside the memory map\n"
+            self.assertEqual(outside in result.err, target != "sim", result)
+        result = self.qburn("-target", "serial_jtag", *words, "fits.bin")
+        self.assertEqual(result.err.count("warning: "), len(faults), result)
+
     def test_progress_as_lines_and_not_at_all(self):
         first = ("-target", "sim", "-solution", EXAMPLES / "first" / "first.kvp", "-project", "first", "-config",
                  "Debug", "-loadaddress", "0", "small.bin")

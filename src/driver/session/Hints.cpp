@@ -27,8 +27,6 @@ constexpr Hint Hints[] = {
     {"does not fit the target description",
      "the segments of the project's memory map say what memory the target has"},
     {"Bootloader has not started", "check the power and the reset line of the board"},
-    {"The JTAG interface is not responding",
-     "check the power of the board and the cable between it and the adapter"},
     {"open error ", CheckLink},
     {"tcgetattr error ", CheckLink},
     {"No USB Tethers are connected", CheckLink},

@@ -3,6 +3,7 @@
 #include "driver/session/Interrupt.h"
 #include "driver/session/SessionFace.h"
 #include "loadfile/LoadFileFactory.h"
+#include "maxq30/sim/SimulatedHMonitor.h"
 #include "support/HException.h"
 #include "support/Path.h"
 #include "target/TargetInterfaceFactory.h"
@@ -93,6 +94,11 @@ void Loader::addLoadFile(const QString& name)
         file->setLoadAddress(m_loadAddress);
     }
     m_loadFiles.add(file.release(), osPath, true);
+}
+
+bool Loader::simulated() const
+{
+    return dynamic_cast<const SimulatedHMonitor*>(m_target.get()) != nullptr;
 }
 
 TargetInterface* Loader::targetInterface() const

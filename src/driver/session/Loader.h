@@ -38,6 +38,8 @@ public:
     const LoadFileList& loadFiles() const { return m_loadFiles; }
 
     bool hasTargetInterface() const { return m_target != nullptr; }
+    // The target is a simulator: it has nothing to lose, and forgets all.
+    bool simulated() const;
     TargetInterface* targetInterface() const; // throws "No target selected"
     // With the project and configuration whose settings the target reads; both may be empty.
     void connectTarget(ProjectElement* project, const QString& configuration);

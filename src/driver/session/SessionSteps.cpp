@@ -1,11 +1,15 @@
 #include "driver/session/SessionSteps.h"
 
 #include "driver/session/Loader.h"
+#include "driver/session/MemoryMapCheck.h"
 #include "driver/session/Options.h"
+#include "driver/session/SessionFace.h"
 #include "loadfile/LoadFileFactory.h"
 #include "loadfile/LoadFileSections.h"
 #include "project/BuildSystem.h"
+#include "project/MacroSystem.h"
 #include "project/ProjectSystem.h"
+#include "project/memorymap/MemoryMapOpenFiles.h"
 #include "support/HException.h"
 #include "support/Nearest.h"
 #include "support/Numbers.h"
@@ -35,6 +39,7 @@ void SessionSteps::selectFiles()
         selectProject();
     if (!m_options.erase && !m_options.reset)
         collectLoadFiles();
+    checkMemoryMap();
 }
 
 void SessionSteps::load()
@@ -177,6 +182,24 @@ void SessionSteps::selectProject()
     if (!configurations.contains(m_options.configuration))
         throw HException(QStringLiteral("invalid build configuration \"%1\"").arg(m_options.configuration) +
                          list);
+}
+
+// The simulator refuses by itself what the map has no memory for; a board takes it, and its user hears of it
+// before anything is erased.
+void SessionSteps::checkMemoryMap()
+{
+    QString file;
+    if (!m_activeProject ||
+        !buildSystem->useMemoryMapFileForLink(m_activeProject, m_options.configuration, file))
+        return;
+    const MemoryMap* map = MemoryMapOpenFiles::getMemoryMapFile(file, macroSystem.globalMacros(true));
+    if (!map)
+        return;
+    QStringList warnings = memoryMapFaults(*map);
+    if (m_options.download && !m_loader.simulated())
+        warnings += outsideMemoryMap(*map, m_loader.loadFiles());
+    for (const QString& warning : std::as_const(warnings))
+        m_loader.face().warning(warning);
 }
 
 void SessionSteps::collectLoadFiles()

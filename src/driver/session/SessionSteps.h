@@ -37,6 +37,7 @@ private:
     void selectFileType();
     void selectProject();
     void collectLoadFiles();
+    void checkMemoryMap();
 
     Loader& m_loader;
     Options& m_options;
