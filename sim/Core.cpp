@@ -1,5 +1,8 @@
 #include "sim/Core.h"
 
+#include "sim/limits.h"
+#include "sim/maxqsim.h"
+
 #include <algorithm>
 #include <cstring>
 #include <vector>

@@ -5,6 +5,8 @@
 
 #include "sim/Machine.h"
 #include "sim/TraceFile.h"
+#include "sim/limits.h"
+#include "sim/maxqsim.h"
 
 #include <cstdint>
 #include <memory>

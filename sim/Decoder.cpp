@@ -1,5 +1,8 @@
 #include "sim/Decoder.h"
 #include "sim/Dispatch.h"
+#include "sim/Instructions.h"
+#include "sim/Operands.h"
+#include "sim/limits.h"
 
 #include <optional>
 

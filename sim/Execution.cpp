@@ -1,6 +1,9 @@
 // The decoded code of a Machine, its run loop, and the operations that stand where no instruction does.
 #include "sim/Decoder.h"
+#include "sim/Machine.h"
 #include "sim/Threading.h"
+#include "sim/limits.h"
+#include "sim/maxqsim.h"
 
 #include <algorithm>
 #include <limits>

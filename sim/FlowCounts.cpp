@@ -1,5 +1,6 @@
 #include "sim/FlowCounts.h"
 #include "sim/Machine.h"
+#include "sim/limits.h"
 
 namespace maxq30 {
 

@@ -1,6 +1,4 @@
 #include "sim/Machine.h"
-#include "sim/Decoder.h"
-#include "sim/Threading.h"
 
 #include <algorithm>
 #include <cstring>

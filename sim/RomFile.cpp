@@ -1,5 +1,6 @@
 #include "sim/RomFile.h"
 #include "sim/Core.h"
+#include "sim/limits.h"
 
 #include <array>
 #include <fstream>

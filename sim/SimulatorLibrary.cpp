@@ -2,6 +2,7 @@
 #include "sim/Core.h"
 #include "sim/Parameters.h"
 #include "sim/RomFile.h"
+#include "sim/maxqsim.h"
 
 #include <new>
 

@@ -1,5 +1,8 @@
 #include "sim/TraceFile.h"
 
+#include "sim/RegisterFile.h"
+#include "sim/limits.h"
+
 #include <vector>
 
 namespace maxq30 {

@@ -6,7 +6,7 @@ function run(n) {
         d.setHours(i % 24);
         d.setMinutes(i % 60, i % 59);
         total = (total + d.getFullYear() + d.getMonth() * 3 + d.getDate() * 5 + d.getDay() + d.getHours() +
-                 d.getMinutes() + d.getSeconds() + (d.getTime() - base.getTime()) / 1000) % 1000003;
+                 d.getMinutes() + d.getSeconds() + Math.floor((d.getTime() - base.getTime()) / 1000)) % 1000003;
     }
     return total;
 }

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "debug/run/ZOFFBreakpoint.h"
-#include "expression/ExpressionParser.h"
+#include "expression/Expression.h"
 
 #include <cstdint>
 #include <vector>

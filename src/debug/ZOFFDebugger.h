@@ -20,13 +20,17 @@
 #include "debug/run/ProgramRequests.h"
 #include "debug/run/RunControl.h"
 #include "debug/run/Stepper.h"
+#include "debug/run/ZOFFBreakpoint.h"
 #include "debug/symbols/CodeReader.h"
 #include "debug/symbols/SymbolTables.h"
+#include "support/Endian.h"
+#include "support/Path.h"
 
 #include <memory>
 #include <vector>
 
 class DebuggerHelperFunctions;
+class ProjectElement;
 class TargetMemoryInterface;
 class TargetRegisterInterface;
 class ZOFFInsn;

@@ -1,6 +1,7 @@
 // Memories of the target, as far as they exist.
 
 #include "debug/ZOFFDebugger.h"
+#include "support/AddressRanges.h"
 #include "support/HException.h"
 #include "target/memory/TargetMemoryInterface.h"
 

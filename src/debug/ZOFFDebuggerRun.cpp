@@ -3,7 +3,11 @@
 #include "debug/ZOFFDebugger.h"
 #include "debug/monitor/DebuggerBreakpointFailure.h"
 #include "debug/monitor/DebuggerHelperFunctions.h"
+#include "debug/run/DebuggerBreakpoint.h"
+#include "debug/run/Frame.h"
+#include "debug/run/ZOFFBreakpoint.h"
 #include "support/HException.h"
+#include "support/Path.h"
 
 void ZOFFDebugger::start(const QString& entry, bool stop)
 {
@@ -22,6 +26,7 @@ void ZOFFDebugger::start(const QString& entry, bool stop)
             m_helper->displayError(QStringLiteral("entry point symbol %1 not found").arg(entry));
     }
     m_code.clear();
+    m_disassembly.noteRun();
     m_run.start(address, stop);
 }
 

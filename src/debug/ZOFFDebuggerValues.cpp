@@ -1,13 +1,23 @@
 // What expressions and displays ask about the program, and the operations that they carry out.
 
 #include "debug/ZOFFDebugger.h"
+#include "debug/evaluation/ExpressionContext.h"
 #include "debug/evaluation/VariableListBuilder.h"
 #include "debug/monitor/DebuggerBreakpointFailure.h"
+#include "debug/monitor/HMonitor.h"
+#include "debug/run/DebuggerBreakpoint.h"
+#include "debug/run/Frame.h"
+#include "debug/run/ZOFFBreakpoint.h"
 #include "debug/symbols/SymbolicDebug.h"
+#include "expression/ExpressionType.h"
 #include "expression/ParserException.h"
+#include "support/HString.h"
 #include "target/TargetRegisterInterface.h"
-#include "zoff/ZOFFModule.h"
+#include "zoff/ZOFFModule.h" // a scope
+#include "zoff/ZOFFObject.h"
+#include "zoff/ZOFFScope.h"
 #include "zoff/ZOFFSymbol.h"
+#include "zoff/ZOFFTags.h"
 #include "zoff/ZOFFType.h"
 
 #include <map>

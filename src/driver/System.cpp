@@ -2,9 +2,11 @@
 
 #include "debug/SymbolicDebuggerInterface.h"
 #include "driver/dap/DapServer.h"
+#include "driver/session/Hints.h"
 #include "driver/session/Interrupt.h"
 #include "driver/session/Release.h"
 #include "driver/terminal/StandardOutput.h"
+#include "maxq30/sim/SimulatedHMonitor.h"
 #include "project/BuildSystem.h"
 #include "project/EnvironmentSettings.h"
 #include "project/MacroSystem.h"
@@ -23,6 +25,8 @@
 #include <unistd.h>
 
 namespace {
+
+constexpr int OptionErrorStatus = 2;
 
 System* g_system = nullptr;
 
@@ -59,21 +63,40 @@ int System::exec(int argc, char** argv)
     m_exitStatus = 0;
     m_run.setDebugger(debugger);
     m_options.benchDirectory = QTx::rootDirectory();
-    m_options.packagesDirectory = QStringLiteral("$(BenchUserDir)/packages");
     m_options.parse(argc - 1, argv + 1);
+    if (m_options.strict && m_options.errors() > 0)
+        return OptionErrorStatus;
     m_loader.setVerbosity(m_options.quiet, m_options.verbose);
+    if (m_options.progress == QLatin1String("lines"))
+        m_terminalFace.setProgress(TerminalFace::Progress::Lines);
+    else if (m_options.progress == QLatin1String("none"))
+        m_terminalFace.setProgress(TerminalFace::Progress::None);
     if (!m_options.templatesFile.isEmpty())
         templatesFile = m_options.templatesFile;
 
     setupDefaultSystemMacros(macroSystem, m_options.benchDirectory);
-    PackageSystem::setupPackageMacros(macroSystem, m_options.packagesDirectory);
+    setupPackages();
     macroSystem.setSystemMacro(QStringLiteral("Platform"), QString::fromLatin1(Get_PLATFORM()).toLower());
     if (argc <= 1 || m_options.help) {
         printUsage();
         return m_exitStatus;
     }
+    if (m_options.version) {
+        StandardOutput::write(RELEASE_version(m_programName) + QLatin1Char('\n'));
+        return m_exitStatus;
+    }
     if (m_options.dap)
         return runAdapter();
+    try {
+        return execUnderstood();
+    } catch (HException& failure) {
+        addHint(failure);
+        throw;
+    }
+}
+
+int System::execUnderstood()
+{
     m_steps.selectTarget();
     if (m_options.listProperties) {
         listProperties();
@@ -81,9 +104,47 @@ int System::exec(int argc, char** argv)
     }
     m_loader.targetInterface()->installScriptObject(m_scriptSystem.context());
     m_steps.selectFiles();
-    if (m_loader.loadFiles().isEmpty())
+    if (m_loader.loadFiles().isEmpty() && !m_options.erase && !m_options.reset)
         return m_exitStatus;
+    if (m_options.dryRun) {
+        StandardOutput::write(m_steps.plan().join(QLatin1Char('\n')) + QLatin1Char('\n'));
+        return m_exitStatus;
+    }
+    if (!goesOnAllTheSame())
+        return OptionErrorStatus;
     return runSession();
+}
+
+// A home that is missing or may not be written costs only what is generated there; a directory that the user
+// has named must do.
+void System::setupPackages()
+{
+    const bool named = !m_options.packagesDirectory.isEmpty();
+    PackageSystem::setupPackageMacros(macroSystem, named ? m_options.packagesDirectory
+                                                         : QStringLiteral("$(BenchUserDir)/packages"));
+    try {
+        if (!named && !QTx::haveHome())
+            throw HException(QLatin1String("cannot create ") +
+                             macroSystem.systemMacro(QStringLiteral("TargetsDir")) +
+                             QLatin1String("/frequencies.xml"));
+        PackageSystem::createPackageFiles(macroSystem);
+    } catch (const HException& failure) {
+        if (named)
+            throw;
+        m_face.warning(failure.text());
+    }
+}
+
+// A word that was not understood may have been the one that keeps a board from being erased. The simulator
+// has nothing to lose, and without a terminal there is nobody to ask.
+bool System::goesOnAllTheSame() const
+{
+    const bool simulated = dynamic_cast<const SimulatedHMonitor*>(m_loader.targetInterface()) != nullptr;
+    if (m_options.errors() == 0 || simulated || !isatty(STDIN_FILENO) || !isatty(STDERR_FILENO))
+        return true;
+    fputs("go on all the same? [y/N] ", stderr);
+    char reply[16] = {};
+    return fgets(reply, sizeof reply, stdin) && (*reply == 'y' || *reply == 'Y');
 }
 
 void System::execScript(const QString& text)
@@ -118,7 +179,7 @@ void System::listProperties()
 void System::printUsage() const
 {
     RELEASE_printVersionToStderr(m_programName.toLocal8Bit().constData());
-    fputs(Options::usage().toLocal8Bit().constData(), stderr);
+    fputs(Options::usage(m_options.help).toLocal8Bit().constData(), stderr);
 }
 
 // Whatever writes to standard output by itself would break the protocol, so it gets standard error.
@@ -147,16 +208,24 @@ int System::runSession()
     QObject::connect(&interrupt, &Interrupt::interrupted, this, &System::onInterrupt);
     try {
         m_loader.connectTarget(m_steps.activeProject(), m_options.configuration);
-        m_steps.load();
-        Interrupt::check();
-        startProgram();
+        if (m_options.erase)
+            m_steps.erase();
+        if (m_options.reset)
+            m_loader.resetTarget();
+        if (!m_options.erase && !m_options.reset) {
+            m_steps.load();
+            Interrupt::check();
+            startProgram();
+        }
         Interrupt::check();
     } catch (const HException&) {
+        m_terminalFace.clearBar();
         // A target that was stopped in the middle of something may well fail in it.
         if (!Interrupt::requested())
             throw;
         endInterrupted();
     } catch (const Interrupted&) {
+        m_terminalFace.clearBar();
         endInterrupted();
     }
     if (m_options.disconnect && target->isConnected())
@@ -183,9 +252,24 @@ void System::onInterrupt()
     }
 }
 
+// On lines behind the failure: what to try, and how the device was left.
+void System::addHint(HException& failure) const
+{
+    QStringList lines;
+    if (!failure.hint().empty())
+        lines += QString::fromStdString(failure.hint());
+    if (QString hint = hintFor(failure.text()); !hint.isEmpty())
+        lines += hint;
+    if (QString state = m_loader.deviceState(); !state.isEmpty())
+        lines += state;
+    failure.setHint(lines.join(QLatin1Char('\n')).toStdString());
+}
+
 void System::endInterrupted()
 {
     report->stream << "interrupted\n";
+    if (QString state = m_loader.deviceState(); !state.isEmpty())
+        report->stream << state.toLocal8Bit().constData() << "\n";
     m_exitStatus = Interrupt::ExitStatus;
 }
 

@@ -22,6 +22,7 @@
 
 #include <functional>
 
+class HException;
 class ProjectElement;
 
 class System : public QObject, private TextTargetIOServerTerminal::Observer {
@@ -57,9 +58,13 @@ private:
     void programExited() override;
     void outputFailed() override;
 
+    void setupPackages();
+    bool goesOnAllTheSame() const;
     void printUsage() const;
     void listProperties();
+    int execUnderstood();
     int runSession();
+    void addHint(HException& failure) const;
     int runAdapter();
     void endInterrupted();
     void startProgram();
@@ -81,10 +86,10 @@ private:
     WScript m_wscript{m_face};
     Loader m_loader{m_face};
     SessionSteps m_steps{m_loader, m_options};
-    ConsoleScriptSystem m_scriptSystem;
     ProgramRun m_run{m_loader};
     StopNotice m_stopNotice{m_run};
     DebugCommands m_debugCommands{m_run};
+    ConsoleScriptSystem m_scriptSystem; // its objects are those above
     ShortCommands m_shortCommands{[this](const QString& name) { return m_scriptSystem.defines(name); }};
     CommandCompletion m_completion{m_run, m_scriptSystem.context()};
     TextTargetIOServerTerminal* m_terminal = nullptr; // while a program runs

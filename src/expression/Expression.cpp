@@ -1,6 +1,7 @@
 #include "expression/Expression.h"
 
 #include "expression/ExpressionParser.h"
+#include "expression/MarkerType.h"
 #include "expression/ParserException.h"
 
 namespace {

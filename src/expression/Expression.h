@@ -6,6 +6,7 @@
 #pragma once
 
 #include "expression/BaseType.h"
+#include "expression/ExpressionOperator.h"
 #include "expression/ExpressionType.h"
 
 #include <QStringList>

@@ -1,6 +1,7 @@
 // The nodes of one tree, which go all at once however deep it is.
 #pragma once
 
+#include "expression/BaseType.h"
 #include "expression/ExpressionParser.h"
 #include "expression/ParserException.h"
 #include "expression/limits.h"

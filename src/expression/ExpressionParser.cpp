@@ -2,6 +2,9 @@
 
 #include "expression/CStyleLexer.h"
 #include "expression/ExpressionArena.h"
+#include "expression/ExpressionOperator.h"
+#include "expression/MarkerType.h"
+#include "expression/ParserException.h"
 
 namespace {
 

@@ -4,9 +4,12 @@
 // A fault of the text or of its evaluation throws ParserException, whose cause says what it is.
 #pragma once
 
+#include "expression/BaseType.h"
 #include "expression/Expression.h"
+#include "expression/ExpressionOperator.h"
 #include "expression/ExpressionType.h"
 #include "expression/Lexer.h"
+#include "expression/MarkerType.h"
 
 #include <QStringList>
 

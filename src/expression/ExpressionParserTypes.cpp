@@ -1,7 +1,10 @@
 // Casts, and the types in them.
-#include "expression/CStyleLexer.h"
+#include "expression/BaseType.h"
 #include "expression/ExpressionArena.h"
+#include "expression/CStyleLexer.h"
 #include "expression/ExpressionParser.h"
+#include "expression/ParserException.h"
+#include "expression/limits.h"
 
 #include <optional>
 

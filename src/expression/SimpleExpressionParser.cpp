@@ -1,6 +1,9 @@
 #include "expression/SimpleExpressionParser.h"
 
+#include "expression/BaseType.h"
 #include "expression/CStyleLexer.h"
+#include "expression/ExpressionType.h"
+#include "expression/MarkerType.h"
 #include "expression/ParserException.h"
 
 SimpleExpressionParser::SimpleExpressionParser() : ExpressionParser(std::make_unique<CStyleLexer>()) {}

@@ -1,7 +1,10 @@
 // Expressions of plain numbers, without a program.
 #pragma once
 
+#include "expression/BaseType.h"
 #include "expression/ExpressionParser.h"
+#include "expression/ExpressionType.h"
+#include "expression/MarkerType.h"
 
 class SimpleExpressionParser : public ExpressionParser {
 public:

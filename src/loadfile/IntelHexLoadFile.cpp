@@ -38,9 +38,12 @@ bool IntelHexLoadFile::readRecord(Cursor line)
     if (line.next() != ':')
         throw HException("missing record mark in hex file");
     uint8_t sum = 0;
-    uint32_t head = getAsciiHexNumber(line, 4, &sum);
-    unsigned count = head >> 24;
-    uint32_t offset = head >> 8 & 0xFFFF;
+    constexpr unsigned HeadBytes = 4; // count, offset of two bytes, type
+    uint64_t head;
+    if (!getHead(line, HeadBytes, head, sum))
+        head = getAsciiHexNumber(line, HeadBytes, &sum);
+    unsigned count = unsigned(head >> 24);
+    uint32_t offset = uint32_t(head >> 8 & 0xFFFF);
     unsigned type = head & 0xFF;
     switch (type) {
     case Data: {

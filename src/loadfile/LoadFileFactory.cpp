@@ -7,6 +7,7 @@
 #include "loadfile/TIHexLoadFile.h"
 #include "support/Installed.h"
 
+#include <algorithm>
 #include <cstring>
 #include <string_view>
 
@@ -27,10 +28,12 @@ struct Type {
 
 const Type g_types[] = {
     {{"bin", "*.bin *.rom", "Binary"}, ".bin .BIN .rom .ROM", make<BinaryLoadFile>},
-    {{"ihex", "*.hex", "Intel Hex"}, ".hex .HEX", make<IntelHexLoadFile>},
+    {{"ihex", "*.hex", "Intel Hex"}, ".hex .HEX .ihx .IHX .ihex .IHEX", make<IntelHexLoadFile>},
     {{"hex", "*.lst", "Hex"}, ".lst .LST", make<HexLoadFile>},
     {{"tihex", "*.txt", "TI Hex"}, ".txt .TXT", make<TIHexLoadFile>},
-    {{"srec", "*.s19 *.srec", "Motorola S-Record"}, ".srec .SREC .s19 .S19", make<SRecordLoadFile>},
+    {{"srec", "*.s19 *.srec", "Motorola S-Record"},
+     ".srec .SREC .s19 .S19 .s28 .S28 .s37 .S37 .mot .MOT",
+     make<SRecordLoadFile>},
 };
 
 constinit Installed<LoadFileFactory> g_factory("the LoadFileFactory");
@@ -75,6 +78,21 @@ LoadFileInterface* LoadFileFactory::create(const char* file, const char* type)
 void LoadFileFactory::destroy(LoadFileInterface* file)
 {
     delete file;
+}
+
+std::string LoadFileFactory::endings() const
+{
+    std::string text;
+    for (const Type& type : g_types) {
+        std::string_view endings = type.endings;
+        while (!endings.empty()) {
+            std::string_view ending = endings.substr(0, endings.find(' '));
+            if (std::none_of(ending.begin(), ending.end(), [](char c) { return c >= 'A' && c <= 'Z'; }))
+                text += (text.empty() ? "" : " ") + std::string(ending);
+            endings.remove_prefix(std::min(endings.size(), ending.size() + 1));
+        }
+    }
+    return text;
 }
 
 const char* LoadFileFactory::detect(const char* file)

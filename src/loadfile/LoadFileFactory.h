@@ -4,6 +4,7 @@
 
 #include "loadfile/LoadFileInterface.h"
 
+#include <string>
 #include <vector>
 
 struct LoadFileTypeInfo {
@@ -27,6 +28,9 @@ public:
     virtual void destroy(LoadFileInterface* file);
     // The type by the end of the file's name, never by its content; null when there is none.
     virtual const char* detect(const char* file);
+
+    // The known ends of names, in lower case, separated by blanks.
+    virtual std::string endings() const;
 
     const std::vector<LoadFileTypeInfo>& types() const { return m_types; }
 

@@ -1,6 +1,10 @@
 #include "loadfile/LoadFileList.h"
 
+#include "support/Path.h"
+
 #include "loadfile/LoadFileFactory.h"
+
+#include <QString>
 
 #include <algorithm>
 
@@ -29,6 +33,24 @@ bool LoadFileList::overlap() const
         accumulated.add(own);
     }
     return false;
+}
+
+std::string LoadFileList::overlapText() const
+{
+    auto name = [](const LoadFileListItem& item) { return Path(item.name).fileName().toStdString(); };
+    for (size_t i = 0; i < m_items.size(); ++i)
+        for (size_t j = i + 1; j < m_items.size(); ++j)
+            for (const auto& a : m_items[i].file->loadFileSections().sections())
+                for (const auto& b : m_items[j].file->loadFileSections().sections()) {
+                    uint64_t first = std::max(a->address(), b->address());
+                    uint64_t end =
+                        std::min(uint64_t(a->address()) + a->length(), uint64_t(b->address()) + b->length());
+                    if (first < end)
+                        return name(m_items[i]) + " and " + name(m_items[j]) + " both have " +
+                               QString::asprintf("0x%08X - 0x%08X", unsigned(first), unsigned(end - 1))
+                                   .toStdString();
+                }
+    return {};
 }
 
 void LoadFileList::sort()

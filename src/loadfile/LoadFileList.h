@@ -26,6 +26,8 @@ public:
     // Two files share an address of ordinary target memory. Sections within one file are not
     // compared with each other. n log n in the number of sections.
     bool overlap() const;
+    // Two files with a common range, as "A and B both have 0xFIRST - 0xLAST"; empty when there are none.
+    std::string overlapText() const;
 
     // Sorts each file's sections, then the files by their first address; a file without sections
     // counts as address 0. Equal addresses keep their order.

@@ -1,6 +1,9 @@
 // One contiguous range of a load file: addresses, bytes, and a patch copy on demand.
 #pragma once
 
+#include "loadfile/limits.h"
+
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -49,22 +52,38 @@ protected:
     std::unique_ptr<unsigned char[]> m_patch;
 };
 
-// A section that owns a growing buffer, for readers that do not know the size in advance.
-class ExpandingLoadFileSection : public StandardLoadFileSection {
+// A section that owns a growing buffer, for readers that do not know the size in advance. A scattered file
+// has a million of them, of a record each: the objects lie together in blocks, and the first bytes inside the
+// object.
+class ExpandingLoadFileSection final : public StandardLoadFileSection {
 public:
     ExpandingLoadFileSection(std::string name, uint32_t address);
     ~ExpandingLoadFileSection() override;
     ExpandingLoadFileSection(const ExpandingLoadFileSection&) = delete;
     ExpandingLoadFileSection& operator=(const ExpandingLoadFileSection&) = delete;
 
-    // Adds `count` uninitialised bytes at the end and answers the address of the first. The buffer
+    static void* operator new(size_t size);
+    static void operator delete(void* section);
+
+    // Adds `count` uninitialised bytes at the end and returns the address of the first. The buffer
     // grows by half, so many small steps stay linear. Throws HException when the section would
     // reach beyond the last target address.
-    unsigned char* expand(uint32_t count);
+    unsigned char* expand(uint32_t count)
+    {
+        if (count > m_capacity - m_length || end() + count > LoadFileLimits::AddressSpace) [[unlikely]]
+            grow(count);
+        unsigned char* added = m_data + m_length;
+        m_length += count;
+        return added;
+    }
 
     // One past the last address; 2^32 for a section that ends at the last one.
     uint64_t end() const { return uint64_t(m_address) + m_length; }
 
 private:
-    uint32_t m_capacity = 0;
+    static constexpr uint32_t InnerBytes = 32;
+    void grow(uint32_t count);
+
+    uint32_t m_capacity = InnerBytes;
+    unsigned char m_inner[InnerBytes];
 };

@@ -12,13 +12,22 @@ uint64_t sumOfLengths(const LoadFileSections::List& list)
     return sum;
 }
 
-struct LoadFileSectionLess {
-    bool operator()(const std::unique_ptr<LoadFileSectionInterface>& a,
-                    const std::unique_ptr<LoadFileSectionInterface>& b) const
-    {
-        return a->address() < b->address();
-    }
-};
+// By keys of address and place, since looking at the sections in every comparison would wait for the memory.
+void sortByAddress(LoadFileSections::List& list)
+{
+    std::vector<uint64_t> keys;
+    keys.reserve(list.size());
+    for (const auto& section : list)
+        keys.push_back(uint64_t(section->address()) << 32 | keys.size());
+    if (std::is_sorted(keys.begin(), keys.end()))
+        return;
+    std::sort(keys.begin(), keys.end());
+    LoadFileSections::List sorted;
+    sorted.reserve(list.size());
+    for (uint64_t key : keys)
+        sorted.push_back(std::move(list[uint32_t(key)]));
+    list = std::move(sorted);
+}
 
 } // namespace
 
@@ -59,6 +68,6 @@ void LoadFileSections::getSectionAddressRanges(AddressRanges& ranges) const
 
 void LoadFileSections::sort()
 {
-    std::stable_sort(m_sections.begin(), m_sections.end(), LoadFileSectionLess());
-    std::stable_sort(m_eeSections.begin(), m_eeSections.end(), LoadFileSectionLess());
+    sortByAddress(m_sections);
+    sortByAddress(m_eeSections);
 }

@@ -14,5 +14,6 @@ public:
 private:
     template <class Source> void read(Source source); // a file name or its bytes
     void readRecord(Cursor line);
+    static void checkSum(Cursor& line, uint8_t sum);
     uint16_t m_dataRecords = 0;
 };

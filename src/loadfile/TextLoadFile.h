@@ -31,8 +31,18 @@ protected:
     // A number of `count` bytes, at most 4, high byte first.
     static uint32_t getAsciiHexNumber(Cursor& cursor, unsigned count, uint8_t* sum);
 
+    // The number of `count` bytes, at most 8, at the beginning of a record, and their sum, in one go. False,
+    // and nothing is read, when the next sixteen characters are not all digits; the functions above then tell
+    // what is wrong.
+    static bool getHead(Cursor& cursor, unsigned count, uint64_t& head, uint8_t& sum);
+
     // Room for `count` bytes at the address.
-    unsigned char* store(uint32_t address, uint32_t count);
+    unsigned char* store(uint32_t address, uint32_t count)
+    {
+        if (!m_current || m_current->end() != address) [[unlikely]]
+            beginSection(address);
+        return m_current->expand(count);
+    }
 
     // Calls handleLine(Cursor) for each line, its newline included, a line longer than `longest` in
     // pieces, until it answers false; then the result is true, and false when the text ends first.
@@ -48,6 +58,8 @@ protected:
 
 private:
     [[noreturn]] void appendLineAndThrow(class HException& failure) const;
-    class ExpandingLoadFileSection* m_current = nullptr; // owned by m_sections
+    void beginSection(uint32_t address);
+
+    ExpandingLoadFileSection* m_current = nullptr; // owned by m_sections
     int m_line = 1;
 };

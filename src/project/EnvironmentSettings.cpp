@@ -1,6 +1,7 @@
 #include "project/EnvironmentSettings.h"
 
 #include "project/PackageSystem.h"
+#include "support/QTx.h"
 
 #include <QCoreApplication>
 #include <QTimer>
@@ -101,6 +102,8 @@ void EnvironmentSettings::removeSetting(const PropertyClass* propertyClass)
 
 void EnvironmentSettings::saveSettings()
 {
+    if (!QTx::haveHome())
+        return;
     m_user.sync();
     m_transient.sync();
 }

@@ -54,6 +54,11 @@ void PackageSystem::setupPackageMacros(MacroSystem& macros, const QString& packa
     macros.setSystemMacro(QStringLiteral("PackagesDir"), directory);
     macros.setSystemMacro(QStringLiteral("TargetsDir"), targets);
     macros.setSystemMacro(QStringLiteral("SamplesDir"), directory + QLatin1String("/samples"));
+}
+
+void PackageSystem::createPackageFiles(const MacroSystem& macros)
+{
+    const QString targets = macros.systemMacro(QStringLiteral("TargetsDir"));
     // When this fails the first file can't be created, and that is what is told.
     if (!QFileInfo::exists(targets))
         QTx::makeDir(targets);

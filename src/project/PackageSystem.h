@@ -14,8 +14,9 @@ void setupDefaultSystemMacros(MacroSystem& macros, const QString& benchDirectory
 
 class PackageSystem {
 public:
-    // Sets PackagesDir, TargetsDir and SamplesDir, makes the targets directory and writes
-    // frequencies.xml and project_templates.xml into it where they are missing. The directory may
-    // hold system macros. Throws HException "cannot create FILE".
+    // Sets PackagesDir, TargetsDir and SamplesDir. The directory may hold system macros.
     static void setupPackageMacros(MacroSystem& macros, const QString& packagesDirectory);
+    // Makes the targets directory and writes frequencies.xml and project_templates.xml into it where they
+    // are missing. Throws HException "cannot create FILE".
+    static void createPackageFiles(const MacroSystem& macros);
 };

@@ -2,6 +2,7 @@
 // attributes are the settings by save name, and `Name`. A node owns what stands below it.
 #pragma once
 
+#include "project/ConfigurationInheritance.h"
 #include "support/Path.h"
 
 #include <QDateTime>
@@ -76,10 +77,9 @@ public:
     void commitTransaction();
     void rollbackTransaction();
 
-    // On a solution: from a configuration to those that it inherits, directly and through others,
-    // nearest first.
-    QMap<QString, QStringList>& inheritance() { return m_inheritance; }
-    const QMap<QString, QStringList>& inheritance() const { return m_inheritance; }
+    // On a solution.
+    ConfigurationInheritance& inheritance() { return m_inheritance; }
+    const ConfigurationInheritance& inheritance() const { return m_inheritance; }
     const QDateTime& fileTime() const { return m_fileTime; } // of a solution's file at its loading
     void setFileTime(const QDateTime& time) { m_fileTime = time; }
 
@@ -101,6 +101,6 @@ private:
     std::map<QString, std::unique_ptr<ProjectElement>> m_configurations;
     Path m_path;
     std::unique_ptr<Edits> m_edits;
-    QMap<QString, QStringList> m_inheritance;
+    ConfigurationInheritance m_inheritance;
     QDateTime m_fileTime;
 };

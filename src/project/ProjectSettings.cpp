@@ -18,11 +18,9 @@ const QString Hidden = QStringLiteral("hidden");
 QStringList ProjectSystem::inheritanceOf(const ProjectElement* element, const QString& configuration) const
 {
     for (const ProjectElement* solution = solutionContaining(element); solution;
-         solution = solutionContaining(solution->parent())) {
-        auto found = solution->inheritance().constFind(configuration);
-        if (found != solution->inheritance().constEnd())
-            return found.value();
-    }
+         solution = solutionContaining(solution->parent()))
+        if (solution->inheritance().knows(configuration))
+            return solution->inheritance().of(configuration);
     return {};
 }
 
@@ -149,40 +147,15 @@ void ProjectSystem::setInheritedConfigurations(ProjectElement* element, const QS
         return;
     setProperty(solution, m_properties[ProjectProperties::InheritedConfigurations]->saveName(),
                 MacroSystem::stringFromStringList(inherited), configuration);
-    updateInheritenceMap(solution);
+    solution->inheritance().set(configuration, getInheritedConfigurations(solution, configuration));
 }
 
-// For each configuration all that it inherits, a configuration before those that it inherits in turn.
-// A cycle ends where it comes back to a configuration that is listed already.
 void ProjectSystem::updateInheritenceMap(ProjectElement* solution)
 {
-    QMap<QString, QStringList> direct;
+    solution->inheritance().clear();
     for (const auto& [name, configuration] : solution->configurations())
         if (configuration->hasAttribute(m_properties[ProjectProperties::InheritedConfigurations]->saveName()))
-            direct.insert(name, getInheritedConfigurations(solution, name));
-    solution->inheritance().clear();
-    unsigned steps = 0;
-    for (auto it = direct.constBegin(); it != direct.constEnd(); ++it) {
-        QStringList flat;
-        QSet<QString> seen{it.key()};
-        QStringList pending(it.value().crbegin(), it.value().crend()); // the next one stands last
-        while (!pending.isEmpty()) {
-            if (++steps > ProjectLimits::InheritanceSteps)
-                throw SolutionLoadError(solution->path().fileName(),
-                                        QStringLiteral(" configurations inherit more than %1 others")
-                                            .arg(ProjectLimits::InheritanceSteps));
-            QString name = pending.takeLast();
-            if (seen.contains(name))
-                continue;
-            seen.insert(name);
-            flat.append(name);
-            const QStringList more = direct.value(name);
-            for (auto each = more.crbegin(); each != more.crend(); ++each)
-                if (*each != Common) // its place is told by the configuration itself
-                    pending.append(*each);
-        }
-        solution->inheritance().insert(it.key(), flat);
-    }
+            solution->inheritance().set(name, getInheritedConfigurations(solution, name));
     for (const auto& child : solution->children())
         if (child->tag() == ProjectElement::Solution)
             updateInheritenceMap(child.get());

@@ -4,7 +4,6 @@
 
 namespace ProjectLimits {
 
-constexpr unsigned ImportDepth = 100;          // solutions that import each other
-constexpr unsigned InheritanceSteps = 1000000; // from a configuration to what it inherits, for all of a file
+constexpr unsigned ImportDepth = 100; // solutions that import each other
 
 } // namespace ProjectLimits

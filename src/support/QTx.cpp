@@ -52,6 +52,11 @@ const QString& rootDirectory()
     return g_rootDirectory;
 }
 
+bool haveHome()
+{
+    return QFileInfo(home()).isAbsolute();
+}
+
 QString userDocumentsDirectory()
 {
     return home() + QLatin1String("/Documents");

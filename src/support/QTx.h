@@ -15,6 +15,8 @@ void setApplicationPath(const char* argv0, int levels);
 const QString& applicationDirectory();
 const QString& rootDirectory();
 
+// HOME names a place. Without one nothing is written for the user.
+bool haveHome();
 // Both begin with the environment's HOME; without one they lack that part.
 QString userDocumentsDirectory();
 // HOME, "/.", and the name in lower case with blanks as underscores.

@@ -3,6 +3,7 @@
 #include "project/BuildSystem.h"
 #include "project/EnvironmentSettings.h"
 #include "project/ProjectSystem.h"
+#include "project/PropertyValue.h"
 #include "support/Bracket.h"
 #include "support/PlatformConstants.h"
 

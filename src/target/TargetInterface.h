@@ -7,7 +7,9 @@
 #pragma once
 
 #include "project/PropertyClass.h"
+#include "project/PropertyValue.h"
 #include "script/engine/ESClass.h"
+#include "script/engine/ESValue.h"
 #include "target/TargetInterfacePropertyValue.h"
 #include "target/download/DownloadEngine.h"
 #include "target/download/TargetInterfaceHelperFunctions.h"

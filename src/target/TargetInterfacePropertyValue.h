@@ -2,6 +2,7 @@
 // property's default.
 #pragma once
 
+#include "project/PropertyClass.h"
 #include "project/PropertyValue.h"
 
 class TargetInterfacePropertyValue : public PropertyValue {

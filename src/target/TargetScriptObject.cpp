@@ -1,6 +1,9 @@
 // The script object "TargetInterface": its functions reach data memory and the target itself.
 
 #include "script/engine/ESContext.h"
+#include "script/engine/ESObject.h"
+#include "script/engine/ESStringPool.h"
+#include "script/engine/ESValue.h"
 #include "script/host/ScriptSystem.h"
 #include "script/native/Builtin.h"
 #include "support/Bracket.h"

@@ -1,10 +1,13 @@
 #include "zoff/ZOFFExpr.h"
 
 #include "support/HException.h"
+#include "support/HString.h"
 #include "zoff/ZOFFFragment.h"
 #include "zoff/ZOFFMarker.h"
 #include "zoff/ZOFFProcessor.h"
 #include "zoff/ZOFFSymbol.h"
+#include "zoff/ZOFFTags.h"
+#include "zoff/ZOFFType.h"
 #include "zoff/limits.h"
 
 #include <charconv>

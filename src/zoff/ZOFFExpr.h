@@ -3,6 +3,7 @@
 #pragma once
 
 #include "zoff/ZOFFObject.h"
+#include "zoff/ZOFFTags.h"
 
 #include <string>
 

@@ -1,5 +1,7 @@
 #include "zoff/ZOFFFragment.h"
 
+#include "zoff/ZOFFMarker.h"
+
 #include <cassert>
 
 void ZOFFFragment::addInsn(ZOFFInsn* insn)

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "zoff/ZOFFInsn.h"
+#include "zoff/ZOFFObject.h"
 #include "zoff/ZOFFPackedItems.h"
 
 #include <iterator>

@@ -1,5 +1,6 @@
 #include "zoff/ZOFFInsn.h"
 
+#include "support/Pool.h"
 #include "zoff/ZOFFFragment.h"
 
 #include <algorithm>

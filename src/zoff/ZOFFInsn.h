@@ -4,7 +4,9 @@
 // position yet; who asks for them unpacks the fragment.
 #pragma once
 
+#include "support/HString.h"
 #include "zoff/ZOFFExpr.h"
+#include "zoff/ZOFFObject.h"
 
 #include <span>
 

@@ -1,6 +1,9 @@
 #include "zoff/ZOFFItemPacker.h"
 
+#include "support/Pool.h"
 #include "zoff/ZOFFFragment.h"
+#include "zoff/ZOFFInsn.h"
+#include "zoff/ZOFFObject.h"
 
 namespace {
 

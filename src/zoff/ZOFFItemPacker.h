@@ -1,7 +1,10 @@
 // Writes the packed items of one fragment after another (ZOFFPackedItems.h), for the reader.
 #pragma once
 
+#include "zoff/ZOFFFragment.h"
+#include "zoff/ZOFFInsn.h"
 #include "zoff/ZOFFMarker.h"
+#include "zoff/ZOFFObject.h"
 #include "zoff/ZOFFPackedItems.h"
 
 #include <cstring>

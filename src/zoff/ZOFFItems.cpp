@@ -2,7 +2,11 @@
 
 #include "support/Endian.h"
 #include "support/HException.h"
+#include "support/HString.h"
+#include "support/Pool.h"
+#include "zoff/ZOFFExpr.h"
 #include "zoff/ZOFFModule.h"
+#include "zoff/ZOFFObject.h"
 #include "zoff/ZOFFProcessor.h"
 #include "zoff/ZOFFSection.h"
 #include "zoff/limits.h"

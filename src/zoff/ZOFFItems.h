@@ -1,7 +1,10 @@
 // The items of a fragment that are no machine instructions: data, filling, places, conditions.
 #pragma once
 
+#include "support/HString.h"
+#include "zoff/ZOFFExpr.h"
 #include "zoff/ZOFFInsn.h"
+#include "zoff/ZOFFObject.h"
 
 class ZOFFModule;
 class ZOFFSection;

@@ -1,7 +1,10 @@
 #include "zoff/ZOFFLoadFile.h"
 
+#include "loadfile/LoadFileSection.h"
+#include "loadfile/LoadFileSections.h"
 #include "support/HException.h"
 #include "zoff/ZOFFModule.h"
+#include "zoff/ZOFFPackedItems.h"
 #include "zoff/ZOFFSection.h"
 #include "zoff/ZOFFfiles.h"
 #include "zoff/limits.h"

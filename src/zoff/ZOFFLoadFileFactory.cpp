@@ -1,5 +1,7 @@
 #include "zoff/ZOFFLoadFileFactory.h"
 
+#include "loadfile/LoadFileInterface.h"
+#include "support/Path.h"
 #include "zoff/ZOFFLoadFile.h"
 
 #include <cstring>

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "loadfile/LoadFileFactory.h"
+#include "loadfile/LoadFileInterface.h"
 
 class ZOFFLoadFileFactory : public LoadFileFactory {
 public:
@@ -9,4 +10,5 @@ public:
     LoadFileInterface* create(const char* file, const char* type) override;
     // ".kvx" anywhere in the name wins over the endings of the other types.
     const char* detect(const char* file) override;
+    std::string endings() const override { return ".kvx " + LoadFileFactory::endings(); }
 };

@@ -1,7 +1,11 @@
 // Places in a fragment: labels, source positions, and the names of source files.
 #pragma once
 
+#include "support/HString.h"
 #include "zoff/ZOFFInsn.h"
+#include "zoff/ZOFFObject.h"
+#include "zoff/ZOFFSymbol.h"
+#include "zoff/ZOFFTags.h"
 
 class ZOFFFilename;
 

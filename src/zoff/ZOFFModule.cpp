@@ -1,6 +1,10 @@
 #include "zoff/ZOFFModule.h"
 
+#include "support/HString.h"
+#include "support/Pool.h"
+#include "zoff/ZOFFExpr.h"
 #include "zoff/ZOFFMarker.h"
+#include "zoff/ZOFFObject.h"
 #include "zoff/ZOFFSection.h"
 #include "zoff/ZOFFSymbol.h"
 

@@ -2,6 +2,9 @@
 // symbols, scopes and attributes.
 #pragma once
 
+#include "support/HString.h"
+#include "support/Pool.h"
+#include "zoff/PoolContainers.h"
 #include "zoff/ZOFFScope.h"
 
 class ZOFFInsn;

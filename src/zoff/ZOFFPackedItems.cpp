@@ -1,8 +1,12 @@
 #include "zoff/ZOFFPackedItems.h"
 
+#include "support/Pool.h"
+#include "zoff/ZOFFExpr.h"
 #include "zoff/ZOFFFragment.h"
 #include "zoff/ZOFFMarker.h"
 #include "zoff/ZOFFProcessor.h"
+#include "zoff/ZOFFSymbol.h"
+#include "zoff/ZOFFTags.h"
 
 #include <algorithm>
 #include <cstring>

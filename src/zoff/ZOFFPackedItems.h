@@ -8,6 +8,7 @@
 // trusted: the reader checks what it packs. ZOFFItemPacker.h writes it.
 #pragma once
 
+#include "support/Pool.h"
 #include "zoff/PoolContainers.h"
 #include "zoff/ZOFFInsn.h"
 

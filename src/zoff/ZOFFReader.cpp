@@ -1,3 +1,7 @@
+#include "support/HString.h"
+#include "support/Pool.h"
+#include "zoff/ZOFFExpr.h"
+#include "zoff/ZOFFObject.h"
 #include "zoff/ZOFFReaderInline.h"
 
 #include "support/HByteStream.h"
@@ -7,6 +11,7 @@
 #include "zoff/ZOFFModule.h"
 #include "zoff/ZOFFSection.h"
 #include "zoff/ZOFFSymbol.h"
+#include "zoff/ZOFFTags.h"
 #include "zoff/ZOFFType.h"
 
 #include <algorithm>

@@ -5,9 +5,18 @@
 // the size of the file: what a file asks for beyond that (limits.h) makes it a bad one.
 #pragma once
 
+#include "support/HString.h"
+#include "support/Pool.h"
+#include "zoff/ZOFFFragment.h"
 #include "zoff/ZOFFInput.h"
+#include "zoff/ZOFFInsn.h"
 #include "zoff/ZOFFItemPacker.h"
+#include "zoff/ZOFFMarker.h"
+#include "zoff/ZOFFObject.h"
 #include "zoff/ZOFFProcessor.h"
+#include "zoff/ZOFFScope.h"
+#include "zoff/ZOFFTags.h"
+#include "zoff/ZOFFType.h"
 #include "zoff/limits.h"
 
 #include <algorithm>

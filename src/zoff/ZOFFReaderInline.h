@@ -1,9 +1,12 @@
 // The steps that nearly all records take, for the sources of readers.
 #pragma once
 
+#include "zoff/ZOFFExpr.h"
+#include "zoff/ZOFFObject.h"
 #include "zoff/ZOFFReader.h"
 
 #include "zoff/ZOFFSymbol.h"
+#include "zoff/limits.h"
 
 #include <bit>
 #include <cstring>

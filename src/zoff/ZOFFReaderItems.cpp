@@ -1,12 +1,18 @@
 // The records that put items into sections, and those that open scopes.
-#include "zoff/ZOFFReaderInline.h"
-
 #include "support/HException.h"
+#include "support/HString.h"
+#include "zoff/ZOFFExpr.h"
+#include "zoff/ZOFFInsn.h"
 #include "zoff/ZOFFItems.h"
 #include "zoff/ZOFFMarker.h"
 #include "zoff/ZOFFModule.h"
+#include "zoff/ZOFFObject.h"
+#include "zoff/ZOFFReader.h"
+#include "zoff/ZOFFReaderInline.h" // the steps of the reader
+#include "zoff/ZOFFScope.h"
 #include "zoff/ZOFFSection.h"
 #include "zoff/ZOFFSymbol.h"
+#include "zoff/ZOFFTags.h"
 
 void ZOFFReader::place(ZOFFInsn* insn)
 {

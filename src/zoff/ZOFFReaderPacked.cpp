@@ -1,11 +1,20 @@
 // The bulk of an executable: instructions without surprises, and the source positions between them. They
 // are checked as the records of any other file are, but they go into their fragment packed
 // (ZOFFPackedItems.h) and not as objects.
+#include "zoff/ZOFFExpr.h"
+#include "zoff/ZOFFFragment.h"
+#include "zoff/ZOFFInsn.h"
+#include "zoff/ZOFFItemPacker.h"
+#include "zoff/ZOFFObject.h"
+#include "zoff/ZOFFPackedItems.h"
+#include "zoff/ZOFFProcessor.h"
+#include "zoff/ZOFFReader.h"
 #include "zoff/ZOFFReaderInline.h"
 
 #include "zoff/ZOFFMarker.h"
-#include "zoff/ZOFFModule.h"
 #include "zoff/ZOFFSection.h"
+#include "zoff/ZOFFTags.h"
+#include "zoff/limits.h"
 
 #include <initializer_list>
 

@@ -1,14 +1,17 @@
 // The reader's operand stack: what the records take from it, and the faults of those that take what is
 // not there.
-#include "zoff/ZOFFReaderInline.h"
-
 #include "support/HException.h"
+#include "support/HString.h"
 #include "zoff/ZOFFExpr.h"
 #include "zoff/ZOFFMarker.h"
+#include "zoff/ZOFFObject.h"
+#include "zoff/ZOFFReader.h"
+#include "zoff/ZOFFReaderInline.h" // the steps of the reader
 #include "zoff/ZOFFScope.h"
 #include "zoff/ZOFFSection.h"
 #include "zoff/ZOFFSymbol.h"
 #include "zoff/ZOFFType.h"
+#include "zoff/limits.h"
 
 void ZOFFReader::bad(const char* what)
 {

@@ -1,8 +1,14 @@
 // The records that build types.
 #include "support/HException.h"
-#include "zoff/ZOFFReaderInline.h"
+#include "support/HString.h"
+#include "zoff/ZOFFExpr.h"
+#include "zoff/ZOFFObject.h"
+#include "zoff/ZOFFReader.h"
+#include "zoff/ZOFFReaderInline.h" // the steps of the reader
 #include "zoff/ZOFFSymbol.h"
+#include "zoff/ZOFFTags.h"
 #include "zoff/ZOFFType.h"
+#include "zoff/limits.h"
 
 ZOFFStrucType* ZOFFReader::popStruc()
 {

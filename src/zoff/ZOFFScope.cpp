@@ -1,6 +1,7 @@
 #include "zoff/ZOFFScope.h"
 
 #include "support/HException.h"
+#include "zoff/ZOFFTags.h"
 #include "zoff/limits.h"
 
 ZOFFScope::ZOFFScope(ZOFFTag kind, ZOFFMarkerExpr* start, ZOFFMarkerExpr* end)

@@ -1,8 +1,10 @@
 // A scope: names, inner scopes, and the range of code in which they hold.
 #pragma once
 
+#include "support/HString.h"
 #include "zoff/PoolContainers.h"
 #include "zoff/ZOFFObject.h"
+#include "zoff/ZOFFTags.h"
 
 class ZOFFMarkerExpr;
 class ZOFFSymbol;

@@ -1,5 +1,8 @@
 #include "zoff/ZOFFSection.h"
 
+#include "zoff/ZOFFInsn.h"
+#include "zoff/ZOFFPackedItems.h"
+
 #include <algorithm>
 #include <cstring>
 

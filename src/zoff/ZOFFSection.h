@@ -1,8 +1,12 @@
 // A section: fragments of code or data, with the addresses that they span.
 #pragma once
 
+#include "support/HString.h"
 #include "zoff/PoolContainers.h"
 #include "zoff/ZOFFFragment.h"
+#include "zoff/ZOFFInsn.h"
+#include "zoff/ZOFFObject.h"
+#include "zoff/ZOFFPackedItems.h"
 
 class ZOFFSection : public ZOFFObject {
 public:

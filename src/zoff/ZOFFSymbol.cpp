@@ -1,5 +1,6 @@
 #include "zoff/ZOFFSymbol.h"
 
+#include "support/HString.h"
 #include "zoff/ZOFFScope.h"
 
 void ZOFFSymbol::setScope(ZOFFScope* scope)

@@ -1,7 +1,10 @@
 // A named value: a label, a variable, a function, a number.
 #pragma once
 
+#include "support/HString.h"
 #include "zoff/ZOFFExpr.h"
+#include "zoff/ZOFFObject.h"
+#include "zoff/ZOFFScope.h"
 
 class ZOFFLocus;
 

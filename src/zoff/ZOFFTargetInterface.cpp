@@ -2,6 +2,7 @@
 
 #include "support/HException.h"
 #include "target/memory/TargetMemoryInterface.h"
+#include "zoff/ZOFFInsn.h"
 #include "zoff/ZOFFModule.h"
 #include "zoff/ZOFFSection.h"
 

@@ -1,7 +1,10 @@
 #include "zoff/ZOFFType.h"
 
 #include "support/HException.h"
+#include "support/HString.h"
+#include "zoff/ZOFFObject.h"
 #include "zoff/ZOFFSymbol.h"
+#include "zoff/ZOFFTags.h"
 #include "zoff/ZOFFTypeName.h"
 #include "zoff/limits.h"
 

@@ -2,8 +2,11 @@
 // pointer that was declared ahead gets its target, and a printed name is kept.
 #pragma once
 
+#include "support/HString.h"
 #include "zoff/PoolContainers.h"
 #include "zoff/ZOFFExpr.h"
+#include "zoff/ZOFFObject.h"
+#include "zoff/ZOFFTags.h"
 
 class ZOFFField;
 class ZOFFTypeName;

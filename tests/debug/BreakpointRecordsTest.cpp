@@ -1,5 +1,7 @@
 // Breakpoints as users write them, and the records that they become.
 #include "debug/evaluation/ExpressionContext.h"
+#include "debug/monitor/HBreakpoint.h"
+#include "debug/run/DebuggerBreakpoint.h"
 #include "tests/debug/DebuggerFixture.h"
 #include "tests/support/Failure.h"
 

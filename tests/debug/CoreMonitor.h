@@ -7,8 +7,11 @@
 #include "debug/monitor/HMonitor.h"
 #include "maxq30/cpu/MAXQ30Registers.h"
 #include "sim/Core.h"
+#include "support/Endian.h"
 #include "support/HException.h"
 #include "support/Path.h"
+#include "target/TargetRegisterInterface.h"
+#include "target/memory/TargetMemoryInterface.h"
 #include "tests/target/FakeTarget.h"
 
 #include <algorithm>

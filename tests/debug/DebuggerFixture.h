@@ -1,11 +1,17 @@
 // The debugger over a program that is assembled and runs on the processor's core.
 #pragma once
 
+#include "debug/run/DebuggerBreakpoint.h"
 #include "debug/symbols/SymbolicDebug.h"
 #include "maxq30/cpu/MAXQ30Debugger.h"
+#include "support/Path.h"
+#include "target/FakeTarget.h"
 #include "target/io/TargetIOServer.h"
 #include "tests/debug/CoreMonitor.h"
 #include "tests/tools/kvas/Sources.h"
+#include "tools/kvas/Diagnostics.h"
+#include "tools/kvas/Link.h"
+#include "zoff/ZOFFDebugIndex.h"
 
 #include <optional>
 

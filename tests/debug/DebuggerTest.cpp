@@ -1,5 +1,7 @@
 // Sessions of the debugger: a program and its requests, lines and names, disassembled text, memories.
+#include "maxq30/cpu/MAXQ30Registers.h"
 #include "support/HException.h"
+#include "support/Path.h"
 #include "tests/debug/DebuggerFixture.h"
 #include "zoff/ZOFFfiles.h"
 

@@ -354,6 +354,14 @@ TEST_F(Evaluator, LargeDisplaysReadInPiecesAndEnd)
     shown("(short[100000])0x1000");
     EXPECT_LE(program->reads, 200000 / 1024 + 2);
     EXPECT_EQ(builder.paths.size(), 100'000);
+    builder.limit = 8;
+    program->reads = program->bytesRead = 0;
+    shown("(short[100000])0x1000");
+    EXPECT_EQ(program->reads, 1);
+    EXPECT_EQ(program->bytesRead, 16) << "no more than is shown";
+    program->reads = 0;
+    shown("pt");
+    EXPECT_EQ(program->reads, 1);
 
     // A value of up to 1,024 bytes is read at once, a larger one on demand.
     program->reads = 0;

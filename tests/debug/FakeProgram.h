@@ -54,6 +54,7 @@ public:
     unsigned readMemory(unsigned address, unsigned count, unsigned char* bytes) override
     {
         ++reads;
+        bytesRead += int(count);
         return move(data, DataStart, address, count, [&](unsigned char* at) { memcpy(bytes, at, count); });
     }
     unsigned writeMemory(unsigned address, unsigned count, const unsigned char* bytes) override
@@ -77,7 +78,7 @@ public:
     std::map<unsigned, uint64_t> registers;
     uint32_t pc = 0;
     int adjustment = 0;
-    int reads = 0;
+    int reads = 0, bytesRead = 0;
 
 private:
     template <typename Move>

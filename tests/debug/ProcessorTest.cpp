@@ -1,4 +1,9 @@
 // What the processor's side of the debugger knows: where instructions lead, and which calls lie on the stack.
+#include "debug/evaluation/ExpressionContext.h"
+#include "expression/ExpressionType.h"
+#include "maxq30/cpu/MAXQ30Registers.h"
+#include "support/HException.h"
+#include "support/Path.h"
 #include "tests/debug/DebuggerFixture.h"
 #include "tests/debug/FakeProgram.h"
 #include "tests/support/Failure.h"

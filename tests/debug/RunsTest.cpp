@@ -1,5 +1,8 @@
 // Runs, stops, steps and breakpoints of a program.
 #include "debug/monitor/DebuggerBreakpointFailure.h"
+#include "debug/run/DebuggerBreakpoint.h"
+#include "maxq30/cpu/MAXQ30Registers.h"
+#include "support/Path.h"
 #include "tests/debug/DebuggerFixture.h"
 #include "tests/support/Failure.h"
 

@@ -1,8 +1,11 @@
 // The index over an executable: lines, symbols, scopes, types.
+#include "debug/symbols/SourceAddressMapping.h"
 #include "debug/symbols/SymbolicDebug.h"
+#include "support/HString.h"
+#include "support/Path.h"
 #include "tests/tools/kvas/Sources.h"
-#include "zoff/ZOFFFragment.h"
 #include "zoff/ZOFFScope.h"
+#include "zoff/ZOFFSymbol.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // Lines of the prompt as scripts.
 #include "driver/console/ShortCommands.h"
-#include "support/Failure.h"
+#include "support/HException.h"
 
 #include <QSet>
 

@@ -1,6 +1,7 @@
 // Lines of source files that may be anything.
 #include "driver/session/SourceText.h"
-#include "tests/support/TempDir.h"
+#include "support/Path.h"
+#include "support/TempDir.h"
 
 #include <gtest/gtest.h>
 

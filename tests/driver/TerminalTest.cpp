@@ -1,6 +1,8 @@
 // The console: lines from a pipe, the line editor and what it draws, keys of a terminal.
 #include "driver/session/Completer.h"
+#include "driver/terminal/KeyDecoder.h"
 #include "driver/terminal/TextTargetIOServerTerminal.h"
+#include "sim/Program.h"
 
 #include <QCoreApplication>
 
@@ -73,6 +75,8 @@ private:
     int m_read = -1;
     int m_write = -1;
 };
+
+} // namespace
 
 TEST_F(Console, PipedLinesAndCharacters)
 {
@@ -252,5 +256,3 @@ TEST(Keys, SequencesMayComeInPieces)
     EXPECT_EQ(whole.seen, "[a]01346[b]28");
     EXPECT_EQ(torn.seen, whole.seen);
 }
-
-} // namespace

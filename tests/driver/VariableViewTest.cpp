@@ -1,8 +1,10 @@
 // What the two views make of the items of a display.
+#include "debug/evaluation/VariableListBuilder.h"
 #include "driver/console/JavaScriptVariableView.h"
 #include "driver/session/TextVariableView.h"
 #include "expression/ExpressionType.h"
 #include "script/engine/ESContext.h"
+#include "script/engine/ESStringPool.h"
 #include "script/native/ESLibrary.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,7 @@
 // Values: what operators make of them, and how they print.
+#include "expression/ExpressionType.h"
+#include "expression/ExpressionOperator.h"
+#include "expression/ParserException.h"
 #include "expression/VariablesParser.h"
 #include "support/Failure.h"
 

@@ -1,5 +1,5 @@
+#include "expression/Lexer.h"
 #include "expression/CStyleLexer.h"
-#include "expression/ParserException.h"
 #include "expression/limits.h"
 #include "support/Failure.h"
 

@@ -1,4 +1,6 @@
 // Trees and their evaluation, over a parser with a handful of variables.
+#include "expression/ExpressionType.h"
+#include "expression/ParserException.h"
 #include "expression/SimpleExpressionParser.h"
 #include "expression/VariablesParser.h"
 #include "support/Failure.h"

@@ -1,8 +1,11 @@
 // A parser over named numbers, arrays of them and one record, enough to evaluate every kind of node.
 #pragma once
 
+#include "expression/BaseType.h"
 #include "expression/CStyleLexer.h"
 #include "expression/ExpressionParser.h"
+#include "expression/ExpressionType.h"
+#include "expression/MarkerType.h"
 #include "expression/ParserException.h"
 
 #include <QMap>

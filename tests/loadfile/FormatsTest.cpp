@@ -7,7 +7,7 @@
 #include "support/HException.h"
 
 #include "support/TempDir.h"
-#include "tests/support/Failure.h"
+#include "support/Failure.h"
 
 #include <random>
 

@@ -1,9 +1,13 @@
 // The load file model: types by name, lists, overlaps, contiguous sections, patches.
 #include "loadfile/BinaryLoadFile.h"
+#include "loadfile/FileInput.h"
 #include "loadfile/LoadFileFactory.h"
+#include "loadfile/LoadFileInterface.h"
 #include "loadfile/LoadFileList.h"
+#include "loadfile/LoadFileSection.h"
+#include "support/HException.h"
 #include "support/TempDir.h"
-#include "tests/support/Failure.h"
+#include "support/Failure.h"
 
 #include <cstring>
 

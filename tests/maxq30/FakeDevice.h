@@ -4,7 +4,8 @@
 
 #include "maxq30/jtag/HDataLink.h"
 #include "maxq30/jtag/MAXQ30JTAGTargetInterface.h"
-#include "support/Failure.h"
+#include "maxq30/jtag/maxqd.h"
+#include "support/Endian.h"
 #include "support/HException.h"
 #include "target/FakeTarget.h"
 

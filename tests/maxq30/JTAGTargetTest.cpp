@@ -2,9 +2,14 @@
 #include "debug/monitor/DebuggerBreakpointFailure.h"
 #include "debug/monitor/HBreakpoint.h"
 #include "maxq30/FakeDevice.h"
+#include "maxq30/cpu/MAXQ30Registers.h"
 #include "maxq30/jtag/DebugAccess.h"
 #include "maxq30/jtag/MAXQ30JTAGMemoryInterface.h"
 #include "maxq30/jtag/MAXQ30JTAGRegisters.h"
+#include "maxq30/jtag/MAXQ30JTAGTargetInterface.h"
+#include "support/Endian.h"
+#include "support/HException.h"
+#include "target/memory/TargetMemoryInterface.h"
 
 #include <cstdio>
 

@@ -4,6 +4,8 @@
 #include "project/PropertyValue.h"
 #include "script/engine/ESContext.h"
 #include "script/native/ESLibrary.h"
+#include "support/HException.h"
+#include "target/memory/TargetMemoryInterface.h"
 
 #include <numeric>
 

@@ -5,8 +5,11 @@
 #include "maxq30/jtag/HSerialLink.h"
 #include "maxq30/jtag/MAXQ30Serial2JTAGTargetInterface.h"
 #include "maxq30/jtag/maxq_serial2jtag.h"
+#include "maxq30/jtag/maxqd.h"
 #include "project/PropertyValue.h"
+#include "support/HException.h"
 #include "support/TempDir.h"
+#include "target/FakeTarget.h"
 
 #include <chrono>
 #include <sys/file.h>

@@ -1,9 +1,15 @@
 // The simulated monitor on a processor of three lines: breakpoints, chains, data matches, errors, trace
 // and execution counts.
+#include "debug/monitor/HBreakpoint.h"
+#include "debug/monitor/HMonitor.h"
+#include "maxq30/sim/PeripheralSimulator.h"
+#include "maxq30/sim/SimulatedBreakpoints.h"
 #include "maxq30/sim/SimulatedHMonitor.h"
+#include "project/PropertyValue.h"
 #include "support/HException.h"
 #include "support/TempDir.h"
 #include "target/TargetRegisterInterface.h"
+#include "target/memory/TargetMemoryInterface.h"
 
 #include <QCoreApplication>
 #include <QTimer>

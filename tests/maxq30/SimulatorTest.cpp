@@ -1,9 +1,12 @@
 // The simulator target with the real library, set up by a solution as a user would.
 #include "debug/monitor/HBreakpoint.h"
+#include "debug/monitor/HMonitor.h"
 #include "maxq30/cpu/MAXQ30Registers.h"
 #include "maxq30/sim/MAXQ30Simulator.h"
 #include "project/MAXQ30BuildSystem.h"
 #include "project/MAXQ30ProjectSystem.h"
+#include "project/StandardBuildSystem.h"
+#include "project/StandardProjectSystem.h"
 #include "support/HException.h"
 #include "support/TempDir.h"
 #include "target/TargetRegisterInterface.h"

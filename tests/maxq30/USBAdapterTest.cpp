@@ -2,9 +2,13 @@
 // library's own.
 #include "maxq30/FakeDevice.h"
 #include "maxq30/jtag/MAXQ30TetherTargetInterface.h"
+#include "maxq30/jtag/USBDeviceList.h"
 #include "maxq30/jtag/UsbTetherDataLink.h"
+#include "maxq30/jtag/maxqd.h"
 #include "maxq30/jtag/maxqd_tether_usb.h"
 #include "project/PropertyValue.h"
+#include "support/HException.h"
+#include "target/FakeTarget.h"
 
 #include <cstring>
 #include <usb.h>

@@ -2,8 +2,8 @@
 #include "project/EnvironmentSettings.h"
 #include "support/HException.h"
 #include "support/Path.h"
-#include "tests/support/Failure.h"
-#include "tests/support/TempDir.h"
+#include "support/Failure.h"
+#include "support/TempDir.h"
 
 #include <QLocale>
 
@@ -13,6 +13,8 @@ std::string expand(const MacroSystem::Macros& macros, const char* text)
 {
     return MacroSystem::replaceMacros(macros, QString::fromUtf8(text)).toStdString();
 }
+
+} // namespace
 
 TEST(MacroSystem, Expansion)
 {
@@ -99,5 +101,3 @@ TEST(MacroSystem, GlobalMacrosLiveInTheSettings)
     macroSystem.setSettings(nullptr);
     EXPECT_EQ(macroSystem.globalMacro("TestSystem"), "/b");
 }
-
-} // namespace

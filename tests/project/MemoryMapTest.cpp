@@ -1,5 +1,9 @@
+#include "project/memorymap/MemoryMap.h"
+#include "project/memorymap/MemoryMapElement.h"
 #include "project/memorymap/MemoryMapOpenFiles.h"
-#include "tests/support/TempDir.h"
+#include "project/xml/MacroText.h"
+#include "support/Pool.h"
+#include "support/TempDir.h"
 
 #include <QFile>
 
@@ -25,6 +29,8 @@ std::string names(const QList<MemoryMapElement*>& list)
         text += each->name().toStdString() + QString::asprintf("@%x ", each->address()).toStdString();
     return text;
 }
+
+} // namespace
 
 TEST(MemoryMap, AddressesCountFromTheEnclosingElement)
 {
@@ -134,5 +140,3 @@ TEST(MemoryMap, OpenFilesAreReloadedWhenTheyChange)
     EXPECT_EQ(MemoryMapOpenFiles::getMemoryMapFile(q(file), macros), nullptr);
     EXPECT_EQ(MemoryMapOpenFiles::getMemoryMapFile("/no/such/map", macros), nullptr);
 }
-
-} // namespace

@@ -1,3 +1,4 @@
+#include "project/PropertyClass.h"
 #include "project/PropertyValue.h"
 #include "project/xml/XMLDocument.h"
 
@@ -28,6 +29,8 @@ PropertyClass make(PropertyClass::Type type)
 {
     return PropertyClass("n", type, QString("d"), "p", "g", "s", "l");
 }
+
+} // namespace
 
 TEST(PropertyValue, Conversions)
 {
@@ -153,5 +156,3 @@ TEST(PropertyValueList, OneValueAClass)
     classes.appendUnique(&a);
     EXPECT_EQ(classes.size(), 1);
 }
-
-} // namespace

@@ -1,9 +1,12 @@
 #include "project/EnvironmentSettings.h"
 #include "project/MacroSystem.h"
 #include "project/PackageSystem.h"
+#include "project/PropertyClass.h"
+#include "project/PropertyValue.h"
 #include "support/HException.h"
-#include "tests/support/Failure.h"
-#include "tests/support/TempDir.h"
+#include "support/Path.h"
+#include "support/Failure.h"
+#include "support/TempDir.h"
 
 #include <QDir>
 
@@ -20,6 +23,8 @@ std::string contents(const std::string& path)
     text << std::ifstream(path).rdbuf();
     return text.str();
 }
+
+} // namespace
 
 TEST(Settings, EntriesSurviveTheFile)
 {
@@ -215,6 +220,7 @@ TEST(PackageSystem, DirectoriesAndTheirFiles)
     std::string targets = directory / "home/.forgeline/maxq30/packages/targets";
     std::string kept = directory.write("home/.forgeline/maxq30/packages/targets/frequencies.xml", "mine");
     PackageSystem::setupPackageMacros(macroSystem, "$(BenchUserDir)/packages");
+    PackageSystem::createPackageFiles(macroSystem);
     EXPECT_EQ(macroSystem.systemMacro("TargetsDir").toStdString(), targets);
     EXPECT_TRUE(macroSystem.systemMacro("SamplesDir").endsWith("/packages/samples"));
     EXPECT_EQ(contents(kept), "mine");
@@ -224,12 +230,11 @@ TEST(PackageSystem, DirectoriesAndTheirFiles)
         "  <include filename=\"$(BenchDir)/targets/project_templates.xml\" no_root=\"1\" />\n</projects>\n");
     std::filesystem::remove(kept);
     PackageSystem::setupPackageMacros(macroSystem, "$(BenchUserDir)/packages");
+    PackageSystem::createPackageFiles(macroSystem);
     EXPECT_EQ(contents(kept),
               "<envelope>\n  <include filename=\"$(BenchDir)/targets/frequencies.xml\" />\n</envelope>\n");
     std::string plain = directory.write("plain", "");
-    EXPECT_EQ(
-        failureOf([&] { PackageSystem::setupPackageMacros(macroSystem, QString::fromStdString(plain)); }),
-        "cannot create " + plain + "/targets/frequencies.xml");
+    PackageSystem::setupPackageMacros(macroSystem, QString::fromStdString(plain));
+    EXPECT_EQ(failureOf([] { PackageSystem::createPackageFiles(macroSystem); }),
+              "cannot create " + plain + "/targets/frequencies.xml");
 }
-
-} // namespace

@@ -4,8 +4,12 @@
 #include "project/MAXQ30BuildSystem.h"
 #include "project/MAXQ30ProjectSystem.h"
 #include "project/MacroSystem.h"
+#include "project/ProjectElement.h"
+#include "project/PropertyClass.h"
 #include "project/SolutionLoadError.h"
-#include "tests/support/TempDir.h"
+#include "project/StandardBuildSystem.h"
+#include "project/StandardProjectSystem.h"
+#include "support/TempDir.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,12 @@
+#include "project/BuildSystem.h"
 #include "project/MacroSystem.h"
+#include "project/ProjectElement.h"
+#include "project/ProjectSystem.h"
 #include "project/ProjectTemplates.h"
-#include "tests/project/SolutionFixture.h"
+#include "project/PropertyValueGroups.h"
+#include "project/SolutionFixture.h"
+#include "project/SolutionLoadError.h"
+#include "support/HException.h"
 
 #include <QFile>
 
@@ -14,6 +20,14 @@ protected:
         templatesFile = q(directory.write("templates.xml", "<projects>" + body + "</projects>"));
     }
 };
+
+const char* const GroupFile = R"(<groups><if Big="1"><group name="Never"/></if>
+    <group name="Core" default="Small" short="Core size" group="CPU">
+      <groupEntry name="Small"><property name="a" value="1"/><property name="d" value="2" configuration="Debug"/></groupEntry>
+      <groupEntry name="Large"><property name="a" value="9"/><property name="e" value="3"/></groupEntry>
+    </group></groups>)";
+
+} // namespace
 
 TEST_F(Templates, AProjectIsFilledFromItsTemplate)
 {
@@ -79,12 +93,6 @@ TEST_F(Templates, MissingAndDamagedTemplateFiles)
     EXPECT_EQ(templates.findConfiguration("Other"), nullptr);
 }
 
-const char* const GroupFile = R"(<groups><if Big="1"><group name="Never"/></if>
-    <group name="Core" default="Small" short="Core size" group="CPU">
-      <groupEntry name="Small"><property name="a" value="1"/><property name="d" value="2" configuration="Debug"/></groupEntry>
-      <groupEntry name="Large"><property name="a" value="9"/><property name="e" value="3"/></groupEntry>
-    </group></groups>)";
-
 TEST_F(Templates, AGroupEntryStandsForManySettings)
 {
     std::string groupFile = directory.write("groups.xml", GroupFile);
@@ -138,5 +146,3 @@ TEST_F(Templates, ATemplateMayChooseGroupEntries)
     EXPECT_EQ(string(project("P"), "e", "Debug"), "3");
     EXPECT_EQ(string(project("P"), "Free", "Debug"), "v");
 }
-
-} // namespace

@@ -1,6 +1,8 @@
 #include "project/xml/XMLDocument.h"
+#include "project/xml/XMLNode.h"
 #include "project/xml/XMLWriter.h"
-#include "tests/support/TempDir.h"
+#include "support/Pool.h"
+#include "support/TempDir.h"
 
 #include <QString>
 
@@ -38,6 +40,8 @@ struct Case {
     const char* expected;
     bool keepText = false;
 };
+
+} // namespace
 
 TEST(XMLDocument, ReadsWhatTheFilesHold)
 {
@@ -226,5 +230,3 @@ TEST(XMLDocument, BytesThatAreNoUtf8AreLatin1)
     EXPECT_EQ(xmlText("\xe9"), QString(QChar(0xe9)));
     EXPECT_FALSE(xmlText("").isNull());
 }
-
-} // namespace

@@ -2,7 +2,7 @@
 
 #include "script/host/BuiltinScript.h"
 #include "script/host/ESQObject.h"
-#include "tests/support/Failure.h"
+#include "support/Failure.h"
 
 #include <gtest/gtest.h>
 
@@ -50,6 +50,8 @@ private:
 };
 
 namespace {
+
+} // namespace
 
 TEST(HostBinding, QtPropertiesAreReadAndWritten)
 {
@@ -207,6 +209,11 @@ TEST(Objects, ContextsShareThePoolAndNothingElse)
     EXPECT_EQ(first.value("f()"), "1");
 }
 
-} // namespace
-
 #include "BindingTest.moc"
+#include "script/engine/ESContext.h"
+#include "script/engine/ESException.h"
+#include "script/engine/ESObject.h"
+#include "script/engine/ESString.h"
+#include "script/engine/ESStringPool.h"
+#include "script/engine/ESValue.h"
+#include "support/HException.h"

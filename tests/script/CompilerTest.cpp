@@ -1,10 +1,23 @@
 #include "ScriptFixture.h"
 
+#include "script/engine/ESCode.h"
 #include "script/engine/ESCompiler.h"
+#include "script/engine/ESContext.h"
+#include "script/engine/ESStringPool.h"
 
 #include <gtest/gtest.h>
 
 namespace {
+
+QString dump(const char* source)
+{
+    ScriptWorld world;
+    ESCompiler compiler(&world.context());
+    compiler.setSource(QString::fromLatin1(source));
+    return ESCompiler::dumpcode(compiler.parse().get());
+}
+
+} // namespace
 
 // Message for a source that must not compile, or compiles and then fails.
 TEST(Compiler, SyntaxErrorsNameLineAndToken)
@@ -72,14 +85,6 @@ TEST(Compiler, CompletionValueIsThatOfTheLastStatement)
     EXPECT_EQ(world.value("a: { if (!x) break a; 5 }"), "5");
     EXPECT_EQ(world.value("7; a: for (;;) break a"), "undefined");
     EXPECT_EQ(world.value("a: b: if (x) break a; else break b"), "undefined");
-}
-
-QString dump(const char* source)
-{
-    ScriptWorld world;
-    ESCompiler compiler(&world.context());
-    compiler.setSource(QString::fromLatin1(source));
-    return ESCompiler::dumpcode(compiler.parse().get());
 }
 
 TEST(Compiler, EqualFormsGiveEqualCode)
@@ -184,5 +189,3 @@ TEST(Compiler, WarnsOnceOfBlocksThatDoNotRun)
     EXPECT_EQ(world.context().takeWarnings().size(), 1u);
     EXPECT_TRUE(world.context().takeWarnings().empty());
 }
-
-} // namespace

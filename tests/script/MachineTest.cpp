@@ -1,12 +1,56 @@
 #include "ScriptFixture.h"
 
+#include "script/engine/ESContext.h"
+#include "script/engine/ESRealm.h"
+#include "script/engine/ESValue.h"
 #include "script/native/ESNativeGlobal.h"
+#include "sim/Machine.h"
 #include "support/HException.h"
-#include "tests/support/TempDir.h"
+#include "support/TempDir.h"
 
 #include <gtest/gtest.h>
 
 namespace {
+
+class Budget : public ESContext {
+public:
+    explicit Budget(Ask ask = Ask::EachInstruction) : ESContext(ask) {}
+    bool carryOnExecuting() override { return --left > 0; }
+    long left = 1000000;
+};
+
+class NowAndThen : public Budget {
+public:
+    NowAndThen() : Budget(Ask::NowAndThen) {}
+};
+
+template <typename Context> void stopsRunaways()
+{
+    const char* sources[] = {
+        "for (;;) ;",
+        "while (1) x = 1;",
+        "function f(n) { while (n < 40) f(n + 1) } f(0)",
+        "new Array(4294967295).reverse()",
+        "[3, 2, 1].sort(function() { for (;;) ; })",
+        "o = { toString: function() { for (;;) ; } }; o + ''",
+        "eval('for (;;) ;')",
+        "for (k in { a: 1 }) for (;;) ;",
+        "new (function() { do { } while (1) })",
+        "'a'.replace('a', function() { for (;;) ; }); for (;;) ;",
+    };
+    for (const char* source : sources) {
+        ScriptWorldOf<Context> world;
+        world.context().left = 3000;
+        ESCompletion completion = world.run(source);
+        EXPECT_TRUE(world.context().stopped()) << source << world.output().toStdString();
+        EXPECT_EQ(completion.type, ESCompletion::Normal);
+        world.context().left = 1000000;
+        EXPECT_EQ(world.value("var n = 0; for (var i = 0; i < 5000; i++) n++; n"), "5000");
+        EXPECT_FALSE(world.context().stopped());
+    }
+}
+
+} // namespace
 
 TEST(Machine, FailuresCarryLineKindAndText)
 {
@@ -113,44 +157,6 @@ TEST(Machine, StringsHaveAnEndAndLongOnesAreCheapToBuild)
         "fatal: string too long");
 }
 
-class Budget : public ESContext {
-public:
-    explicit Budget(Ask ask = Ask::EachInstruction) : ESContext(ask) {}
-    bool carryOnExecuting() override { return --left > 0; }
-    long left = 1000000;
-};
-
-class NowAndThen : public Budget {
-public:
-    NowAndThen() : Budget(Ask::NowAndThen) {}
-};
-
-template <typename Context> void stopsRunaways()
-{
-    const char* sources[] = {
-        "for (;;) ;",
-        "while (1) x = 1;",
-        "function f(n) { while (n < 40) f(n + 1) } f(0)",
-        "new Array(4294967295).reverse()",
-        "[3, 2, 1].sort(function() { for (;;) ; })",
-        "o = { toString: function() { for (;;) ; } }; o + ''",
-        "eval('for (;;) ;')",
-        "for (k in { a: 1 }) for (;;) ;",
-        "new (function() { do { } while (1) })",
-        "'a'.replace('a', function() { for (;;) ; }); for (;;) ;",
-    };
-    for (const char* source : sources) {
-        ScriptWorldOf<Context> world;
-        world.context().left = 3000;
-        ESCompletion completion = world.run(source);
-        EXPECT_TRUE(world.context().stopped()) << source << world.output().toStdString();
-        EXPECT_EQ(completion.type, ESCompletion::Normal);
-        world.context().left = 1000000;
-        EXPECT_EQ(world.value("var n = 0; for (var i = 0; i < 5000; i++) n++; n"), "5000");
-        EXPECT_FALSE(world.context().stopped());
-    }
-}
-
 TEST(Machine, OwnersStopRunawayScripts)
 {
     stopsRunaways<Budget>();
@@ -184,5 +190,3 @@ TEST(Machine, LoadLooksAlongThePathAndSwallowsFailures)
     EXPECT_EQ(world.value("load('self.js')"), "fatal: virtual machine stack too small");
     EXPECT_EQ(world.value("load('.')"), "false");
 }
-
-} // namespace

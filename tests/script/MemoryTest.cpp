@@ -36,10 +36,26 @@ TEST(Memory, WhatNothingKeepsIsGivenBack)
         QString calls = "for (var i = 0; i < 40000; i++) handle(i)";
         world.value(calls);
         size_t before = bytesOf(world);
+        int names = ESStringPool::count();
         for (int round = 0; round < 2; ++round)
             world.value(calls);
         EXPECT_LT(bytesOf(world), before + (5u << 20)) << handler;
+        EXPECT_EQ(ESStringPool::count(), names) << handler;
     }
+
+    // A host that evaluates a text for each access.
+    ScriptWorld world;
+    world.value("var last = ''; function load(a, n) { last = 'at ' + a + ' of ' + n; return a + n }");
+    auto loads = [&] {
+        for (int i = 0; i < 20000; ++i)
+            world.context().eval(QStringLiteral("load(0x%1, %2)\n").arg(i, 0, 16).arg(i % 7));
+    };
+    loads();
+    size_t before = bytesOf(world);
+    int names = ESStringPool::count();
+    loads();
+    EXPECT_LT(bytesOf(world), before + (5u << 20));
+    EXPECT_EQ(ESStringPool::count(), names);
 }
 
 // A script that makes garbage all the time while it holds on to values in every place that values can be in.

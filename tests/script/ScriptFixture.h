@@ -1,7 +1,11 @@
 // A context with a function print(...), which writes its arguments, separated by blanks, as one line.
 #pragma once
 
+#include "script/engine/ESClass.h"
 #include "script/engine/ESContext.h"
+#include "script/engine/ESException.h"
+#include "script/engine/ESObject.h"
+#include "script/engine/ESValue.h"
 #include "script/native/Builtin.h"
 #include "script/native/ESLibrary.h"
 

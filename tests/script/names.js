@@ -19,7 +19,7 @@ function G() {} print(G.length, typeof G.prototype, keys(G), G.hasOwnProperty("p
 function scoped() { var a0 = 0, a1 = 1, a2 = 2, a3 = 3, a4 = 4, a5 = 5, a6 = 6, a7 = 7, a8 = 8, a9 = 9; return function() { a0++; a9++; return a0 + a1 + a2 + a3 + a4 + a5 + a6 + a7 + a8 + a9; }; } var f1 = scoped(), f2 = scoped(); f1(); f1(); print(f1(), f2());
 function outer(n) { with ({ w: n }) { if (n > 1) return function() { return w; }; } return 0; } var w5 = outer(5), w6 = outer(6); print(w5(), w6(), outer(1)); function self() { var inner = function() { return this; }; return inner(); } var kept = self(); for (i = 0; i < 50; i++) self(); print(typeof kept.inner, typeof self().inner);
 o = {}; for (i = 9; i > 0; i -= 2) o["order_" + i] = i; for (i = 2; i < 10; i += 2) o["order_" + i] = i; delete o.order_9; o.order_9 = 0; delete o.order_3; t = ""; for (k in o) t += k + " "; print(t);
-a = []; for (i = 199990; i > 199900; i -= 30) a[i] = i; a[199950] = 1; for (i = 0; i < 5; i++) a[i] = i; t = ""; for (k in a) t += k + " "; print(t);
+a = []; for (i = 3999990; i > 3999900; i -= 30) a[i] = i; a[3999950] = 1; for (i = 0; i < 5; i++) a[i] = i; t = ""; for (k in a) t += k + " "; print(t);
 /* expect
 n1 n11 n13 n15 n17 n19 n21 n23 n25 n27 n29 n3 n5 n7 n9 
 n0 n1 n10 n11 n12 n13 n14 n15 n16 n17 n18 n19 n2 n20 n21 n22 n23 n24 n25 n26 n27 n28 n29 n3 n4 n5 n6 n7 n8 n9  0 -28 29
@@ -56,5 +56,5 @@ undefined true
 5 6 0
 undefined undefined
 order_9 order_7 order_5 order_1 order_2 order_4 order_6 order_8 
-0 1 2 3 4 199950 199990 199960 199930 
+0 1 2 3 4 3999950 3999990 3999960 3999930 
 */

@@ -1,6 +1,12 @@
 """Options, indirect files, listings and the texts of everything that stops a session before a target
 is touched."""
-from harness import SessionTest, main
+import contextlib
+import os
+import pathlib
+import pty
+import subprocess
+
+from harness import BIN, SessionTest, main
 
 USAGE_HEAD = ("Forgeline for MAXQ30 Loader - Release 2.0.0.2009012302.4051\n")
 
@@ -69,8 +75,6 @@ class Options(SessionTest):
         cases = [
             (["-target", "SIM"], unknown),
             (["-target", "sim", "-filetype", "elf", hexfile], 'unknown file type "elf"'),
-            (["-target", "sim", self.folder / "x" / "none.hex"], 'The file "none.hex" does not exist'),
-            (["-target", "sim", odd], 'Cannot determine type of file "a.Hex"'),
             (["-target", "sim", binary], "no load address specified (-loadaddress option)"),
             (["-target", "sim", "-loadaddress", "0x10", binary, second],
              "only one load file without address information can be specified"),
@@ -83,6 +87,14 @@ class Options(SessionTest):
             self.expect(result, 1, out="")
             if text is not None:
                 self.assertEqual(result.err, self.error(text), words)
+        # What a user can make of it stands on a line behind.
+        none = self.folder / "x" / "none.hex"
+        self.expect(self.qburn("-target", "sim", none), 1,
+                    err=self.error('The file "none.hex" does not exist') + f"looked for {none}\n")
+        self.expect(self.qburn("-target", "sim", odd), 1,
+                    err=self.error('Cannot determine type of file "a.Hex"') +
+                    "name its type with -filetype; known by the name's end: .kvx .bin .rom .hex .ihx .ihex .lst "
+                    ".txt .srec .s19 .s28 .s37 .mot\n")
         self.expect(self.qburn("-target", "sim"), 0, out="", err="")  # nothing to load
         self.expect(self.qburn("-target", "sim", "-project", "x", "-config", "y"), 0, out="", err="")
 
@@ -128,8 +140,87 @@ class Options(SessionTest):
 
     def test_home_that_cannot_be_written(self):
         self.environment["HOME"] = "/proc/nowhere"
-        result = self.qburn("-target", "sim", "-listtargets")
-        self.expect(result, 1, err=["error: cannot create /proc/nowhere/."])
+        result = self.qburn("-target", "sim", "-listfiletypes")
+        self.expect(result, 0, out=["File Types"])
+        self.assertRegex(result.err, r"^warning: cannot create /proc/nowhere/\.[^\n]*\n$")
+        # A directory that was named must do.
+        result = self.qburn("-target", "sim", "-packagesdir", "/proc/nowhere")
+        self.expect(result, 1, err=self.error("cannot create /proc/nowhere/targets/frequencies.xml"))
+        del self.environment["HOME"]
+        result = self.qburn("-target", "sim")
+        self.assertRegex(result.err, r"^warning: cannot create [^\n]*\n$")
+        self.assertEqual(result.status, 0)
+        self.assertFalse(pathlib.Path("/.forgeline").exists())
+
+    def test_a_typo_is_told_with_what_was_meant(self):
+        for typo, meant in (("-nodownlaod", "-nodownload"), ("-NoVerify", "-noverify"), ("--target", "-target"),
+                            ("-quite", "-quiet")):
+            result = self.qburn(typo, "-target", "sim")
+            self.expect(result, 0, err=f"{self.name()}: error: unrecognised option {typo}\ndid you mean {meant}?\n")
+        result = self.qburn("-" + "x" * 100000, "-target", "sim")
+        self.assertNotIn("did you mean", result.err)
+        # With -strict, wherever it stands, nothing is touched.
+        for words in (["-bogus", "-strict"], ["-strict", "-loadaddress", "x"], ["-strict", "-setprop"]):
+            result = self.qburn("-target", "nonsense", "-listfiletypes", *words)
+            self.assertEqual(result.status, 2, result)
+            self.assertEqual(result.err.count(": error: "), 1, result)
+            self.assertNotIn("nonsense", result.err)
+        self.expect(self.qburn("-strict", "-target", "sim"), 0, err="")
+
+    def test_a_terminal_is_asked_before_a_board_is_touched(self):
+        def session(answer, *words):
+            leader, follower = pty.openpty()
+            command = [BIN / "qburn", "-target", "serial_jtag", "-setprop", "Port Name=/dev/null", "a.hex", *words]
+            process = subprocess.Popen(command, cwd=self.folder, env=self.environment, stdin=follower,
+                                       stdout=subprocess.DEVNULL, stderr=follower)
+            os.close(follower)
+            seen = b""
+            with contextlib.suppress(OSError):  # the end of a pseudo-terminal
+                while True:
+                    seen += os.read(leader, 4096)
+                    if answer and seen.endswith(b"[y/N] "):
+                        os.write(leader, answer)
+                        answer = None
+            os.close(leader)
+            return process.wait(), seen.decode()
+
+        self.write("a.hex", ":0100000001FE\n:00000001FF\n")
+        status, seen = session(b"n\n", "-nodownlod")
+        self.assertEqual(status, 2, seen)
+        self.assertIn("did you mean -nodownload?\r\ngo on all the same? [y/N] ", seen)
+        for answer, words in ((b"y\n", ["-nodownlod"]), (None, [])):
+            status, seen = session(answer, *words)
+            self.assertEqual((status, "go on" in seen), (1, answer is not None), seen)
+            self.assertIn("\nerror: " if answer else "error: ", seen)
+
+    def test_help_version_and_the_list_for_other_programs(self):
+        usage = self.qburn("-help").err
+        for word in ("-h", "--help"):
+            self.expect(self.qburn(word), 0, out="", err=usage)
+        fixed, further = usage.split("Further options:\n\n")
+        self.assertNotIn("-entry", fixed)
+        self.assertIn("  -entry 'address'         ", further)
+        self.expect(self.qburn("--version"), 0, out=USAGE_HEAD, err="")
+        listed = self.qburn("-listoptions", "-target", "sim")
+        rows = [row.split("\t") for row in listed.out.splitlines()]
+        self.assertTrue(all(len(row) == 4 and row[0][0] == "-" and row[2] and row[3] for row in rows), listed)
+        self.assertEqual(sorted(row[0] for row in rows), sorted(set(row[0] for row in rows)))
+        for text, argument, _, _ in rows:
+            self.assertIn(f"  {text} {argument}".rstrip() + " ", usage)
+
+    def test_a_dry_run_touches_nothing(self):
+        self.write("a.hex", ":020010000102EB\n:00000001FF\n")
+        self.write("b.bin", b"12345")
+        words = ("-target", "serial_jtag", "-setprop", "Port Name=/no/such/port", "-dryrun")
+        self.expect(self.qburn(*words, "-loadaddress", "0x100", "b.bin", "a.hex"), 0, err="", out=(
+            "would connect to serial_jtag\n"
+            "would erase all memory\nwould program a.hex: 2 bytes at 0x00000010\nwould verify a.hex\n"
+            "would program b.bin: 5 bytes at 0x00000100\nwould verify b.bin\n"
+            "would reset the target\nwould disconnect\n"))
+        self.expect(self.qburn(*words, "-erase", "-reset"), 0, err="", out=(
+            "would connect to serial_jtag\nwould erase all memory\nwould reset the target\nwould disconnect\n"))
+        self.expect(self.qburn(*words, "-loadaddress", "0x10", "b.bin", "a.hex"), 1,
+                    err=self.error("cannot download multiple load files because they overlap"))
 
     def test_closed_and_full_output(self):
         with open("/dev/full", "wb") as full:

@@ -1,6 +1,8 @@
 // Random programs on the core and on the plain reference: what anybody can see is the same after every slice.
+#include "sim/Core.h"
 #include "sim/Program.h"
 #include "sim/Reference.h"
+#include "sim/maxqsim.h"
 
 #include <random>
 

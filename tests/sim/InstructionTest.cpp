@@ -1,5 +1,6 @@
 // What single instructions do to registers, flags and memory.
 #include "sim/Program.h"
+#include "sim/RegisterFile.h"
 
 namespace maxq30 {
 

@@ -1,5 +1,6 @@
 // The shared library through its exports, the parameter text, the ROM file and the trace.
 #include "sim/Program.h"
+#include "sim/maxqsim.h"
 #include "support/TempDir.h"
 
 #include <dlfcn.h>

@@ -3,6 +3,8 @@
 #pragma once
 
 #include "sim/Core.h"
+#include "sim/Machine.h"
+#include "sim/maxqsim.h"
 
 #include <gtest/gtest.h>
 #include <string>

@@ -1,6 +1,8 @@
 // The core as a whole: memories, errors, decoded forms, run and its ends, peripherals.
 #include "bench/sim/CrcProgram.h"
+#include "sim/Core.h"
 #include "sim/Program.h"
+#include "sim/limits.h"
 
 #include <stdexcept>
 

@@ -2,5 +2,6 @@
 #pragma once
 
 #include "maxq30/cpu/MAXQ30Processor.h"
+#include "zoff/ZOFFProcessor.h"
 
 inline const bool MAXQ30RecordsInstalled = (ZOFFProcessor::install(MAXQ30Processor), true);

@@ -1,5 +1,5 @@
-#include "support/Path.h"
 #include "support/QTx.h"
+#include "support/Path.h"
 #include "support/TempDir.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,6 @@
 // The download engine against a memory that notes every call.
+#include "loadfile/LoadFileSections.h"
+#include "project/PropertyValue.h"
 #include "support/Failure.h"
 #include "target/FakeTarget.h"
 

@@ -3,8 +3,11 @@
 #pragma once
 
 #include "loadfile/LoadFileInterface.h"
+#include "loadfile/LoadFileSection.h"
+#include "support/Endian.h"
 #include "support/HException.h"
 #include "target/TargetInterface.h"
+#include "target/download/TargetInterfaceHelperFunctions.h"
 #include "target/memory/TargetMemoryInterface.h"
 
 #include <cstring>

@@ -1,5 +1,6 @@
 // The target I/O server against a memory and a console of arrays: every operation of the table, the
 // format engine, and a target that asks for nonsense.
+#include "support/HException.h"
 #include "support/TempDir.h"
 #include "target/FakeTarget.h"
 #include "target/io/TargetIOServer.h"

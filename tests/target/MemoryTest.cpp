@@ -1,4 +1,5 @@
 // What a concrete memory inherits, and the two block cursors.
+#include "support/Endian.h"
 #include "target/FakeTarget.h"
 #include "target/memory/MemoryBlock.h"
 

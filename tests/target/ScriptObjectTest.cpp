@@ -1,6 +1,7 @@
 // The script object TargetInterface: every function, from a script.
 #include "script/engine/ESContext.h"
 #include "script/native/ESLibrary.h"
+#include "support/HException.h"
 #include "support/TempDir.h"
 #include "target/FakeTarget.h"
 

@@ -1,4 +1,11 @@
+#include "debug/symbols/SymbolicDebug.h"
+#include "loadfile/LoadFileInterface.h"
+#include "loadfile/LoadFileSections.h"
+#include "support/AddressRanges.h"
+#include "support/HString.h"
+#include "support/Path.h"
 #include "support/TempDir.h"
+#include "target/memory/TargetMemoryInterface.h"
 #include "tests/support/Failure.h"
 #include "tests/target/FakeTarget.h"
 #include "tests/zoff/Records.h"
@@ -6,9 +13,9 @@
 #include "zoff/ZOFFLoadFile.h"
 #include "zoff/ZOFFLoadFileFactory.h"
 #include "zoff/ZOFFModule.h"
+#include "zoff/ZOFFTags.h"
 #include "zoff/ZOFFTargetInterface.h"
 #include "zoff/ZOFFfiles.h"
-#include "zoff/limits.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>

@@ -1,9 +1,16 @@
 #include "support/HException.h"
+#include "support/HString.h"
+#include "support/Pool.h"
+#include "zoff/ZOFFExpr.h"
+#include "zoff/ZOFFInsn.h"
 #include "zoff/ZOFFItems.h"
 #include "zoff/ZOFFMarker.h"
 #include "zoff/ZOFFModule.h"
+#include "zoff/ZOFFObject.h"
+#include "zoff/ZOFFScope.h"
 #include "zoff/ZOFFSection.h"
 #include "zoff/ZOFFSymbol.h"
+#include "zoff/ZOFFTags.h"
 #include "zoff/ZOFFType.h"
 
 #include <gtest/gtest.h>

@@ -2,14 +2,22 @@
 // items are known.
 #include "maxq30/cpu/ZOFFMAXQ30Reader.h"
 #include "support/HByteStream.h"
+#include "support/HException.h"
 #include "tests/support/Failure.h"
 #include "tests/support/TempDir.h"
 #include "tests/zoff/Records.h"
+#include "zoff/ZOFFExpr.h"
+#include "zoff/ZOFFFragment.h"
+#include "zoff/ZOFFInput.h"
+#include "zoff/ZOFFInsn.h"
 #include "zoff/ZOFFItems.h"
 #include "zoff/ZOFFMarker.h"
 #include "zoff/ZOFFModule.h"
+#include "zoff/ZOFFObject.h"
+#include "zoff/ZOFFPackedItems.h"
 #include "zoff/ZOFFSection.h"
 #include "zoff/ZOFFSymbol.h"
+#include "zoff/ZOFFTags.h"
 
 #include <gtest/gtest.h>
 

@@ -1,13 +1,19 @@
 #include "maxq30/cpu/ZOFFMAXQ30Insn.h"
 #include "maxq30/cpu/ZOFFMAXQ30Reader.h"
+#include "support/HException.h"
+#include "support/HString.h"
 #include "tests/zoff/Records.h"
+#include "zoff/ZOFFInsn.h"
 #include "zoff/ZOFFItems.h"
 #include "zoff/ZOFFMarker.h"
 #include "zoff/ZOFFModule.h"
+#include "zoff/ZOFFObject.h"
+#include "zoff/ZOFFReader.h"
+#include "zoff/ZOFFScope.h"
 #include "zoff/ZOFFSection.h"
 #include "zoff/ZOFFSymbol.h"
+#include "zoff/ZOFFTags.h"
 #include "zoff/ZOFFType.h"
-#include "zoff/limits.h"
 
 #include <gtest/gtest.h>
 

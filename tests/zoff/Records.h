@@ -3,7 +3,7 @@
 #pragma once
 
 #include "support/HException.h"
-#include "tests/support/MAXQ30Records.h"
+#include "tests/support/MAXQ30Records.h" // installs the record
 #include "zoff/ZOFFReader.h"
 #include "zoff/ZOFFTags.h"
 

@@ -7,6 +7,7 @@
 #include "debug/symbols/SymbolTables.h"
 #include "debug/symbols/SymbolicDebug.h"
 #include "support/HException.h"
+#include "support/Path.h"
 #include "zoff/ZOFFSymbol.h"
 
 #include <algorithm>

@@ -6,6 +6,7 @@
 #pragma once
 
 #include "debug/disassembly/DisassemblyText.h"
+#include "support/Path.h"
 
 #include <QStringList>
 

@@ -46,8 +46,8 @@ void ZOFFExpressionEvaluator::fillMemoryBuffer(const MyMarker& marker, bool lazy
         pushBlock(std::make_unique<MemoryBlock>(std::move(bytes), endian()));
         block().setMemoryPointer(unsigned(marker.offset));
     } else if (lazy || marker.sizeInBytes > DisplayLimits::FilledAtOnce) {
-        pushBlock(std::make_unique<ObjectBlock>(*this, endian(), m_unreadable, marker.kind, marker.location(),
-                                                marker.sizeInBytes));
+        pushBlock(
+            std::make_unique<ObjectBlock>(*this, endian(), m_unreadable, marker.kind, marker.location()));
     } else {
         std::vector<unsigned char> bytes(marker.sizeInBytes);
         if (readSpace(marker.kind, marker.location(), marker.sizeInBytes, bytes.data()) != marker.sizeInBytes)

@@ -9,6 +9,15 @@ constexpr uint32_t PieceSize = 1024;
 
 } // namespace
 
+void ReadAhead::announce(uint32_t address, uint32_t size)
+{
+    uint32_t at = address - m_start;
+    if (at < m_size && size <= m_size - at)
+        return;
+    m_start = address;
+    m_size = size;
+}
+
 unsigned ReadAhead::fetch(int kind, unsigned address, unsigned count, unsigned char* bytes)
 {
     switch (kind) {
@@ -21,7 +30,7 @@ unsigned ReadAhead::fetch(int kind, unsigned address, unsigned count, unsigned c
 
 unsigned ReadAhead::read(int kind, unsigned address, unsigned count, unsigned char* bytes)
 {
-    uint32_t at = address - m_start; // in the object, or beyond it
+    uint32_t at = address - m_start; // in what is announced, or beyond it
     if (kind == m_kind && count <= PieceSize && at < m_size && count <= m_size - at) {
         uint32_t there = address - m_piece;
         if (there >= m_bytes.size() || count > m_bytes.size() - there) {
@@ -29,7 +38,7 @@ unsigned ReadAhead::read(int kind, unsigned address, unsigned count, unsigned ch
             m_piece = address;
             there = 0;
             if (fetch(kind, address, unsigned(m_bytes.size()), m_bytes.data()) != m_bytes.size())
-                m_bytes.clear(); // the object ends in nowhere; its beginning may still be there
+                m_bytes.clear(); // it ends in nowhere; its beginning may still be there
         }
         if (!m_bytes.empty()) {
             memcpy(bytes, m_bytes.data() + there, count);

@@ -8,12 +8,14 @@
 
 class ReadAhead : public LiveMemory {
 public:
-    // What lies in the object may be read before it is asked for. `failed` is set when a read fails; what
-    // it should have given is zeros.
-    ReadAhead(LiveMemory& memory, bool& failed, int kind, uint32_t address, uint32_t size)
-        : m_memory(memory), m_failed(failed), m_kind(kind), m_start(address), m_size(size)
+    // `failed` is set when a read fails; what it should have given is zeros.
+    ReadAhead(LiveMemory& memory, bool& failed, int kind) : m_memory(memory), m_failed(failed), m_kind(kind)
     {
     }
+
+    // All of this is going to be read, so that it may be read at once. A part of what is announced
+    // already changes nothing.
+    void announce(uint32_t address, uint32_t size);
 
     unsigned readPeripheralMemory(unsigned address, unsigned count, unsigned char* bytes) override;
     unsigned writePeripheralMemory(unsigned address, unsigned count, const unsigned char* bytes) override;
@@ -31,8 +33,8 @@ private:
     LiveMemory& m_memory;
     bool& m_failed;
     int m_kind;
-    uint32_t m_start;
-    uint32_t m_size;
+    uint32_t m_start = 0; // of what is announced
+    uint32_t m_size = 0;
     uint32_t m_piece = 0; // where the bytes come from
     std::vector<unsigned char> m_bytes;
 };
@@ -40,10 +42,15 @@ private:
 // An object in the target's memory, nothing of which is read until somebody asks.
 class ObjectBlock : private ReadAhead, public LazyMemoryBlock {
 public:
-    ObjectBlock(LiveMemory& memory, Endian::EndianType endian, bool& failed, int kind, uint32_t address,
-                uint32_t size)
-        : ReadAhead(memory, failed, kind, address, size),
-          LazyMemoryBlock(static_cast<ReadAhead*>(this), endian, kind, address)
+    ObjectBlock(LiveMemory& memory, Endian::EndianType endian, bool& failed, int kind, uint32_t address)
+        : ReadAhead(memory, failed, kind),
+          LazyMemoryBlock(static_cast<ReadAhead*>(this), endian, kind, address), m_address(address)
     {
     }
+
+    // By the position in the object.
+    void announce(uint32_t position, uint32_t size) { ReadAhead::announce(m_address + position, size); }
+
+private:
+    uint32_t m_address;
 };

@@ -1,6 +1,7 @@
 #include "debug/evaluation/VariableDisplay.h"
 
 #include "debug/evaluation/MemoryBuffer.h"
+#include "debug/evaluation/ReadAhead.h"
 #include "debug/evaluation/TypeQualifier.h"
 #include "debug/evaluation/limits.h"
 #include "zoff/ZOFFSymbol.h"
@@ -10,6 +11,9 @@
 #include <utility>
 
 namespace {
+
+// Larger elements and structures may hold arrays of which only the beginning is shown.
+constexpr uint32_t ReadWhole = 256; // bytes
 
 ExpressionType text(const char* shown)
 {
@@ -58,12 +62,16 @@ void VariableDisplay::seek(const MyMarker& base, uint32_t position)
     m_evaluator.block().setMemoryPointer(base.isMemory() ? position : uint32_t(base.offset) + position);
 }
 
+// All of this is going to be shown.
+void VariableDisplay::announce(uint32_t position, uint64_t size)
+{
+    if (auto* object = dynamic_cast<ObjectBlock*>(&m_evaluator.block()))
+        object->announce(position, uint32_t(std::min<uint64_t>(size, UINT32_MAX)));
+}
+
 void VariableDisplay::add(const QString& name, const QString& path, const ExpressionType& value,
                           const QString& typeName, const MyMarker& marker)
 {
-    if (isFull())
-        return;
-    ++m_items;
     if (std::exchange(m_evaluator.m_unreadable, false))
         m_builder.addPrimitive(name, path, text("???"), typeName, &marker);
     else
@@ -102,6 +110,7 @@ void VariableDisplay::formatType(const Item& given)
 {
     Item item = given;
     item.type = beneath(item.type);
+    ++m_items;
     if (m_nesting >= DisplayLimits::Nesting) {
         add(item, text("..."));
         return;
@@ -140,12 +149,11 @@ void VariableDisplay::formatArray(const Item& item)
     }
     case VariableListBuilder::ArrayElements: break;
     }
-    if (isFull())
-        return;
-    ++m_items;
     MyMarker marker = getAddress(item);
     VariableListBuilder::Token token =
         m_builder.beginArray(item.name, item.path, addressSizeString(marker), nameOf(item.type), &marker);
+    if (sizeOf(type) <= ReadWhole)
+        announce(item.position, uint64_t(std::min(count, shown)) * sizeOf(type));
     for (unsigned i = 0; i < std::min(count, shown) && !isFull(); ++i)
         formatType({element(item.name, i), element(item.path, i), type, item.base,
                     item.position + i * sizeOf(type)});
@@ -199,9 +207,6 @@ void VariableDisplay::formatElements(const Item& item, uint64_t address, unsigne
         m_evaluator.mkExpressionType(type, address, spaceOf(pointer.target()), 0, uint32_t(size));
     target->pool = item.base.pool;
     ZOFFExpressionEvaluator::MemoryBuffer buffer(m_evaluator, *target, true);
-    if (isFull())
-        return;
-    ++m_items;
     VariableListBuilder::Token token =
         m_builder.beginArray(item.name + QStringLiteral("[]"), item.path, addressSizeString(*target),
                              nameOf(&pointer), target.get());
@@ -256,12 +261,11 @@ void VariableDisplay::formatStruct(const Item& item, const char* selector)
         add(item, addressSizeString(marker));
         return;
     }
-    if (isFull())
-        return;
-    ++m_items;
     VariableListBuilder::Token token =
         m_builder.beginObject(item.name, item.path, addressSizeString(marker), nameOf(structure), &marker);
     QString prefix = u'(' + item.path + u')' + QLatin1String(selector);
+    if (sizeOf(structure) <= ReadWhole)
+        announce(item.position, sizeOf(structure));
     for (ZOFFField* each : structure->fields()) {
         if (isFull())
             break;
@@ -279,6 +283,7 @@ void VariableDisplay::formatStruct(const Item& item, const char* selector)
         bits.bitOffset = place.bitOffset;
         bits.bitSize = place.bitSize;
         seek(item.base, position);
+        ++m_items;
         formatBits(name, prefix + name, bits);
     }
     m_builder.endObject(token);

@@ -41,6 +41,7 @@ private:
     MyMarker getAddress(const Item& item) const;
     ExpressionType addressSizeString(const MyMarker& marker) const;
     void seek(const MyMarker& base, uint32_t position);
+    void announce(uint32_t position, uint64_t size);
     const QString& nameOf(const ZOFFType* type);
     bool isFull() const { return m_items >= m_maximumItems; }
 

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 
+class TargetInterfaceHelperFunctions;
 struct HBreakpoint;
 
 // Who decides whether a program that has met a breakpoint stands still.

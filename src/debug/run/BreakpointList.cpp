@@ -1,7 +1,10 @@
 #include "debug/run/BreakpointList.h"
 
 #include "debug/monitor/DebuggerBreakpointFailure.h"
+#include "debug/monitor/HBreakpoint.h"
 #include "debug/monitor/HMonitor.h"
+#include "debug/run/DebuggerBreakpoint.h"
+#include "support/HException.h"
 
 #include <algorithm>
 #include <utility>

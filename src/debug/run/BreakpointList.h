@@ -2,6 +2,8 @@
 // One that goes, goes from the monitor first.
 #pragma once
 
+#include "debug/monitor/HBreakpoint.h"
+#include "debug/run/DebuggerBreakpoint.h"
 #include "debug/run/ZOFFBreakpoint.h"
 
 #include <QString>

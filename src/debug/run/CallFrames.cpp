@@ -2,6 +2,7 @@
 
 #include "debug/monitor/DebugProcessor.h"
 #include "debug/symbols/SymbolTables.h"
+#include "debug/symbols/SymbolicDebug.h"
 #include "target/TargetRegisterInterface.h"
 
 #include <algorithm>
@@ -42,9 +43,9 @@ void CallFrames::complete()
 {
     if (m_complete)
         return;
-    m_complete = true;
     for (std::unique_ptr<Frame>& caller : m_processor.generateBackTrace(*innermost()))
         m_frames.push_back(std::move(caller));
+    m_complete = true;
 }
 
 unsigned CallFrames::count()

@@ -4,6 +4,7 @@
 #include "debug/monitor/DebuggerHelperFunctions.h"
 #include "debug/symbols/SymbolTables.h"
 #include "support/HException.h"
+#include "target/TargetInterface.h"
 #include "target/io/TargetIOServer.h"
 #include "target/memory/TargetMemoryInterface.h"
 

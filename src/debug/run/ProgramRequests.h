@@ -3,6 +3,7 @@
 #pragma once
 
 #include "debug/monitor/HMonitor.h"
+#include "target/TargetInterface.h"
 
 #include <cstdint>
 

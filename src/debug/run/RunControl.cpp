@@ -8,6 +8,8 @@
 #include "debug/run/CallFrames.h"
 #include "debug/run/HitListener.h"
 #include "debug/run/ProgramRequests.h"
+#include "debug/run/ZOFFBreakpoint.h"
+#include "support/HException.h"
 
 #include <QElapsedTimer>
 

@@ -2,11 +2,12 @@
 
 #include "debug/monitor/DebugProcessor.h"
 #include "debug/monitor/DebuggerBreakpointFailure.h"
-#include "debug/monitor/HMonitor.h"
+#include "debug/monitor/HMonitor.h" // a target
 #include "debug/run/BreakpointList.h"
 #include "debug/run/Frame.h"
 #include "debug/symbols/SymbolTables.h"
 #include "debug/symbols/SymbolicDebug.h"
+#include "support/HException.h"
 #include "target/TargetRegisterInterface.h"
 
 TargetRegisterInterface& Stepper::registers() const

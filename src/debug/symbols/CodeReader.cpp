@@ -1,5 +1,6 @@
 #include "debug/symbols/CodeReader.h"
 
+#include "support/AddressRanges.h"
 #include "support/HException.h"
 #include "target/TargetInterface.h"
 #include "target/memory/TargetMemoryInterface.h"

@@ -2,6 +2,7 @@
 
 #include "debug/symbols/SymbolicDebug.h"
 #include "zoff/ZOFFMarker.h"
+#include "zoff/ZOFFObject.h"
 
 #include <algorithm>
 

@@ -1,6 +1,9 @@
 #include "debug/symbols/SymbolTables.h"
 
+#include "debug/symbols/SourceAddressMapping.h"
 #include "debug/symbols/SymbolicDebug.h"
+#include "support/HString.h"
+#include "zoff/ZOFFExpr.h"
 #include "zoff/ZOFFInsn.h"
 #include "zoff/ZOFFModule.h"
 #include "zoff/ZOFFSymbol.h"

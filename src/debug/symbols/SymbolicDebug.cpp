@@ -1,8 +1,10 @@
 #include "debug/symbols/SymbolicDebug.h"
 
+#include "zoff/ZOFFExpr.h"
 #include "zoff/ZOFFFragment.h"
 #include "zoff/ZOFFMarker.h"
 #include "zoff/ZOFFModule.h"
+#include "zoff/ZOFFObject.h"
 #include "zoff/ZOFFSection.h"
 #include "zoff/ZOFFSymbol.h"
 #include "zoff/ZOFFType.h"

@@ -62,10 +62,17 @@ void DebugCommands::show(const QStringList& lines) const
     m_run.loader().face().showLines(lines);
 }
 
-// The session counts as running only when the debugger has sent the program on.
+// The session counts as running only when the debugger has sent the program on, also when that failed
+// half-way.
 template <typename Resume> ESValue DebugCommands::resume(Resume&& action)
 {
-    action();
+    try {
+        action();
+    } catch (const HException&) {
+        if (!debugger().isStopped())
+            m_run.setRunning();
+        throw;
+    }
     m_run.setRunning();
     return g_undefined;
 }

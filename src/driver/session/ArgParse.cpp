@@ -1,5 +1,8 @@
 #include "driver/session/ArgParse.h"
 
+#include "support/Nearest.h"
+
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -22,6 +25,7 @@ struct CloseFile {
 
 std::ostream& ArgParse::error()
 {
+    ++m_errors;
     return m_reporter.stream << m_reporter.program << ": error: ";
 }
 
@@ -54,10 +58,22 @@ void ArgParse::parse(int count, char** words)
         else if (*word == '@')
             parseArgsFromIndirectFile(word + 1);
         else if (*word == '-')
-            error() << "unrecognised option " << word << "\n";
+            unknownOption(word);
         else
             onArgument(word);
     }
+}
+
+void ArgParse::unknownOption(const char* word)
+{
+    error() << "unrecognised option " << word << "\n";
+    QStringList known;
+    for (const auto& [text, option] : m_options)
+        known.append(QString::fromLocal8Bit(text));
+    std::sort(known.begin(), known.end());
+    QString meant = nearestName(QString::fromLocal8Bit(word), known);
+    if (!meant.isEmpty())
+        m_reporter.stream << "did you mean " << meant.toLocal8Bit().constData() << "?\n";
 }
 
 std::vector<std::string> ArgParse::argifyLine(const char* file, int line, const char* text)

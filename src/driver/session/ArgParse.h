@@ -22,6 +22,8 @@ public:
     virtual void onArgument(const char* argument) = 0;
     // Writes the program name and ": error: " and returns the stream for the rest of the line.
     virtual std::ostream& error();
+    // Lines that error() has begun so far.
+    unsigned errors() const { return m_errors; }
 
     void parse(int count, char** words);
     // Splits one line of an indirect file at blanks; a word in double quotes may hold blanks and may
@@ -47,6 +49,8 @@ protected:
     }
 
 private:
+    void unknownOption(const char* word);
+
     struct Option {
         Argument argument;
         Handler handler;
@@ -62,5 +66,6 @@ private:
     std::map<std::string, Option, Cstring_greater> m_options;
     int m_depth = 0;         // of indirect files
     int m_indirectFiles = 0; // opened so far
+    unsigned m_errors = 0;
     Reporter& m_reporter;
 };

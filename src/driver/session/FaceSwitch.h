@@ -14,6 +14,7 @@ public:
     {
         m_face->progress(done, total, label, unit);
     }
+    void summary(const QString& text) override { m_face->summary(text); }
     void message(const QString& text) override { m_face->message(text); }
     void warning(const QString& text) override { m_face->warning(text); }
     void output(std::string_view text) override { m_face->output(text); }

@@ -72,12 +72,14 @@ void Loader::addLoadFile(const QString& name)
 {
     Path path(name);
     if (!path.exists())
-        throw HException(QStringLiteral("The file \"%1\" does not exist").arg(path.fileName()));
+        throw HException(QStringLiteral("The file \"%1\" does not exist").arg(path.fileName()))
+            .setHint("looked for " + path.osPath());
     std::string osPath = path.osPath();
     LoadFileFactory* factory = LoadFileFactory::instance();
     const char* type = m_filetype ? m_filetype : factory->detect(osPath.c_str());
     if (!type)
-        throw HException(QStringLiteral("Cannot determine type of file \"%1\"").arg(path.fileName()));
+        throw HException(QStringLiteral("Cannot determine type of file \"%1\"").arg(path.fileName()))
+            .setHint("name its type with -filetype; known by the name's end: " + factory->endings());
     auto destroy = [factory](LoadFileInterface* file) { factory->destroy(file); };
     std::unique_ptr<LoadFileInterface, decltype(destroy)> file(factory->create(osPath.c_str(), type),
                                                                destroy);
@@ -127,24 +129,38 @@ void Loader::resetTarget()
     connectedTarget("Target is not connected")->reset(false, false);
 }
 
+void Loader::checkOverlap()
+{
+    m_loadFiles.sort();
+    if (m_loadFiles.overlap())
+        throw HException("cannot download multiple load files because they overlap")
+            .setHint(m_loadFiles.overlapText());
+}
+
 void Loader::downloadLoadFiles()
 {
     TargetInterface* target = connectedTarget("Target is not connected");
-    m_loadFiles.sort();
-    if (m_loadFiles.overlap())
-        throw HException("cannot download multiple load files because they overlap");
+    checkOverlap();
     for (const LoadFileListItem& item : m_loadFiles.items())
         target->checkLoadFileFits(item.file);
     LoadBracket bracket(target);
+    m_deviceState = QStringLiteral("partly erased");
     if (target->loaderEraseAll())
         target->eraseAll();
     else
         for (const LoadFileListItem& item : m_loadFiles.items())
             target->eraseLoadFile(item.file, item.name.c_str(), false);
-    for (const LoadFileListItem& item : m_loadFiles.items())
+    m_deviceState = QStringLiteral("erased");
+    m_donePart = 0;
+    for (const LoadFileListItem& item : m_loadFiles.items()) {
+        m_programmedFile = Path(item.name).fileName();
         target->downloadLoadFile(item.file, item.name.c_str(), false);
+        m_deviceState = QStringLiteral("erased, and programmed as far as %1").arg(m_programmedFile);
+        m_programmedFile.clear();
+    }
     target->flushMemoryInterfaces();
     bracket.end();
+    m_deviceState.clear();
 }
 
 void Loader::verifyLoadFiles()
@@ -164,9 +180,42 @@ void Loader::verifyLoadFiles()
 // Progress is reported between any two pieces of work, so this is where an interrupt is noticed.
 void Loader::progress(int done, int total, const char* label, const char* unit, bool)
 {
+    if (label || total > 0)
+        m_total = total > 0 ? total : 0;
+    if (!m_programmedFile.isEmpty() && m_total > 0 && done >= 0)
+        m_donePart = 100 * double(done) / m_total;
     Interrupt::check();
     if (!m_quiet)
         m_face.progress(done, total, label, unit);
+}
+
+QString Loader::deviceState() const
+{
+    if (m_deviceState.isEmpty())
+        return {};
+    QString text = QLatin1String("the device was left ") + m_deviceState;
+    if (!m_programmedFile.isEmpty())
+        text += QStringLiteral(", with %1 programmed up to %2%").arg(m_programmedFile).arg(int(m_donePart));
+    return text;
+}
+
+void Loader::tellSummary(bool downloaded, bool verified, qint64 milliseconds)
+{
+    uint64_t bytes = 0;
+    for (const LoadFileListItem& item : m_loadFiles.items()) {
+        const LoadFileSections& sections = item.file->loadFileSections();
+        bytes += sections.length() + sections.eelength();
+    }
+    const size_t files = m_loadFiles.items().size();
+    QString text = QStringLiteral("OK: %1 file%2, ").arg(files).arg(QLatin1String(files == 1 ? "" : "s"));
+    text += bytes < 1000 ? QStringLiteral("%1 bytes").arg(bytes)
+                         : QStringLiteral("%1 kB").arg((bytes + 500) / 1000);
+    if (!downloaded)
+        text += QLatin1String(", not downloaded");
+    if (verified)
+        text += QLatin1String(", verified");
+    if (!m_quiet)
+        m_face.summary(text + QString::asprintf(", %.2f s", double(milliseconds) / 1000));
 }
 
 void Loader::message(const QString& text)

@@ -43,6 +43,8 @@ public:
     void connectTarget(ProjectElement* project, const QString& configuration);
     void disconnectTarget();
     void resetTarget();
+    // Brings the files into order. Throws HException when they overlap.
+    void checkOverlap();
     void downloadLoadFiles();
     void verifyLoadFiles();
 
@@ -67,6 +69,11 @@ public:
     Path getDebugSourcePath(const Path& path) override;
     QString getDebugSourceText(const Path& path, int line) override;
 
+    // In which state a download that did not come to its end has left the device; null when nothing was
+    // changed, or all was done.
+    QString deviceState() const;
+    // One line about a load that went well: "OK: 3 files, 54 kB, verified, 0.52 s".
+    void tellSummary(bool downloaded, bool verified, qint64 milliseconds);
     SessionFace& face() const { return m_face; }
     SourceText& sourceText() { return m_sourceText; }
 
@@ -82,6 +89,10 @@ private:
     bool m_differentialDownload = true;
     bool m_quiet = false;
     bool m_verbose = false;
+    QString m_deviceState;    // while a download changes it
+    QString m_programmedFile; // that is being programmed
+    double m_donePart = 0;    // of it, in percent
+    int m_total = 0;
     int m_warnings = 0;
     SourceText m_sourceText;
 };

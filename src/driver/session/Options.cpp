@@ -68,8 +68,22 @@ std::span<const Row> Options::table()
          false},
         {"-entry", "'address'", "Start a file without an entry point at an address or a symbol", Run,
          &Options::setEntry, false},
+        {"-dryrun", nullptr, "Say what would be done, and touch no target", Work,
+         Row::Flag{&Options::dryRun, true}, false},
+        {"-erase", nullptr, "Erase all memory of the target, and end", Work, Row::Flag{&Options::erase, true},
+         false},
         {"-nodifferential", nullptr, "Program every page, also those that hold their data already", Work,
          Row::Flag{&Options::differentialDownload, false}, false},
+        {"-progress", "'form'", "Show progress as 'bar', as 'lines' or not at all ('none')", Output,
+         &Options::setProgress, false},
+        {"-reset", nullptr, "Reset the target, and end", Work, Row::Flag{&Options::reset, true}, false},
+        {"-strict", nullptr, "End with status 2, before anything is touched, when an option is wrong", Output,
+         Row::Flag{&Options::strict, true}, false},
+        {"-listoptions", nullptr, "List the options for other programs: name, argument, group and help",
+         Output, &Options::listOptions, false},
+        {"-h", nullptr, "Print options help", Output, Row::Flag{&Options::help, true}, false},
+        {"--help", nullptr, "Print options help", Output, Row::Flag{&Options::help, true}, false},
+        {"--version", nullptr, "Print the version", Output, Row::Flag{&Options::version, true}, false},
     };
     return rows;
 }
@@ -140,6 +154,26 @@ void Options::setLoadAddress(const char*, const char* value)
         loadAddress = address;
 }
 
+void Options::setProgress(const char*, const char* value)
+{
+    const QString form = fromWord(value);
+    if (form == QLatin1String("bar") || form == QLatin1String("lines") || form == QLatin1String("none"))
+        progress = form;
+    else
+        error() << "invalid progress " << value << " (bar, lines or none)\n";
+}
+
+// Fields are separated by tabs, so that scripts can make a manual page and the completion of shells of them.
+void Options::listOptions(const char*, const char*)
+{
+    QString text;
+    for (const Row& row : table())
+        text += QStringLiteral("%1\t%2\t%3\t%4\n")
+                    .arg(QLatin1String(row.text), QLatin1String(row.argument ? row.argument : ""),
+                         QLatin1String(row.group), QLatin1String(row.help));
+    m_face.output(text.toStdString());
+}
+
 void Options::listTargets(const char*, const char*)
 {
     QString text = QStringLiteral("Target Interfaces:\n\n");
@@ -156,18 +190,18 @@ void Options::listFileTypes(const char*, const char*)
     m_face.output((text + QLatin1Char('\n')).toStdString());
 }
 
-QString Options::usage()
+QString Options::usage(bool all)
 {
     QString text = QStringLiteral("\nUsage: qburn [options] [files...]\n\n"
                                   "       qburn [options] [files...] -serve [arguments...]\n\nOptions:\n");
-    for (const Row& row : table())
-        if (row.inUsage) {
-            QString option = QLatin1String(row.text);
-            if (row.argument)
-                option += QLatin1Char(' ') + QLatin1String(row.argument);
-            text += QLatin1String("  ") + option.leftJustified(row.helpColumn) + QLatin1String(row.help) +
-                    QLatin1Char('\n');
-        }
+    QString further = QStringLiteral("Further options:\n\n");
+    for (const Row& row : table()) {
+        QString option = QLatin1String(row.text);
+        if (row.argument)
+            option += QLatin1Char(' ') + QLatin1String(row.argument);
+        (row.inUsage ? text : further) += QLatin1String("  ") + option.leftJustified(row.helpColumn) +
+                                          QLatin1String(row.help) + QLatin1Char('\n');
+    }
     const auto& targets = TargetInterfaceFactory::instance()->targets();
     QLatin1String target(targets.empty() ? "'target'" : targets.front().name());
     text +=
@@ -182,5 +216,5 @@ QString Options::usage()
         text += QStringLiteral("  Download MyApp.hex using target interface \"%1\":\n\n"
                                "    qburn -target %1 MyApp.hex\n\n")
                     .arg(target);
-    return text;
+    return all ? text + further + QLatin1Char('\n') : text;
 }

@@ -41,8 +41,8 @@ public:
     // A word joins the target program's arguments once -serve has been read, the load files before.
     void onArgument(const char* word) override;
 
-    // The usage text behind the version banner.
-    static QString usage();
+    // The usage text behind the version banner; with `all` the further options stand behind it.
+    static QString usage(bool all);
 
     QString targetName;
     bool listProperties = false;
@@ -67,6 +67,12 @@ public:
     bool quiet = false;
     bool verbose = false;
     bool help = false;
+    bool version = false;
+    bool strict = false; // an error in the options ends the session before anything is touched
+    bool erase = false;
+    bool reset = false;
+    bool dryRun = false;
+    QString progress; // "bar", "lines" or "none"
     QString benchDirectory;
     QString packagesDirectory;
     QString templatesFile;
@@ -75,6 +81,8 @@ private:
     std::optional<unsigned> number(const char* what, const char* value);
     void setEntry(const char*, const char* value);
     void setLoadAddress(const char*, const char* value);
+    void setProgress(const char*, const char* value);
+    void listOptions(const char*, const char*);
     void listTargets(const char*, const char*);
     void listFileTypes(const char*, const char*);
 

@@ -14,6 +14,8 @@ public:
     // Work that goes on. -1 leaves `done` or `total` as it was, and so does null for the label or the unit; a
     // label starts a new piece of work, which ends when `done` reaches the total.
     virtual void progress(int done, int total, const char* label, const char* unit) = 0;
+    // The download is done: one line that sums it up.
+    virtual void summary(const QString&) {}
     // A line about what the session does.
     virtual void message(const QString& text) = 0;
     // A failure that does not end the session; without "warning: " and newline.

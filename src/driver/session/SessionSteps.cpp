@@ -3,11 +3,14 @@
 #include "driver/session/Loader.h"
 #include "driver/session/Options.h"
 #include "loadfile/LoadFileFactory.h"
+#include "loadfile/LoadFileSections.h"
 #include "project/BuildSystem.h"
 #include "project/ProjectSystem.h"
 #include "support/HException.h"
+#include "support/Nearest.h"
 #include "support/Numbers.h"
 
+#include <QElapsedTimer>
 #include <QFileInfo>
 
 #include <strings.h>
@@ -30,11 +33,14 @@ void SessionSteps::selectFiles()
         selectFileType();
     if (!m_options.solutionFile.isEmpty())
         selectProject();
-    collectLoadFiles();
+    if (!m_options.erase && !m_options.reset)
+        collectLoadFiles();
 }
 
 void SessionSteps::load()
 {
+    QElapsedTimer time;
+    time.start();
     TargetInterface* target = m_loader.targetInterface();
     target->reset(true, true);
     target->loadBegin();
@@ -48,6 +54,63 @@ void SessionSteps::load()
         throw;
     }
     target->loadEnd();
+    m_loader.tellSummary(m_options.download, m_options.verify, time.elapsed());
+}
+
+void SessionSteps::erase()
+{
+    TargetInterface* target = m_loader.targetInterface();
+    target->reset(true, true);
+    target->loadBegin();
+    try {
+        target->eraseAll();
+        target->flushMemoryInterfaces();
+    } catch (...) {
+        target->abandonLoad();
+        throw;
+    }
+    target->loadEnd();
+}
+
+QStringList SessionSteps::plan() const
+{
+    QStringList lines{QStringLiteral("would connect to ") + m_options.targetName};
+    if (m_options.erase)
+        lines += QStringLiteral("would erase all memory");
+    if (m_options.reset)
+        lines += QStringLiteral("would reset the target");
+    if (!m_options.erase && !m_options.reset) {
+        m_loader.checkOverlap();
+        TargetInterface* target = m_loader.targetInterface();
+        if (m_options.download && target->loaderEraseAll())
+            lines += QStringLiteral("would erase all memory");
+        for (const LoadFileListItem& item : m_loader.loadFiles().items()) {
+            const QString name = Path(item.name).fileName();
+            const LoadFileSections& sections = item.file->loadFileSections();
+            if (m_options.download && !target->loaderEraseAll())
+                lines += QStringLiteral("would erase the memory for ") + name;
+            if (m_options.download)
+                for (const auto* list : {&sections.sections(), &sections.eeSections()})
+                    for (const auto& section : *list)
+                        if (section->length() > 0)
+                            lines += QStringLiteral("would program %1: %2 bytes at 0x%3")
+                                         .arg(name)
+                                         .arg(section->length())
+                                         .arg(section->address(), 8, 16, QLatin1Char('0'));
+            if (m_options.verify)
+                lines += QStringLiteral("would verify ") + name;
+        }
+        const QString entry = entryPoint();
+        const char* how = m_options.debug ? "debug" : m_options.serve ? "serve" : "start";
+        if (m_loader.loadFiles().items().front().file->hasEntryPoint() ||
+            ((m_options.debug || m_options.serve) && !entry.isEmpty()))
+            lines += QStringLiteral("would %1 the program at %2").arg(QLatin1String(how), entry);
+        else
+            lines += QStringLiteral("would reset the target");
+    }
+    if (m_options.disconnect)
+        lines += QStringLiteral("would disconnect");
+    return lines;
 }
 
 void SessionSteps::applyPropertySetting(const QString& setting)
@@ -63,7 +126,14 @@ void SessionSteps::applyPropertySetting(const QString& setting)
             property->setValue(setting.mid(equals + 1));
             return;
         }
-    throw HException(QLatin1String("unknown property: ") + name);
+    HException failure(QLatin1String("unknown property: ") + name);
+    QStringList names;
+    for (PropertyValue* property : properties)
+        names.append(property->propertyClass()->shortDescription());
+    const QString meant = nearestName(name, names);
+    if (!meant.isEmpty())
+        failure.setHint("did you mean \"" + meant.toStdString() + "\"?");
+    throw failure;
 }
 
 void SessionSteps::selectFileType()

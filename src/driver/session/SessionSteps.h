@@ -3,6 +3,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 class Loader;
 class Options;
@@ -20,6 +21,11 @@ public:
     // Download and verification on a connected target, which is reset for it. Also throws what the session's
     // face throws to end it.
     void load();
+
+    // Erases all memory of a connected target.
+    void erase();
+    // What the session would do with its target, a line for each step.
+    QStringList plan() const;
 
     // The selected project; null without a solution.
     ProjectElement* activeProject() const { return m_activeProject; }

@@ -7,7 +7,14 @@
 
 void TerminalFace::progress(int done, int total, const char* label, const char* unit)
 {
-    m_progressBar.progress(done, total, label, unit);
+    if (m_progress != Progress::None)
+        m_progressBar.progress(done, total, label, unit, m_progress == Progress::Bar);
+}
+
+void TerminalFace::summary(const QString& text)
+{
+    if (m_progress == Progress::Lines)
+        StandardOutput::write(text + QLatin1Char('\n'));
 }
 
 void TerminalFace::message(const QString& text)
@@ -18,6 +25,7 @@ void TerminalFace::message(const QString& text)
 void TerminalFace::warning(const QString& text)
 {
     m_progressBar.clearLine();
+    clearBar();
     printWarning(text);
 }
 

@@ -13,12 +13,20 @@ public:
     void setConsole(TextTargetIOServerTerminal* console) { m_console = console; }
 
     void progress(int done, int total, const char* label, const char* unit) override;
+    void summary(const QString& text) override;
     void message(const QString& text) override;
     void warning(const QString& text) override;
     void output(std::string_view text) override;
     void showLines(const QStringList& lines) override;
 
+    // How progress is shown: a bar that is redrawn, a line for each step and one that sums up, or not at all.
+    enum class Progress { Bar, Lines, None };
+    void setProgress(Progress progress) { m_progress = progress; }
+    // Takes the bar off a terminal, so that what comes on the other stream stands alone on its line.
+    void clearBar() { m_progressBar.leaveLine(); }
+
 private:
-    TextProgressBar m_progressBar{80};
+    TextProgressBar m_progressBar;
+    Progress m_progress = Progress::Bar;
     TextTargetIOServerTerminal* m_console = nullptr;
 };

@@ -1,10 +1,16 @@
 #include "maxq30/cpu/MAXQ30Debugger.h"
 
+#include "debug/evaluation/DebugMarkerType.h"
+#include "debug/evaluation/ExpressionContext.h"
 #include "debug/evaluation/VariableListBuilder.h"
+#include "debug/run/Frame.h"
 #include "debug/symbols/SymbolicDebug.h"
 #include "maxq30/cpu/MAXQ30Registers.h"
 #include "maxq30/cpu/ZOFFMAXQ30Insn.h"
+#include "target/TargetInterface.h"
+#include "target/TargetRegisterInterface.h"
 #include "target/memory/TargetMemoryInterface.h"
+#include "zoff/ZOFFInsn.h"
 #include "zoff/ZOFFSymbol.h"
 #include "zoff/ZOFFType.h"
 
@@ -399,35 +405,29 @@ namespace {
 // The stack, read a window at a time. What is not there reads as 0.
 class StackReader {
 public:
-    StackReader(MAXQ30Debugger& debugger, uint32_t end) : m_debugger(debugger), m_end(end) {}
+    explicit StackReader(MAXQ30Debugger& debugger) : m_debugger(debugger) {}
 
     uint32_t entry(uint32_t address)
     {
-        unsigned char bytes[StackEntry] = {};
+        uint32_t value = 0;
         for (unsigned i = 0; i < StackEntry; ++i)
-            bytes[i] = byte(address + i);
-        return uint32_t(bytes[0]) | uint32_t(bytes[1]) << 8 | uint32_t(bytes[2]) << 16 |
-               uint32_t(bytes[3]) << 24;
+            value |= uint32_t(byte(address + i)) << 8 * i;
+        return value;
     }
 
 private:
     unsigned char byte(uint32_t address)
     {
         if (address < m_start || address - m_start >= m_bytes.size()) {
-            // Not beyond the stack, unless nobody could have said where it ends.
-            uint32_t size = address < m_end ? std::min(StackWindow, m_end - address) : 1;
+            uint32_t there = m_debugger.getMemoryRange(QStringLiteral("Data"), address);
             m_start = address;
-            m_bytes.assign(size, 0);
-            if (m_debugger.readMemory(address, size, m_bytes.data()) == 0) {
-                m_bytes.assign(1, 0);
-                m_debugger.readMemory(address, 1, m_bytes.data());
-            }
+            m_bytes.assign(there ? std::min(StackWindow, there) : 1, 0);
+            m_debugger.readMemory(address, unsigned(m_bytes.size()), m_bytes.data());
         }
         return m_bytes[address - m_start];
     }
 
     MAXQ30Debugger& m_debugger;
-    uint32_t m_end;
     uint32_t m_start = 0;
     std::vector<unsigned char> m_bytes;
 };
@@ -460,7 +460,7 @@ std::vector<std::unique_ptr<Frame>> MAXQ30Debugger::generateBackTrace(Frame& inn
     std::vector<std::unique_ptr<Frame>> callers;
     auto* registers = static_cast<MAXQ30Registers*>(innermost.registers());
     uint32_t place = registers->getPC(), sp = registers->getSP(), end = endOfStack();
-    StackReader reader(*this, end + StackEntry);
+    StackReader reader(*this);
     auto stack = [&reader](uint32_t address) { return reader.entry(address); };
     uint32_t frameSP = sp; // of the frame whose caller is looked for
     if (const ZOFFInsn* insn = getInsnAt(place); insn && insn->stackAdjust() != DefaultStackAdjust)

@@ -6,6 +6,9 @@
 #pragma once
 
 #include "debug/ZOFFDebugger.h"
+#include "debug/evaluation/VariableListBuilder.h"
+#include "debug/run/Frame.h"
+#include "support/Endian.h"
 
 #include <functional>
 

@@ -2,6 +2,9 @@
 
 #include "maxq30/cpu/ZOFFMAXQ30Insn.h"
 #include "maxq30/cpu/ZOFFMAXQ30Reader.h"
+#include "support/HByteStream.h"
+#include "zoff/ZOFFExpr.h"
+#include "zoff/ZOFFReader.h"
 
 constinit const ZOFFProcessor MAXQ30Processor = {
     .newReader = [](HFileBlocks* input, bool keepLoci) -> std::unique_ptr<ZOFFReader> {

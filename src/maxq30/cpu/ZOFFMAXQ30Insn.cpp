@@ -1,6 +1,7 @@
 #include "maxq30/cpu/ZOFFMAXQ30Insn.h"
 
 #include "support/HException.h"
+#include "zoff/ZOFFExpr.h"
 #include "zoff/ZOFFProcessor.h"
 
 #include <algorithm>

@@ -5,6 +5,7 @@
 // The opcode holds the instruction's words in their order, the instruction word in the low 16 bits.
 #pragma once
 
+#include "zoff/ZOFFExpr.h"
 #include "zoff/ZOFFInsn.h"
 
 class ZOFFMAXQ30Insn : public ZOFFProcessorInsn {

@@ -1,7 +1,8 @@
 #include "maxq30/cpu/ZOFFMAXQ30Reader.h"
 
 #include "maxq30/cpu/ZOFFMAXQ30Insn.h"
-#include "zoff/ZOFFReaderInline.h"
+#include "zoff/ZOFFInsn.h"
+#include "zoff/ZOFFReaderInline.h" // the steps of the reader
 
 ZOFFProcessorInsn* ZOFFMAXQ30Reader::makeInsn()
 {

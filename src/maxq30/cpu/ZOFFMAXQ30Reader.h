@@ -1,6 +1,7 @@
 // The reader of object files for MAXQ30.
 #pragma once
 
+#include "zoff/ZOFFInsn.h"
 #include "zoff/ZOFFReader.h"
 
 class ZOFFMAXQ30Reader : public ZOFFReader {

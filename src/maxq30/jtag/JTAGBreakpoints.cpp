@@ -85,10 +85,16 @@ bool JTAGBreakpoints::changed(const HBreakpoint* b) const
     return noted != m_noted.end() && noted->second != value(b);
 }
 
-bool JTAGBreakpoints::dataChanged() const
+bool JTAGBreakpoints::dataChanged()
 {
-    return std::any_of(m_list.begin(), m_list.end(),
-                       [this](const HBreakpoint* b) { return b->enabled && !isCode(b) && changed(b); });
+    for (const HBreakpoint* b : m_list) {
+        if (!b->enabled || isCode(b))
+            continue;
+        uint32_t now = value(b);
+        if (m_noted.try_emplace(b, now).first->second != now)
+            return true;
+    }
+    return false;
 }
 
 HBreakpoint* JTAGBreakpoints::codeAt(uint32_t pc) const
@@ -119,7 +125,7 @@ HBreakpoint* JTAGBreakpoints::match(uint32_t pc) const
         bool hasChanged = changed(b);
         if (isPlain)
             plain = b;
-        if (hasChanged)
+        if (hasChanged || (!isPlain && !m_noted.contains(b)))
             accessed = b;
         if (isPlain ? hasChanged : holds(b))
             met = b;

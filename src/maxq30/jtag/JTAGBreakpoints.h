@@ -36,8 +36,8 @@ public:
     // The program stands before an instruction that an enabled record stops at, the last one set; or null.
     HBreakpoint* codeAt(uint32_t pc) const;
     bool hasCode() const { return enabled(true) > 0; }
-    // Some watched data hold something else than was noted.
-    bool dataChanged() const;
+    // Some watched data hold something else than was noted; notes what was not noted before.
+    bool dataChanged();
     // The record that a stop at `pc`, which nobody has asked for, belongs to; null when there is none.
     HBreakpoint* match(uint32_t pc) const;
     // The values that a record and its link ask for are there.

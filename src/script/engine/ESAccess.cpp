@@ -48,9 +48,13 @@ ESValue ESContext::getOwnIndex(ESObject* object, unsigned index)
 
 void ESContext::putElement(ESArray* array, unsigned index, const ESValue& value, ESString* name)
 {
+    // `length` stands in the first slot, as long as nobody has deleted it.
+    const bool usual = array->slotCount() && array->slot(0).nameIndex == uint32_t(g_lengthString->index());
     if (ESValue* element = array->at(index)) {
         *element = value;
         array->undefinedInside = array->undefinedInside || value.isUndefined();
+        if (usual)
+            return; // and has counted the element already
     } else {
         ESProperty* slot = nullptr;
         if (array->is(ESObject::IndexNames) && (name || (name = ESStringPool::findNumber(index))))
@@ -64,7 +68,7 @@ void ESContext::putElement(ESArray* array, unsigned index, const ESValue& value,
             array->appendSparse(ESStringPool::number(index), value);
         }
     }
-    ESProperty* length = array->find(g_lengthString);
+    ESProperty* length = usual ? array->slots() : array->find(g_lengthString);
     if (!length)
         array->append(g_lengthString, ESProperty::DontEnum, ESValue(double(index) + 1));
     else if (double(index) >= length->value().number() && !(length->attributes & ESProperty::ReadOnly))

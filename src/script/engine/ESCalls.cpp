@@ -38,7 +38,7 @@ void ESContext::padArguments(int formalCount, int& argc)
 void ESContext::enter(ESObject* function, ESCode* code, ESScope* scope, ESObject* self, int argc, bool entry,
                       ESObject* made)
 {
-    const ESThread& thread = code->thread();
+    ESThread& thread = code->thread();
     int formals = code->formalCount;
     checkSpace(thread.stackNeed() + (argc > formals ? formals : 0));
 
@@ -79,12 +79,8 @@ void ESContext::pushActivation(ESCode* code, const ESValue* argv, int argc)
     auto* activation =
         static_cast<ESActivationObject*>(m_heap.make(ESObject::Activation, nullptr, &m_activationClass));
     const ESThread& thread = code->thread();
-    activation->copySlots(thread.parameterSlots(), uint32_t(argc + code->localCount), thread.names());
-    for (int i = 0; i < code->formalCount; ++i)
-        activation->slots()[i].setValue(argv[i]);
-    for (int i = code->formalCount; i < argc; ++i)
-        activation->append(nullptr, ESProperty::DontEnum, argv[i]);
-    activation->appendSlots(thread.localSlots());
+    activation->fillSlots(thread.parameterSlots(), std::span(argv, size_t(argc)), thread.localSlots(),
+                          thread.names());
     activation->scope = {m_scope, activation, false};
     m_scope = &activation->scope;
 }
@@ -106,10 +102,7 @@ ESObject* ESContext::makeArguments(ESObject* function, const ESValue* argv, int 
     object->reserve(2);
     object->append(g_lengthString, ESProperty::DontEnum, ESValue(double(argc)));
     object->append(g_calleeString, ESProperty::DontEnum, function ? ESValue(function) : g_undefined);
-    if (argc)
-        object->reserveElements(uint32_t(argc));
-    for (int i = 0; i < argc; ++i)
-        object->insert(uint32_t(i), argv[i]);
+    object->fill(std::span(argv, size_t(argc)));
     return object;
 }
 

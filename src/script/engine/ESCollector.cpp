@@ -75,6 +75,8 @@ void ESCollector::enter(ESContext* context)
 void ESCollector::leave(ESContext* context)
 {
     std::erase(g_contexts, context);
+    // Much of what was alive may be so no longer.
+    g_threshold = LeastGarbage;
 }
 
 void ESCollector::request()

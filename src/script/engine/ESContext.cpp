@@ -7,6 +7,8 @@
 #include "script/engine/ESFrame.h"
 #include "script/engine/ESThread.h"
 
+#include <typeinfo>
+
 namespace {
 
 // Function code stays for the life of the process, and so does this vector.
@@ -62,6 +64,7 @@ ESContext::~ESContext()
 
 void ESContext::begin(ESObject* global)
 {
+    m_strict = m_ask == Ask::EachInstruction && typeid(*this) != typeid(ESContext);
     m_stack = std::make_unique<ESValue[]>(ESLimits::StackSlots + ESLimits::StackMargin);
     m_sp = m_stack.get();
     m_limit = m_sp + ESLimits::StackSlots;
@@ -326,9 +329,7 @@ ESArray* ESContext::newArray(int length, const ESValue* values)
 {
     auto* array = static_cast<ESArray*>(m_heap.make(ESObject::Array, arrayPrototype(), arrayClass()));
     array->append(g_lengthString, ESProperty::DontEnum, ESValue(double(length)));
-    array->reserveElements(uint32_t(length));
-    for (int i = 0; i < length; ++i)
-        array->insert(uint32_t(i), values[i]);
+    array->fill(std::span(values, size_t(length)));
     return array;
 }
 

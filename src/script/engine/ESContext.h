@@ -243,7 +243,7 @@ private:
     void rest();
     struct NativeLevel;
     template <bool Strict> ESValue run();
-    bool strict() const;
+    bool strict() const { return m_strict; }
     bool askToGoOn();
     ESValue abandon(int entry);
     void enter(ESObject* function, ESCode* code, ESScope* scope, ESObject* self, int argc, bool entry,
@@ -294,6 +294,7 @@ private:
     bool m_evalInside = false;
     int m_budget = ESLimits::HookStride;
     Ask m_ask;
+    bool m_strict = false; // asked before every instruction; a plain context never is
     bool m_stopped = false;
     int m_evalDepth = 0;
     int m_errorLine = 0; // of the last compile error; a running frame knows its own

@@ -8,7 +8,6 @@
 
 #include <cassert>
 #include <cmath>
-#include <typeinfo>
 #include <utility>
 
 namespace {
@@ -63,12 +62,18 @@ inline int smallKey(const ESValue& key)
 
 inline double modulo(double left, double right)
 {
-    // Whole numbers of 32 bits divide much faster than fmod does; the sign of a -0 stays.
-    if (left >= 0 && left <= 4294967295.0 && right >= 1 && right <= 4294967295.0) {
-        uint32_t l = uint32_t(left);
-        uint32_t r = uint32_t(right);
-        if (l == left && r == right)
-            return std::copysign(double(l % r), left);
+    // Whole numbers divide much faster than fmod does; the sign is that of the left one, also of a zero.
+    constexpr double Exact = 9007199254740992.0; // 2 to the 53
+    double l = std::fabs(left);
+    double r = std::fabs(right);
+    if (l <= Exact && r >= 1 && r <= Exact) {
+        auto dividend = uint64_t(l);
+        auto divisor = uint64_t(r);
+        if (double(dividend) == l && double(divisor) == r) {
+            bool narrow = (dividend | divisor) >> 32 == 0;
+            uint64_t rest = narrow ? uint32_t(dividend) % uint32_t(divisor) : dividend % divisor;
+            return std::copysign(double(rest), left);
+        }
     }
     return std::fmod(left, right);
 }
@@ -101,11 +106,6 @@ void ESContext::rest()
 {
     if (ESCollector::wanted() && !Run::g_blindRuns)
         ESCollector::collect();
-}
-
-bool ESContext::strict() const
-{
-    return m_ask == Ask::EachInstruction && typeid(*this) != typeid(ESContext);
 }
 
 void ESContext::estmt(ESCode* code)

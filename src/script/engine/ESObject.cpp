@@ -290,20 +290,23 @@ void ESObject::tidy()
     rebuildIndex(live);
 }
 
-void ESObject::copySlots(std::span<const ESProperty> row, uint32_t room, uint16_t names)
+void ESObject::fillSlots(std::span<const ESProperty> parameters, std::span<const ESValue> arguments,
+                         std::span<const ESProperty> locals, uint16_t names)
 {
-    assert(!m_count);
-    reserve(room);
-    std::copy(row.begin(), row.end(), m_slots);
-    m_count = uint32_t(row.size());
+    assert(!m_count && arguments.size() >= parameters.size());
     m_names = names;
-}
-
-void ESObject::appendSlots(std::span<const ESProperty> row)
-{
-    assert(m_count + row.size() <= capacity());
-    std::copy(row.begin(), row.end(), m_slots + m_count);
-    m_count += uint32_t(row.size());
+    reserve(uint32_t(arguments.size() + locals.size()));
+    ESProperty* slot = m_slots;
+    for (size_t i = 0; i < arguments.size(); ++i, ++slot) {
+        if (i < parameters.size())
+            *slot = parameters[i];
+        else
+            *slot = {0, 0, ESProperty::DontEnum, 0};
+        slot->setValue(arguments[i]);
+    }
+    for (const ESProperty& local : locals)
+        *slot++ = local;
+    m_count = uint32_t(slot - m_slots);
 }
 
 void ESObject::release()
@@ -386,7 +389,23 @@ void ESArray::insert(uint32_t index, const ESValue& value)
     elements[index] = value;
     ++filled;
     undefinedInside = undefinedInside || value.isUndefined();
-    ESStringPool::meetNumber(index);
+    if (index >= uint32_t(ESLimits::ReadyNumbers))
+        ESStringPool::meetNumber(index);
+}
+
+void ESArray::fill(std::span<const ESValue> values)
+{
+    assert(!count);
+    if (values.empty())
+        return;
+    reserveElements(uint32_t(values.size()));
+    for (uint32_t i = 0; i < values.size(); ++i) {
+        elements[i] = values[i];
+        undefinedInside = undefinedInside || values[i].isUndefined();
+        if (i >= uint32_t(ESLimits::ReadyNumbers))
+            ESStringPool::meetNumber(i);
+    }
+    count = filled = uint32_t(values.size());
 }
 
 void ESArray::erase(uint32_t index)

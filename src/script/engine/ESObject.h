@@ -124,10 +124,10 @@ struct ESObject {
     void reserve(uint32_t slots);
     // Slots that there is room for.
     uint32_t capacity() const;
-    // For activations: takes over a prepared row of slots.
-    void copySlots(std::span<const ESProperty> row, uint32_t room, uint16_t names);
-    // Adds prepared slots, whose names the object has taken over already.
-    void appendSlots(std::span<const ESProperty> row);
+    // For activations: makes the slots of the parameters with the first arguments for values, nameless ones
+    // for the other arguments, and those of the locals.
+    void fillSlots(std::span<const ESProperty> parameters, std::span<const ESValue> arguments,
+                   std::span<const ESProperty> locals, uint16_t names);
     // Closes the gaps where most slots have become empty, before somebody walks through them all.
     void tidy();
     // Gives the memory of the slots and elements back.
@@ -187,6 +187,8 @@ struct ESArray : ESObject {
     }
     // Sets the element, which there is none of, and which fits (see accepts).
     void insert(uint32_t index, const ESValue& value);
+    // Makes the elements of an array that has none.
+    void fill(std::span<const ESValue> values);
     // Whether the index lies near enough to the others to become an element.
     bool accepts(uint32_t index) const { return index < ESLimits::DenseElements || index / 8 < filled + 64; }
     // Adds a slot for an index too far out.

@@ -46,31 +46,32 @@ private:
     static constexpr uint32_t InlineLength = 8;
 
     const char16_t* settle() const;
-    void flatten();
+    void flatten() const;
     void own();
 
     uint32_t m_length = 0;
     uint32_t m_index = 0;
     uint64_t m_order = 0;
+    // Where the characters are; asking for them may change it.
     union {
-        char16_t m_inline[InlineLength];
-        struct {
+        mutable char16_t m_inline[InlineLength];
+        mutable struct {
             char16_t* chars;
             uint32_t capacity; // units
         } m_flat;
-        struct {
+        mutable struct {
             ESString* left;
             ESString* right;
         } m_rope;
-        struct {
+        mutable struct {
             ESString* base;
             uint32_t offset;
         } m_slice;
-        ESString* m_nextFree;
+        mutable ESString* m_nextFree;
     };
     int32_t m_arrayIndex = -1;
     uint32_t m_slotHint = 0;
-    Form m_form = Free;
+    mutable Form m_form = Free;
     bool m_marked = false;
 };
 static_assert(sizeof(ESString) == 48);

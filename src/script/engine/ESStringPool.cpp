@@ -34,6 +34,28 @@ uint64_t g_nextOrder = 1;
 constexpr unsigned NumberPage = 64;
 std::vector<std::unique_ptr<std::array<uint64_t, NumberPage>>> g_numberOrder;
 
+// Characters of short texts come from lists of rows of these lengths; multiples of four keep them aligned for
+// the links of the lists.
+constexpr uint32_t RowUnits[] = {16, 28, 60};
+constexpr int RowCount = int(std::size(RowUnits));
+constexpr size_t RowBlockUnits = 16384;
+char16_t* g_freeRows[RowCount];
+std::vector<std::unique_ptr<char16_t[]>> g_rowBlocks;
+
+int rowFor(uint32_t units)
+{
+    int row = 0;
+    while (row < RowCount && RowUnits[row] < units)
+        ++row;
+    return row;
+}
+
+void freeRow(char16_t* chars, int row)
+{
+    std::memcpy(chars, &g_freeRows[row], sizeof(char16_t*));
+    g_freeRows[row] = chars;
+}
+
 uint32_t hashOf(QStringView text)
 {
     uint64_t hash = uint64_t(text.size());
@@ -112,61 +134,6 @@ ESString** ESStringPool::g_names;
 size_t ESStringPool::g_bytes;
 size_t ESStringPool::g_limit = ESLimits::MemoryBytes;
 
-// Characters of texts.
-
-const char16_t* ESString::settle() const
-{
-    if (m_form == Rope) {
-        const_cast<ESString*>(this)->flatten();
-        return m_flat.chars;
-    }
-    // A slice of a slice leads to the whole from now on.
-    ESString* base = m_slice.base;
-    uint32_t offset = m_slice.offset;
-    while (base->m_form == Slice) {
-        offset += base->m_slice.offset;
-        base = base->m_slice.base;
-    }
-    auto* self = const_cast<ESString*>(this);
-    self->m_slice.base = base;
-    self->m_slice.offset = offset;
-    return base->chars() + offset;
-}
-
-void ESString::flatten()
-{
-    char16_t* chars = ESStringPool::allocateUnits(m_length);
-    char16_t* end = chars + m_length;
-    // From the right end, so that long chains to the left keep the list short.
-    std::vector<const ESString*> open{m_rope.left, m_rope.right};
-    while (!open.empty()) {
-        const ESString* piece = open.back();
-        open.pop_back();
-        if (piece->m_form == Rope) {
-            open.push_back(piece->m_rope.left);
-            open.push_back(piece->m_rope.right);
-        } else {
-            end -= piece->m_length;
-            std::memcpy(end, piece->chars(), size_t(piece->m_length) * 2);
-        }
-    }
-    m_flat = {chars, m_length};
-    m_form = Flat;
-}
-
-// Makes the characters the string's own.
-void ESString::own()
-{
-    if (m_form == Rope) {
-        flatten();
-    } else if (m_form == Slice) {
-        char16_t* chars = ESStringPool::allocateUnits(m_length);
-        std::memcpy(chars, settle(), size_t(m_length) * 2);
-        m_flat = {chars, m_length};
-        m_form = Flat;
-    }
-}
-
 // Memory.
 
 void ESStringPool::charge(size_t bytes)
@@ -177,13 +144,37 @@ void ESStringPool::charge(size_t bytes)
     ESCollector::allocated(bytes);
 }
 
-char16_t* ESStringPool::allocateUnits(uint32_t units)
+char16_t* ESStringPool::allocateUnits(uint32_t& units)
 {
+    int row = rowFor(units);
+    if (row == RowCount) {
+        charge(size_t(units) * 2);
+        auto* chars = static_cast<char16_t*>(std::malloc(size_t(units) * 2));
+        if (!chars)
+            throw std::bad_alloc();
+        return chars;
+    }
+    units = RowUnits[row];
     charge(size_t(units) * 2);
-    auto* chars = static_cast<char16_t*>(std::malloc(std::max(size_t(units) * 2, size_t(1))));
-    if (!chars)
-        throw std::bad_alloc();
+    if (!g_freeRows[row]) {
+        g_rowBlocks.push_back(std::make_unique<char16_t[]>(RowBlockUnits));
+        char16_t* next = g_rowBlocks.back().get();
+        for (size_t at = 0; at + units <= RowBlockUnits; at += units)
+            freeRow(next + at, row);
+    }
+    char16_t* chars = g_freeRows[row];
+    std::memcpy(&g_freeRows[row], chars, sizeof(char16_t*));
     return chars;
+}
+
+void ESStringPool::freeUnits(char16_t* chars, uint32_t units)
+{
+    g_bytes -= size_t(units) * 2;
+    int row = rowFor(units);
+    if (row == RowCount)
+        std::free(chars);
+    else
+        freeRow(chars, row);
 }
 
 ESString* ESStringPool::allocate()
@@ -214,10 +205,8 @@ void ESStringPool::sweep()
                 string.m_marked = false;
                 continue;
             }
-            if (string.m_form == ESString::Flat) {
-                std::free(string.m_flat.chars);
-                g_bytes -= size_t(string.m_flat.capacity) * 2;
-            }
+            if (string.m_form == ESString::Flat)
+                freeUnits(string.m_flat.chars, string.m_flat.capacity);
             g_bytes -= sizeof(ESString);
             string.m_form = ESString::Free;
             string.m_nextFree = g_free;
@@ -231,10 +220,12 @@ void ESStringPool::clear()
     for (ESString* block : g_blocks) {
         for (size_t i = 0; i < BlockStrings; ++i)
             if (block[i].m_form == ESString::Flat)
-                std::free(block[i].m_flat.chars);
+                freeUnits(block[i].m_flat.chars, block[i].m_flat.capacity);
         delete[] block;
     }
     g_blocks.clear();
+    g_rowBlocks.clear();
+    std::fill(std::begin(g_freeRows), std::end(g_freeRows), nullptr);
     g_free = nullptr;
     g_nameMap.clear();
     g_nameVector.clear();
@@ -351,13 +342,14 @@ ESString* ESStringPool::findNumber(unsigned n)
 ESString* ESStringPool::make(QStringView text)
 {
     auto length = uint32_t(text.size());
-    char16_t* chars = length > ESString::InlineLength ? allocateUnits(length) : nullptr;
+    uint32_t capacity = length;
+    char16_t* chars = length > ESString::InlineLength ? allocateUnits(capacity) : nullptr;
     ESString* string = allocate();
     string->m_length = length;
     string->m_form = chars ? ESString::Flat : ESString::Inline;
     std::memcpy(chars ? chars : string->m_inline, text.utf16(), size_t(length) * 2);
     if (chars)
-        string->m_flat = {chars, length};
+        string->m_flat = {chars, capacity};
     return string;
 }
 
@@ -420,21 +412,22 @@ ESString* ESStringPool::concat(ESString* left, ESString* right)
     if (length > uint32_t(ESLimits::StringLength))
         throw ESFatalError("string too long");
 
-    if (length <= ShortText) {
+    bool takes = left->m_form == ESString::Flat && !left->m_index && first >= second;
+    if (length <= ShortText && (!takes || left->m_flat.capacity < length)) {
         char16_t buffer[ShortText];
         std::memcpy(buffer, left->chars(), size_t(first) * 2);
         std::memcpy(buffer + first, right->chars(), size_t(second) * 2);
         return make(QStringView(buffer, length));
     }
+    const char16_t* added = takes ? right->chars() : nullptr;
     ESString* string = allocate();
     string->m_length = length;
-    if (left->m_form != ESString::Flat || left->m_index || first < second) {
+    if (!takes) {
         string->m_form = ESString::Rope;
         string->m_rope = {left, right};
         return string;
     }
     // The new text takes the characters of the left one over, which becomes a slice of it.
-    const char16_t* added = right->chars();
     char16_t* chars = left->m_flat.chars;
     uint32_t capacity = left->m_flat.capacity;
     if (capacity < length) {
@@ -442,8 +435,7 @@ ESString* ESStringPool::concat(ESString* left, ESString* right)
         char16_t* grown = allocateUnits(wanted);
         std::memcpy(grown, chars, size_t(first) * 2);
         std::memcpy(grown + first, added, size_t(second) * 2);
-        std::free(chars);
-        g_bytes -= size_t(capacity) * 2;
+        freeUnits(chars, capacity);
         chars = grown;
         capacity = wanted;
     } else {

@@ -70,7 +70,9 @@ private:
     static ESString* allocate();
     static ESString* make(QStringView text);
     static ESString* enter(ESString* string, uint32_t hash);
-    static char16_t* allocateUnits(uint32_t units);
+    // Room for characters: at least so many, and the count is set to what there is.
+    static char16_t* allocateUnits(uint32_t& units);
+    static void freeUnits(char16_t* chars, uint32_t units);
     static void charge(size_t bytes);
 
     static ESString* g_numbers[ESLimits::NumberStrings];

@@ -18,7 +18,7 @@ public:
     explicit ESThread(ESCode& code);
 
     // The machine writes to the steps' caches.
-    ESStep* steps() const { return const_cast<ESStep*>(m_steps.data()); }
+    ESStep* steps() { return m_steps.data(); }
     // Source line of a step.
     int line(const ESStep* step) const { return m_lines[std::size_t(step - m_steps.data())]; }
     // Slots above the arguments that a call takes at most.

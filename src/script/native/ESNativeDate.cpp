@@ -49,8 +49,19 @@ bool isDate(double time)
 
 double modulo(double value, double by)
 {
+    // Times are whole numbers as a rule, and those are quick to divide.
+    constexpr double Exact = 9007199254740992.0; // 2 to the 53
+    if (std::fabs(value) < Exact && value == double(int64_t(value))) {
+        int64_t rest = int64_t(value) % int64_t(by);
+        return double(rest < 0 ? rest + int64_t(by) : rest);
+    }
     double rest = std::fmod(value, by);
     return rest < 0 ? rest + by : rest;
+}
+
+QAzDate dayOf(double time)
+{
+    return QAzDate::gregorianDate(ESNativeDate::Day(time));
 }
 
 } // namespace
@@ -117,17 +128,17 @@ double ESNativeDate::msFromTime(double time)
 
 double ESNativeDate::YearFromTime(double time)
 {
-    return qdate(time).date().year();
+    return dayOf(time).year();
 }
 
 double ESNativeDate::MonthFromTime(double time)
 {
-    return qdate(time).date().month() - 1;
+    return dayOf(time).month() - 1;
 }
 
 double ESNativeDate::DateFromTime(double time)
 {
-    return qdate(time).date().day();
+    return dayOf(time).day();
 }
 
 double ESNativeDate::WeekDay(double time)

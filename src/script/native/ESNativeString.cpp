@@ -196,7 +196,7 @@ ESValue split(const ESCall& call)
     uint32_t most = limit.isUndefined() ? 0xFFFFFFFFu : context->toUint32(limit);
     ESString* wanted = separator.isUndefined() ? g_emptyString : context->toEString(separator);
     ESArray* array = context->newArray(0, nullptr);
-    auto add = [&](ESString* piece) { context->putIndex(array, array->count, ESValue(piece)); };
+    auto add = [&](ESString* piece) { array->insert(array->count, ESValue(piece)); };
 
     const int length = subject->length();
     if (separator.isUndefined()) {
@@ -215,6 +215,7 @@ ESValue split(const ESCall& call)
             start = int(at) + wanted->length();
         }
     }
+    array->slot(0).setValue(ESValue(double(array->count)));
     return ESValue(array);
 }
 

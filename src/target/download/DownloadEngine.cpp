@@ -1,6 +1,7 @@
 #include "target/download/DownloadEngine.h"
 
 #include "loadfile/LoadFileInterface.h"
+#include "loadfile/LoadFileSection.h"
 #include "support/Bracket.h"
 #include "support/HException.h"
 #include "target/download/Comparison.h"

@@ -1,6 +1,6 @@
 #include "target/io/TargetIOServer.h"
 
-#include "support/Numbers.h"
+#include "support/AddressRanges.h"
 #include "target/memory/TargetMemoryInterface.h"
 
 #include <algorithm>

@@ -1,6 +1,9 @@
 #include "project/CachedTextFile.h"
 #include "project/EnvironmentSettings.h"
-#include "tests/project/SolutionFixture.h"
+#include "project/ProjectElement.h"
+#include "project/PropertyClass.h"
+#include "project/SolutionFixture.h"
+#include "support/HException.h"
 
 #include <QFile>
 
@@ -17,6 +20,8 @@ protected:
         return build.output(element, "Debug", absolute).toStdString();
     }
 };
+
+} // namespace
 
 TEST_F(Build, OutputNamesFollowTheProjectType)
 {
@@ -210,5 +215,3 @@ TEST_F(Build, CachedTextsFollowTheirFile)
     EXPECT_THROW(CachedTextFile::read(q(directory / "none.js"), nullptr), HException);
     EXPECT_THROW(CachedTextFile::read(q(directory.path()), nullptr), HException);
 }
-
-} // namespace

@@ -1,7 +1,8 @@
+#include "project/xml/MacroText.h"
+#include "project/xml/XMLNode.h"
 #include "project/xml/XMLPP2.h"
-#include "project/xml/limits.h"
 #include "support/HException.h"
-#include "tests/support/TempDir.h"
+#include "support/TempDir.h"
 
 #include <QStringList>
 
@@ -49,6 +50,8 @@ protected:
     TempDir directory;
     MacroText::Macros fileMacros;
 };
+
+} // namespace
 
 TEST_F(Preprocessor, ConditionsKeepOrDropTheirChildren)
 {
@@ -214,5 +217,3 @@ TEST_F(Preprocessor, WorkWithoutEndIsStopped)
     EXPECT_EQ(run(open + "<include filename=\"main.xml\"/>" + close),
               prefix + "elements nest more than 1000 deep");
 }
-
-} // namespace

@@ -1,8 +1,11 @@
 #include "maxq30/cpu/ZOFFMAXQ30Insn.h"
 #include "support/HException.h"
-#include "support/MAXQ30Records.h"
+#include "support/HString.h"
+#include "support/Pool.h"
+#include "zoff/ZOFFExpr.h"
 #include "zoff/ZOFFMarker.h"
 #include "zoff/ZOFFSymbol.h"
+#include "zoff/ZOFFTags.h"
 
 #include <gtest/gtest.h>
 

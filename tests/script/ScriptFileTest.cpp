@@ -30,6 +30,17 @@ const Place g_places[] = {
 
 class ScriptFile : public testing::TestWithParam<std::tuple<std::string, Place>> {};
 
+std::vector<std::string> scripts()
+{
+    std::vector<std::string> names;
+    for (const QString& name :
+         QDir(QStringLiteral(QBURN_SOURCE_DIR "/tests/script")).entryList({"*.js"}, QDir::Files, QDir::Name))
+        names.push_back(name.toStdString());
+    return names;
+}
+
+} // namespace
+
 TEST_P(ScriptFile, PrintsWhatItExpects)
 {
     const auto& [name, place] = GetParam();
@@ -51,20 +62,9 @@ TEST_P(ScriptFile, PrintsWhatItExpects)
             << "output line " << i + 1;
 }
 
-std::vector<std::string> scripts()
-{
-    std::vector<std::string> names;
-    for (const QString& name :
-         QDir(QStringLiteral(QBURN_SOURCE_DIR "/tests/script")).entryList({"*.js"}, QDir::Files, QDir::Name))
-        names.push_back(name.toStdString());
-    return names;
-}
-
 INSTANTIATE_TEST_SUITE_P(Scripts, ScriptFile,
                          testing::Combine(testing::ValuesIn(scripts()), testing::ValuesIn(g_places)),
                          [](const auto& info) {
                              const std::string& file = std::get<0>(info.param);
                              return file.substr(0, file.find('.')) + "In" + std::get<1>(info.param).name;
                          });
-
-} // namespace
