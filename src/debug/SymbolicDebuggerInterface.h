@@ -157,6 +157,8 @@ public:
     virtual void getParameters(Frame* frame, VariableListBuilder* builder) = 0;
     virtual void getRegisters(Frame* frame, VariableListBuilder* builder) = 0;
     virtual unsigned getRegisterNumber(const QString& name) = 0;
+    // The type to cast a register to whose bits have names, as an expression writes it; empty for others.
+    virtual QString getRegisterFlags(const QString& name) const = 0;
     // Both return true also for a register that is not there, and then change nothing.
     virtual bool getRegisterValue(Frame* frame, unsigned number, uint64_t& value) = 0;
     virtual bool setRegisterValue(Frame* frame, unsigned number, uint64_t value) = 0;

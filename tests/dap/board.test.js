@@ -48,8 +48,13 @@ for (const usb of [false, true])
         assert.deepStrictEqual(set.slice(4).map(each => each.message), Array(2).fill('No more code breakpoints available'));
 
         assert.strictEqual((await client.until('continue')).reason, 'breakpoint');
-        assert.strictEqual((await client.until('next')).reason === 'breakpoint' || (await client.where())[0].line === wanted[1].line, true);
-        assert.strictEqual((await client.where())[0].line, wanted[1].line, 'stepped over a call with all places in use');
+        assert.strictEqual(await client.refused('next', { threadId: 1 }), 'No more code breakpoints available');
+        await client.until('stepIn');
+        await client.until('next');
+        assert.deepStrictEqual((await client.where()).map(frame => [frame.name, frame.line])[0],
+                               ['fill', at('main.s', '.ADJUST -4') + 1], 'steps go on with all places in use');
+        assert.strictEqual((await client.until('continue')).reason, 'breakpoint');
+        assert.strictEqual((await client.where())[0].line, wanted[1].line);
         assert.strictEqual((await client.variables((await client.variables((await client.scopes()).Globals)).table.variablesReference))['[5]'].value, '25');
 
         const changed = client.waitForEvent('breakpoint');

@@ -42,6 +42,7 @@ class Client extends DebugClient {
         this.errors = '';
         this.adapter.stderr.on('data', data => { this.errors += data; });
         this.ended = new Promise(resolve => this.adapter.on('close', (status, signal) => resolve({ status, signal })));
+        this.adapter.stdin.on('error', () => {}); // of an adapter that has ended
         this.connect(this.adapter.stdout, this.adapter.stdin);
     }
 
@@ -58,7 +59,7 @@ class Client extends DebugClient {
     // Ends the adapter as an editor does. Fails when one of its messages was not what the protocol says.
     async stop() {
         if (this.adapter.exitCode === null && !this.adapter.stdin.writableEnded) {
-            await this.send('disconnect', {}).catch(() => {});
+            await Promise.race([this.send('disconnect', {}).catch(() => {}), this.ended]);
             this.adapter.stdin.end();
         }
         const timer = setTimeout(() => this.adapter.kill('SIGKILL'), 20000);

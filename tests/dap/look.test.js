@@ -57,7 +57,13 @@ test('children are opened level by level, in pages, and evaluate back to themsel
     assert.deepStrictEqual([hexadecimal.number.value, hexadecimal.weight.value], ['0x0000000a', '0x0003']);
     assert.strictEqual((await client.variables(Statics)).sum, undefined, 'sum belongs to another file');
     assert.strictEqual((await client.variables(Statics)).figures.value, '{...}');
-    assert.match((await client.variables(Registers))['A[1]'].value, /^0x[0-9a-f]{8}$/);
+    const registers = await client.variables(Registers);
+    assert.match(registers['A[1]'].value, /^0x[0-9a-f]{8}$/);
+    await client.setVariableRequest({ variablesReference: Registers, name: 'PSF', value: '0x82' });
+    const flags = await client.variables(registers.PSF.variablesReference);
+    assert.deepStrictEqual(Object.entries(flags).map(([flag, { value }]) => flag + value), ['E0', 'C1', 'S0', 'Z1']);
+    await client.setVariableRequest({ variablesReference: registers.PSF.variablesReference, name: 'Z', value: '0' });
+    assert.strictEqual(await client.value('@PSF & 0xFF'), '2');
 }));
 
 test('values are set where they stand, and looking changes nothing', () => session(async client => {

@@ -102,11 +102,9 @@ void Adapter::standAtEntry()
     try {
         if (!hit && !m_launch->stopOnEntry && !symbol.isEmpty()) {
             if (m_values.codeAddress(symbol) != pc()) {
-                m_entryPending =
-                    m_debugger.setBreakpoint(ExpressionContext(), symbol, QStringLiteral("Execute"), 0, false,
-                                             true, QString(), QString()) != nullptr;
-                if (!m_entryPending)
-                    warning(QStringLiteral("the target refuses the breakpoint at \"%1\"").arg(symbol));
+                m_debugger.setBreakpoint(ExpressionContext(), symbol, QString(), 0, false, true, QString(),
+                                         QString());
+                m_entryPending = true;
             } else {
                 hit = true;
             }

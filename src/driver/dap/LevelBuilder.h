@@ -16,7 +16,8 @@ public:
     enum Shape { Plain, Struct, Array, Pointer };
     struct Item {
         QString name;
-        QString path; // an expression for it
+        QString path;   // an expression for it
+        QString inside; // one that has its children, where the path has not
         QString type;
         QString value;
         Shape shape = Plain;

@@ -119,7 +119,16 @@ ValueView::Items ValueView::children(const Container& container, unsigned first,
         return items;
     }
     }
-    return level.items();
+    Items items = level.items();
+    if (container.kind == Container::Registers)
+        for (LevelBuilder::Item& item : items) {
+            QString flags = debugger.getRegisterFlags(item.name);
+            if (flags.isEmpty())
+                continue;
+            item.shape = LevelBuilder::Struct;
+            item.inside = QLatin1Char('(') + flags + QLatin1Char(')') + item.path;
+        }
+    return items;
 }
 
 QJsonObject ValueView::variables(const Arguments& arguments)
@@ -159,7 +168,9 @@ QJsonObject ValueView::body(const LevelBuilder::Item& item, unsigned frame, cons
     QJsonObject body{{QLatin1String(key), item.value}, {QStringLiteral("type"), item.type}};
     int reference = 0;
     if (item.shape != LevelBuilder::Plain)
-        reference = m_containers.add({Container::Value, frame, item.path, item.shape, item.count});
+        reference =
+            m_containers.add({Container::Value, frame, item.inside.isEmpty() ? item.path : item.inside,
+                              item.shape, item.count});
     body.insert(QStringLiteral("variablesReference"), reference);
     if (item.shape == LevelBuilder::Array)
         body.insert(QStringLiteral("indexedVariables"), int(std::min(item.count, unsigned(INT_MAX))));

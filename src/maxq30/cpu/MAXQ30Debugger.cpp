@@ -119,6 +119,16 @@ bool MAXQ30Debugger::getInterruptsEnabled()
     return registers && (registers->getValue(R::IC) & R::GlobalInterruptEnable);
 }
 
+QString MAXQ30Debugger::getRegisterFlags(const QString& name) const
+{
+    // Each with the number of its bit.
+    if (name == QLatin1String("PSF"))
+        return QStringLiteral("register 2 E 0 1 C 1 1 S 6 1 Z 7 1;");
+    if (name == QLatin1String("IC"))
+        return QStringLiteral("register 1 IGE 0 1;");
+    return {};
+}
+
 unsigned MAXQ30Debugger::getRegisterNumber(const QString& name)
 {
     unsigned module = 0, index = 0;

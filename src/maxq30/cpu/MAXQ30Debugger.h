@@ -27,6 +27,7 @@ public:
     void getRegisters(Frame* frame, VariableListBuilder* builder) override;
     // Of "M", a module number and a hexadecimal index as in "M8[0x5]"; 0 for anything else.
     unsigned getRegisterNumber(const QString& name) override;
+    QString getRegisterFlags(const QString& name) const override;
     bool getRegisterValue(Frame* frame, unsigned number, uint64_t& value) override;
     bool setRegisterValue(Frame* frame, unsigned number, uint64_t value) override;
     QStringList getMemorySpaces() override;
