@@ -23,6 +23,7 @@
 #include "debug/run/ZOFFBreakpoint.h"
 #include "debug/symbols/CodeReader.h"
 #include "debug/symbols/SymbolTables.h"
+#include "expression/MarkerType.h"
 #include "support/Endian.h"
 #include "support/Path.h"
 

@@ -10,6 +10,7 @@
 #include "debug/run/ZOFFBreakpoint.h"
 #include "debug/symbols/SymbolicDebug.h"
 #include "expression/ExpressionType.h"
+#include "expression/MarkerType.h"
 #include "expression/ParserException.h"
 #include "support/HString.h"
 #include "target/TargetRegisterInterface.h"

@@ -6,16 +6,18 @@
 #include "driver/session/Interrupt.h"
 #include "driver/session/Release.h"
 #include "driver/terminal/StandardOutput.h"
+#include "loadfile/LoadFileInterface.h"
 #include "project/BuildSystem.h"
-#include "project/EnvironmentSettings.h"
 #include "project/MacroSystem.h"
 #include "project/PackageSystem.h"
 #include "project/ProjectSystem.h"
 #include "project/ProjectTemplates.h"
+#include "project/PropertyClass.h"
+#include "project/PropertyValue.h"
 #include "support/HException.h"
 #include "support/PlatformConstants.h"
 #include "support/QTx.h"
-#include "support/Warning.h"
+#include "target/TargetInterface.h"
 
 #include <QFileInfo>
 

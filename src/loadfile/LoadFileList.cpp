@@ -3,6 +3,7 @@
 #include "support/Path.h"
 
 #include "loadfile/LoadFileFactory.h"
+#include "support/AddressRanges.h"
 
 #include <QString>
 

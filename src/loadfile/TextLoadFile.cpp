@@ -1,5 +1,6 @@
 #include "loadfile/TextLoadFile.h"
 
+#include "loadfile/LoadFileSection.h"
 #include "support/HException.h"
 
 #include <array>

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "loadfile/LoadFileInterface.h"
+#include "loadfile/LoadFileSection.h"
 
 #include <cstddef>
 #include <span>

@@ -2,7 +2,6 @@
 #include "project/MacroSystem.h"
 #include "project/ProjectSystem.h"
 #include "project/SolutionLoadError.h"
-#include "project/limits.h"
 #include "support/PlatformConstants.h"
 
 #include <QSet>

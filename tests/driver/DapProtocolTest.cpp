@@ -1,12 +1,12 @@
 // The parts of the debug adapter that know no program: framing, arguments, and what users write into the
 // fields of a breakpoint.
-#include "driver/dap/Arguments.h"
 #include "driver/dap/ClientFormat.h"
 #include "driver/dap/HitCondition.h"
 #include "driver/dap/LogText.h"
 #include "driver/dap/MemoryReference.h"
 #include "driver/dap/MessageReader.h"
 #include "driver/dap/References.h"
+#include "driver/dap/RequestArguments.h"
 #include "driver/dap/RequestFailure.h"
 #include "driver/dap/limits.h"
 #include "support/Failure.h"
@@ -69,14 +69,14 @@ TEST(DapProtocol, ArgumentsOfWrongTypesAreToldWithTheirWay)
 {
     QJsonObject json =
         QJsonDocument::fromJson(R"({"a":{"n":1e300,"f":1,"t":[1],"o":[{},3]},"big":4294967296})").object();
-    Arguments inner = Arguments(json).object("a");
+    RequestArguments inner = RequestArguments(json).object("a");
     EXPECT_EQ(failureOf([&] { inner.number("n"); }), "argument \"a.n\" must be a whole number");
     EXPECT_EQ(failureOf([&] { inner.flag("f", true); }), "argument \"a.f\" must be true or false");
     EXPECT_EQ(failureOf([&] { inner.text("t"); }), "argument \"a.t\" must be a text");
     EXPECT_EQ(failureOf([&] { inner.texts("t"); }), "argument \"a.t\" must be a list of texts");
     EXPECT_EQ(failureOf([&] { inner.objects("o"); }), "argument \"a.o\" must be a list of objects");
     EXPECT_EQ(failureOf([&] { inner.text("missing"); }), "argument \"a.missing\" is missing");
-    EXPECT_EQ(failureOf([&] { Arguments(json).count("big"); }), "argument \"big\" is out of range");
+    EXPECT_EQ(failureOf([&] { RequestArguments(json).count("big"); }), "argument \"big\" is out of range");
 }
 
 TEST(DapProtocol, HitConditionsHoldForTheHitsTheyName)
@@ -119,7 +119,7 @@ TEST(DapProtocol, LogTextsReplaceWhatStandsInBraces)
 TEST(DapProtocol, PathsAreMappedAtTheEndsOfTheirParts)
 {
     QJsonObject uris{{"pathFormat", "uri"}, {"linesStartAt1", false}};
-    ClientFormat client{Arguments(uris)};
+    ClientFormat client{RequestArguments(uris)};
     client.sourceMap.add("/build/src/", "/home/me/my project");
     client.sourceMap.add("/build", "/other");
     EXPECT_EQ(client.path("/build/src/a.s").toStdString(), "file:///home/me/my%20project/a.s");

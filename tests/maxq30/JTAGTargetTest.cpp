@@ -8,6 +8,7 @@
 #include "maxq30/jtag/MAXQ30JTAGRegisters.h"
 #include "maxq30/jtag/MAXQ30JTAGTargetInterface.h"
 #include "support/Endian.h"
+#include "support/Failure.h"
 #include "support/HException.h"
 #include "target/memory/TargetMemoryInterface.h"
 
@@ -240,8 +241,7 @@ TEST(JTAGTarget, DataStopsAreLookedAtInMemory)
     target.go();
     device.take();
     EXPECT_FALSE(stops());
-    EXPECT_EQ(device.take(), "in20 scan in290c0020 out4 in2280000000010000 out2 in27 ")
-        << "without the map";
+    EXPECT_EQ(device.take(), "in20 scan in290c0020 out4 in2280000000010000 out2 in27 ") << "without the map";
     device.words[0x80] = 0x53;
     EXPECT_TRUE(stops());
     EXPECT_EQ(target.matched(), &one);

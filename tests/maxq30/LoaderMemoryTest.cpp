@@ -4,6 +4,7 @@
 #include "project/PropertyValue.h"
 #include "script/engine/ESContext.h"
 #include "script/native/ESLibrary.h"
+#include "support/Failure.h"
 #include "support/HException.h"
 #include "target/memory/TargetMemoryInterface.h"
 

@@ -7,6 +7,7 @@
 #include "maxq30/jtag/maxq_serial2jtag.h"
 #include "maxq30/jtag/maxqd.h"
 #include "project/PropertyValue.h"
+#include "support/Failure.h"
 #include "support/HException.h"
 #include "support/TempDir.h"
 #include "target/FakeTarget.h"

@@ -1,6 +1,7 @@
 // What scripts cost: what the engine makes for itself is given back, nothing is given back too early, and the
 // limit holds.
 #include "ScriptFixture.h"
+#include "script/engine/ESStringPool.h"
 
 #include <gtest/gtest.h>
 

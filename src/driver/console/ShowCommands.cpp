@@ -1,12 +1,16 @@
 // Commands that show values and code, and those that change values.
 #include "debug/SymbolicDebuggerInterface.h"
 #include "debug/evaluation/DebugMarkerType.h"
+#include "debug/evaluation/ExpressionContext.h"
+#include "debug/run/Frame.h"
 #include "driver/console/CommandArguments.h"
 #include "driver/console/DebugCommands.h"
 #include "driver/console/JavaScriptVariableView.h"
-#include "driver/session/TextVariableView.h"
 #include "driver/session/Loader.h"
+#include "driver/session/TextVariableView.h"
 #include "expression/ExpressionType.h"
+#include "script/engine/ESContext.h"
+#include "script/engine/ESStringPool.h"
 #include "support/HException.h"
 #include "zoff/ZOFFType.h"
 

@@ -1,11 +1,12 @@
 #include "driver/dap/Adapter.h"
 
 #include "debug/SymbolicDebuggerInterface.h"
-#include "driver/dap/Arguments.h"
+#include "driver/dap/RequestArguments.h"
 #include "driver/dap/RequestFailure.h"
 #include "driver/session/FaceSwitch.h"
 #include "driver/session/Interrupt.h"
 #include "driver/session/Loader.h"
+#include "support/HException.h"
 
 #include <QJsonArray>
 
@@ -81,7 +82,7 @@ void Adapter::carryOut(const Request& request, const Row& row)
     m_current = request.seq;
     m_cancelled = false;
     try {
-        QJsonObject body = row.handler(*this, Arguments(request.arguments));
+        QJsonObject body = row.handler(*this, RequestArguments(request.arguments));
         m_messages.respond(request, body);
     } catch (const Interrupted&) {
         m_messages.fail(request, QStringLiteral("cancelled"));
@@ -111,7 +112,7 @@ Adapter::Ahead Adapter::lookAhead(const QByteArray& json)
     if (request.command != QLatin1String("cancel"))
         return Ahead::Leave;
     try {
-        Arguments arguments(request.arguments);
+        RequestArguments arguments(request.arguments);
         bool isThis = m_progress.has(arguments.text("progressId", QString())) ||
                       (arguments.has("requestId") && arguments.count("requestId") == m_current);
         if (!isThis)

@@ -86,7 +86,7 @@ private:
     struct Row {
         const char* command;
         unsigned states; // in which it is allowed
-        QJsonObject (*handler)(Adapter& adapter, const Arguments& arguments);
+        QJsonObject (*handler)(Adapter& adapter, const RequestArguments& arguments);
         const char* capability; // of the adapter, that the request stands for; null for what all have
     };
     using StepAct = void (SymbolicDebuggerInterface::*)(bool instruction);
@@ -95,25 +95,25 @@ private:
     void carryOut(const Request& request, const Row& row);
     QString refusal(const Row& row) const;
 
-    QJsonObject initialize(const Arguments& arguments);
-    QJsonObject launch(const Arguments& arguments);
-    QJsonObject attach(const Arguments& arguments);
-    QJsonObject configurationDone(const Arguments& arguments);
-    QJsonObject restart(const Arguments& arguments);
-    QJsonObject disconnect(const Arguments& arguments);
-    QJsonObject terminate(const Arguments& arguments);
-    QJsonObject cancelRequest(const Arguments& arguments);
-    QJsonObject setExceptions(const Arguments& arguments);
-    QJsonObject exceptionInfo(const Arguments& arguments);
-    QJsonObject go(const Arguments& arguments);
-    QJsonObject step(const Arguments& arguments, StepAct act);
-    QJsonObject stepOut(const Arguments& arguments);
-    QJsonObject pause(const Arguments& arguments);
-    QJsonObject jump(const Arguments& arguments);
-    QJsonObject threads(const Arguments& arguments);
-    QJsonObject evaluate(const Arguments& arguments);
+    QJsonObject initialize(const RequestArguments& arguments);
+    QJsonObject launch(const RequestArguments& arguments);
+    QJsonObject attach(const RequestArguments& arguments);
+    QJsonObject configurationDone(const RequestArguments& arguments);
+    QJsonObject restart(const RequestArguments& arguments);
+    QJsonObject disconnect(const RequestArguments& arguments);
+    QJsonObject terminate(const RequestArguments& arguments);
+    QJsonObject cancelRequest(const RequestArguments& arguments);
+    QJsonObject setExceptions(const RequestArguments& arguments);
+    QJsonObject exceptionInfo(const RequestArguments& arguments);
+    QJsonObject go(const RequestArguments& arguments);
+    QJsonObject step(const RequestArguments& arguments, StepAct act);
+    QJsonObject stepOut(const RequestArguments& arguments);
+    QJsonObject pause(const RequestArguments& arguments);
+    QJsonObject jump(const RequestArguments& arguments);
+    QJsonObject threads(const RequestArguments& arguments);
+    QJsonObject evaluate(const RequestArguments& arguments);
 
-    void begin(bool attach, const Arguments& arguments);
+    void begin(bool attach, const RequestArguments& arguments);
     void startProgram();
     void standAtEntry();
     void endProgram(bool terminate, bool suspend);

@@ -2,13 +2,18 @@
 
 #include "debug/SymbolicDebuggerInterface.h"
 #include "debug/evaluation/ExpressionContext.h"
+#include "debug/run/DebuggerBreakpoint.h"
+#include "debug/run/Frame.h"
 #include "driver/dap/Adapter.h"
-#include "driver/dap/Arguments.h"
+#include "driver/dap/RequestArguments.h"
 #include "driver/dap/RequestFailure.h"
 #include "driver/session/Interrupt.h"
 #include "driver/session/Loader.h"
 #include "driver/session/Options.h"
 #include "driver/session/SessionSteps.h"
+#include "support/HException.h"
+#include "support/Path.h"
+#include "target/TargetInterface.h"
 
 #include <QJsonArray>
 
@@ -18,20 +23,20 @@ constexpr unsigned StartMilliseconds = 5000; // for a target to stand at its fir
 
 } // namespace
 
-QJsonObject Adapter::launch(const Arguments& arguments)
+QJsonObject Adapter::launch(const RequestArguments& arguments)
 {
     begin(false, arguments);
     return {};
 }
 
-QJsonObject Adapter::attach(const Arguments& arguments)
+QJsonObject Adapter::attach(const RequestArguments& arguments)
 {
     begin(true, arguments);
     return {};
 }
 
 // An editor sends one launch; what has failed is not tried again in this process.
-void Adapter::begin(bool attach, const Arguments& arguments)
+void Adapter::begin(bool attach, const RequestArguments& arguments)
 {
     m_progress.setRequest(m_current);
     try {
@@ -81,7 +86,7 @@ void Adapter::startProgram()
         throw RequestFailure("the target does not stop at the program's first instruction");
 }
 
-QJsonObject Adapter::configurationDone(const Arguments&)
+QJsonObject Adapter::configurationDone(const RequestArguments&)
 {
     if (m_launch->attach) {
         m_state = m_session.run.stopped() ? Stopped : Running;
@@ -129,7 +134,7 @@ uint32_t Adapter::pc()
     return address;
 }
 
-QJsonObject Adapter::restart(const Arguments&)
+QJsonObject Adapter::restart(const RequestArguments&)
 {
     if (m_launch->attach)
         throw RequestFailure("a program that was attached to cannot be restarted");
@@ -157,7 +162,7 @@ QJsonObject Adapter::restart(const Arguments&)
     return {};
 }
 
-QJsonObject Adapter::disconnect(const Arguments& arguments)
+QJsonObject Adapter::disconnect(const RequestArguments& arguments)
 {
     bool attached = m_launch && m_launch->attach;
     bool terminate = arguments.flag("terminateDebuggee", !attached);
@@ -166,7 +171,7 @@ QJsonObject Adapter::disconnect(const Arguments& arguments)
     return {};
 }
 
-QJsonObject Adapter::terminate(const Arguments&)
+QJsonObject Adapter::terminate(const RequestArguments&)
 {
     endProgram(true, false);
     m_afterResponse.push_back([this] { m_messages.event("terminated"); });
@@ -243,20 +248,20 @@ void Adapter::noteResume()
     m_state = Running;
 }
 
-QJsonObject Adapter::go(const Arguments&)
+QJsonObject Adapter::go(const RequestArguments&)
 {
     resume(Intent::Go, [this] { m_debugger.go(); });
     return {{QStringLiteral("allThreadsContinued"), true}};
 }
 
-QJsonObject Adapter::step(const Arguments& arguments, StepAct act)
+QJsonObject Adapter::step(const RequestArguments& arguments, StepAct act)
 {
     bool instruction = arguments.text("granularity", QString()) == QLatin1String("instruction");
     resume(Intent::Step, [&] { (m_debugger.*act)(instruction); });
     return {};
 }
 
-QJsonObject Adapter::stepOut(const Arguments&)
+QJsonObject Adapter::stepOut(const RequestArguments&)
 {
     resume(Intent::Step, [this] {
         Frame* caller = m_debugger.getFrame(1);
@@ -268,7 +273,7 @@ QJsonObject Adapter::stepOut(const Arguments&)
 }
 
 // A program that has just stopped by itself is told as that.
-QJsonObject Adapter::pause(const Arguments&)
+QJsonObject Adapter::pause(const RequestArguments&)
 {
     if (m_state == Running) {
         m_pauseAsked = true;
@@ -278,7 +283,7 @@ QJsonObject Adapter::pause(const Arguments&)
     return {};
 }
 
-QJsonObject Adapter::jump(const Arguments& arguments)
+QJsonObject Adapter::jump(const RequestArguments& arguments)
 {
     m_stack.jump(arguments);
     m_debugger.locate();
@@ -352,7 +357,7 @@ QJsonArray Adapter::exceptionFilters() const
     return filters;
 }
 
-QJsonObject Adapter::setExceptions(const Arguments& arguments)
+QJsonObject Adapter::setExceptions(const RequestArguments& arguments)
 {
     const QStringList wanted = arguments.texts("filters");
     QStringList known;
@@ -371,7 +376,7 @@ QJsonObject Adapter::setExceptions(const Arguments& arguments)
     return {{QStringLiteral("breakpoints"), breakpoints}};
 }
 
-QJsonObject Adapter::exceptionInfo(const Arguments&)
+QJsonObject Adapter::exceptionInfo(const RequestArguments&)
 {
     QString text = m_debugger.lastMatchedException();
     if (text.isEmpty())
@@ -384,7 +389,7 @@ QJsonObject Adapter::exceptionInfo(const Arguments&)
 // --- The editor's console ---------------------------------------------------------------------
 
 // While the program runs, a line is input for it, if it asks for some.
-QJsonObject Adapter::evaluate(const Arguments& arguments)
+QJsonObject Adapter::evaluate(const RequestArguments& arguments)
 {
     QString text = arguments.text("expression");
     bool console = arguments.text("context", QString()) == QLatin1String("repl");

@@ -3,13 +3,14 @@
 
 #include "debug/SymbolicDebuggerInterface.h"
 #include "driver/dap/Adapter.h"
-#include "driver/dap/Arguments.h"
+#include "driver/dap/ClientFormat.h"
+#include "driver/dap/RequestArguments.h"
 
 #include <QJsonArray>
 
 std::span<const Adapter::Row> Adapter::requests()
 {
-    using A = const Arguments&;
+    using A = const RequestArguments&;
     constexpr unsigned Program = Configuring | Stopped | Running | Ended;
     constexpr unsigned Standing = Configuring | Stopped;
     static constexpr unsigned Any = Fresh | Ready | Program;
@@ -83,7 +84,7 @@ std::span<const Adapter::Row> Adapter::requests()
     return rows;
 }
 
-QJsonObject Adapter::initialize(const Arguments& arguments)
+QJsonObject Adapter::initialize(const RequestArguments& arguments)
 {
     m_context.client = ClientFormat(arguments);
     m_progress.setBars(m_context.client.progress());
@@ -99,7 +100,7 @@ QJsonObject Adapter::initialize(const Arguments& arguments)
     return body;
 }
 
-QJsonObject Adapter::threads(const Arguments&)
+QJsonObject Adapter::threads(const RequestArguments&)
 {
     QJsonObject thread{{QStringLiteral("id"), DapContext::ThreadId},
                        {QStringLiteral("name"), QStringLiteral("program")}};
@@ -108,7 +109,7 @@ QJsonObject Adapter::threads(const Arguments&)
 
 // Work is cancelled while it goes on, and waiting requests are taken out of the queue; what comes to this
 // point is done already.
-QJsonObject Adapter::cancelRequest(const Arguments& arguments)
+QJsonObject Adapter::cancelRequest(const RequestArguments& arguments)
 {
     if (arguments.has("requestId"))
         arguments.count("requestId");

@@ -2,12 +2,15 @@
 
 #include "debug/SymbolicDebuggerInterface.h"
 #include "debug/evaluation/ExpressionContext.h"
-#include "driver/dap/Arguments.h"
 #include "driver/dap/DapContext.h"
 #include "driver/dap/MemoryReference.h"
 #include "driver/dap/Messages.h"
+#include "driver/dap/RequestArguments.h"
 #include "driver/dap/RequestFailure.h"
+#include "driver/dap/SourceFiles.h"
 #include "driver/dap/limits.h"
+#include "support/HException.h"
+#include "support/Path.h"
 
 #include <algorithm>
 
@@ -48,9 +51,9 @@ int lineWithCode(const QList<int>& lines, int wanted)
 
 } // namespace
 
-QJsonObject BreakpointTable::setSource(const Arguments& arguments)
+QJsonObject BreakpointTable::setSource(const RequestArguments& arguments)
 {
-    Arguments source = arguments.object("source");
+    RequestArguments source = arguments.object("source");
     QString path = source.text("path", QString());
     const SourceFiles::File* file = path.isEmpty() ? nullptr : m_context.sources.find(path);
     // A file without code keeps its list under the editor's name for it.
@@ -58,29 +61,30 @@ QJsonObject BreakpointTable::setSource(const Arguments& arguments)
     return replace(Source, group, arguments.objects("breakpoints"));
 }
 
-QJsonObject BreakpointTable::setFunctions(const Arguments& arguments)
+QJsonObject BreakpointTable::setFunctions(const RequestArguments& arguments)
 {
     return replace(Function, QString(), arguments.objects("breakpoints"));
 }
 
-QJsonObject BreakpointTable::setInstructions(const Arguments& arguments)
+QJsonObject BreakpointTable::setInstructions(const RequestArguments& arguments)
 {
     return replace(Instruction, QString(), arguments.objects("breakpoints"));
 }
 
-QJsonObject BreakpointTable::setData(const Arguments& arguments)
+QJsonObject BreakpointTable::setData(const RequestArguments& arguments)
 {
     return replace(Data, QString(), arguments.objects("breakpoints"));
 }
 
-QJsonObject BreakpointTable::replace(Kind kind, const QString& group, const std::vector<Arguments>& wanted)
+QJsonObject BreakpointTable::replace(Kind kind, const QString& group,
+                                     const std::vector<RequestArguments>& wanted)
 {
     if (wanted.size() > size_t(DapLimits::Breakpoints))
         throw RequestFailure("too many breakpoints");
     auto belongs = [&](const Breakpoint& entry) { return entry.kind == kind && entry.group == group; };
     for (Breakpoint& breakpoint : m_breakpoints)
         breakpoint.stale = belongs(breakpoint);
-    for (const Arguments& entry : wanted) {
+    for (const RequestArguments& entry : wanted) {
         auto same = std::find_if(m_breakpoints.begin(), m_breakpoints.end(), [&](const Breakpoint& old) {
             return old.stale && old.wanted == entry.json();
         });
@@ -118,7 +122,7 @@ QJsonObject BreakpointTable::replace(Kind kind, const QString& group, const std:
 }
 
 // What is wrong with one breakpoint is told of that one.
-void BreakpointTable::prepare(Breakpoint& breakpoint, const Arguments& wanted)
+void BreakpointTable::prepare(Breakpoint& breakpoint, const RequestArguments& wanted)
 {
     breakpoint.wanted = wanted.json();
     try {
@@ -132,7 +136,7 @@ void BreakpointTable::prepare(Breakpoint& breakpoint, const Arguments& wanted)
     }
 }
 
-void BreakpointTable::locate(Breakpoint& breakpoint, const Arguments& wanted)
+void BreakpointTable::locate(Breakpoint& breakpoint, const RequestArguments& wanted)
 {
     Place place;
     switch (breakpoint.kind) {
@@ -319,7 +323,7 @@ QJsonObject BreakpointTable::description(const Breakpoint& breakpoint) const
     return body;
 }
 
-QJsonObject BreakpointTable::locations(const Arguments& arguments) const
+QJsonObject BreakpointTable::locations(const RequestArguments& arguments) const
 {
     QJsonArray list;
     const SourceFiles::File* file =

@@ -7,7 +7,6 @@
 
 #include "driver/dap/HitCondition.h"
 #include "driver/dap/LogText.h"
-#include "support/Path.h"
 
 #include <QJsonArray>
 #include <QJsonObject>
@@ -20,7 +19,7 @@
 #include <memory>
 #include <optional>
 
-class Arguments;
+class RequestArguments;
 class DebuggerBreakpoint;
 struct DapContext;
 
@@ -39,11 +38,11 @@ public:
     }
 
     // The bodies of the responses.
-    QJsonObject setSource(const Arguments& arguments);
-    QJsonObject setFunctions(const Arguments& arguments);
-    QJsonObject setInstructions(const Arguments& arguments);
-    QJsonObject setData(const Arguments& arguments);
-    QJsonObject locations(const Arguments& arguments) const;
+    QJsonObject setSource(const RequestArguments& arguments);
+    QJsonObject setFunctions(const RequestArguments& arguments);
+    QJsonObject setInstructions(const RequestArguments& arguments);
+    QJsonObject setData(const RequestArguments& arguments);
+    QJsonObject locations(const RequestArguments& arguments) const;
 
     // The program has come to a breakpoint: counts the hit, writes log messages. Returns whether it stops.
     bool hit(const DebuggerBreakpoint* matched);
@@ -87,9 +86,9 @@ private:
     };
     using Breakpoints = std::list<Breakpoint>;
 
-    QJsonObject replace(Kind kind, const QString& group, const std::vector<Arguments>& wanted);
-    void prepare(Breakpoint& breakpoint, const Arguments& wanted);
-    void locate(Breakpoint& breakpoint, const Arguments& wanted);
+    QJsonObject replace(Kind kind, const QString& group, const std::vector<RequestArguments>& wanted);
+    void prepare(Breakpoint& breakpoint, const RequestArguments& wanted);
+    void locate(Breakpoint& breakpoint, const RequestArguments& wanted);
     std::shared_ptr<Place> share(Place place);
     void install(Breakpoint& breakpoint);
     void release(Breakpoint& breakpoint);

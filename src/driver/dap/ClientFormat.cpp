@@ -1,11 +1,11 @@
 #include "driver/dap/ClientFormat.h"
 
-#include "driver/dap/Arguments.h"
+#include "driver/dap/RequestArguments.h"
 #include "driver/dap/RequestFailure.h"
 
 #include <QUrl>
 
-ClientFormat::ClientFormat(const Arguments& initialize)
+ClientFormat::ClientFormat(const RequestArguments& initialize)
     : m_linesStartAt1(initialize.flag("linesStartAt1", true)),
       m_columnsStartAt1(initialize.flag("columnsStartAt1", true)),
       m_progress(initialize.flag("supportsProgressReporting", false)),

@@ -5,13 +5,13 @@
 
 #include <QString>
 
-class Arguments;
+class RequestArguments;
 
 class ClientFormat {
 public:
     ClientFormat() = default;
     // Throws RequestFailure for a way to write paths that is not known.
-    explicit ClientFormat(const Arguments& initialize);
+    explicit ClientFormat(const RequestArguments& initialize);
 
     int line(int number) const { return number - (m_linesStartAt1 ? 0 : 1); }
     int lineFrom(int number) const { return number + (m_linesStartAt1 ? 0 : 1); }

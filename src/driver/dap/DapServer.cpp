@@ -1,7 +1,9 @@
 #include "driver/dap/DapServer.h"
 
 #include "driver/dap/Channel.h"
+#include "driver/dap/MessageReader.h"
 #include "driver/session/Interrupt.h"
+#include "driver/session/ProgramRun.h"
 
 #include <QCoreApplication>
 

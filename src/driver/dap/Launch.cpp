@@ -1,6 +1,6 @@
 #include "driver/dap/Launch.h"
 
-#include "driver/dap/Arguments.h"
+#include "driver/dap/RequestArguments.h"
 #include "driver/dap/RequestFailure.h"
 #include "driver/dap/SourceMap.h"
 #include "driver/session/Options.h"
@@ -37,7 +37,7 @@ template <size_t N> bool contains(const char* const (&names)[N], const QString& 
 }
 
 // A misspelt name would be a setting that silently has no effect.
-void refuseUnknown(const Arguments& arguments, bool attach)
+void refuseUnknown(const RequestArguments& arguments, bool attach)
 {
     const QStringList names = arguments.json().keys();
     for (const QString& name : names) {
@@ -51,12 +51,12 @@ void refuseUnknown(const Arguments& arguments, bool attach)
 }
 
 // PROPERTY=VALUE texts, or an object of them.
-QStringList settings(const Arguments& arguments)
+QStringList settings(const RequestArguments& arguments)
 {
     QJsonValue given = arguments.json().value(QLatin1String("setprop"));
     if (!given.isObject())
         return arguments.textOrTexts("setprop");
-    Arguments object = arguments.object("setprop");
+    RequestArguments object = arguments.object("setprop");
     QStringList list;
     const QStringList names = object.json().keys();
     for (const QString& name : names) {
@@ -69,7 +69,7 @@ QStringList settings(const Arguments& arguments)
 }
 
 // A number, or a text with one in C notation.
-unsigned address(const Arguments& arguments, const char* name)
+unsigned address(const RequestArguments& arguments, const char* name)
 {
     QJsonValue given = arguments.json().value(QLatin1String(name));
     bool good = false;
@@ -85,7 +85,7 @@ unsigned address(const Arguments& arguments, const char* name)
 
 } // namespace
 
-Launch::Launch(const Arguments& arguments, bool attaches, Options& options, SourceMap& sourceMap)
+Launch::Launch(const RequestArguments& arguments, bool attaches, Options& options, SourceMap& sourceMap)
     : attach(attaches)
 {
     refuseUnknown(arguments, attaches);
@@ -123,7 +123,7 @@ Launch::Launch(const Arguments& arguments, bool attaches, Options& options, Sour
             sourceMap.add(pair[0].toString(), pair[1].toString());
         }
     } else {
-        Arguments object = arguments.object("sourceMap");
+        RequestArguments object = arguments.object("sourceMap");
         const QStringList names = object.json().keys();
         for (const QString& name : names)
             sourceMap.add(name, object.text(name.toUtf8().constData()));

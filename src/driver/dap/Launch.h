@@ -4,7 +4,7 @@
 
 #include <QString>
 
-class Arguments;
+class RequestArguments;
 class Options;
 class SourceMap;
 
@@ -12,7 +12,7 @@ class Launch {
 public:
     // Throws RequestFailure for what has a wrong type, is unknown, or cannot be done. What an editor adds for
     // itself begins with "__" or is one of the names that editors use, and is ignored.
-    Launch(const Arguments& arguments, bool attach, Options& options, SourceMap& sourceMap);
+    Launch(const RequestArguments& arguments, bool attach, Options& options, SourceMap& sourceMap);
 
     bool stopOnEntry = false;
     bool attach;

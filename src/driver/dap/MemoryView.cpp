@@ -1,10 +1,11 @@
 #include "driver/dap/MemoryView.h"
 
 #include "debug/SymbolicDebuggerInterface.h"
-#include "driver/dap/Arguments.h"
 #include "driver/dap/DapContext.h"
 #include "driver/dap/MemoryReference.h"
+#include "driver/dap/RequestArguments.h"
 #include "driver/dap/RequestFailure.h"
+#include "driver/dap/limits.h"
 
 #include <QJsonArray>
 
@@ -34,7 +35,7 @@ uint32_t MemoryView::readable(const QString& space, uint32_t address, uint32_t c
     return std::min(m_context.debugger.getMemoryRange(space, address), count);
 }
 
-QJsonObject MemoryView::read(const Arguments& arguments) const
+QJsonObject MemoryView::read(const RequestArguments& arguments) const
 {
     MemoryReference from(arguments.text("memoryReference"), arguments.number("offset", 0));
     int count = arguments.count("count");
@@ -53,7 +54,7 @@ QJsonObject MemoryView::read(const Arguments& arguments) const
     return body;
 }
 
-QJsonObject MemoryView::write(const Arguments& arguments) const
+QJsonObject MemoryView::write(const RequestArguments& arguments) const
 {
     MemoryReference to(arguments.text("memoryReference"), arguments.number("offset", 0));
     auto decoded = QByteArray::fromBase64Encoding(arguments.text("data").toLatin1(),
@@ -74,7 +75,7 @@ QJsonObject MemoryView::write(const Arguments& arguments) const
 
 // Code is not marked where instructions begin, so those in front of an address are found by reading on from
 // far enough in front of it: prefix words are the only ones that an instruction can be longer by.
-QJsonObject MemoryView::disassemble(const Arguments& arguments) const
+QJsonObject MemoryView::disassemble(const RequestArguments& arguments) const
 {
     SymbolicDebuggerInterface& debugger = m_context.debugger;
     uint32_t base = MemoryReference::code(arguments.text("memoryReference"), arguments.number("offset", 0));

@@ -8,7 +8,7 @@
 
 #include <cstdint>
 
-class Arguments;
+class RequestArguments;
 struct DapContext;
 
 class MemoryView {
@@ -16,10 +16,10 @@ public:
     explicit MemoryView(DapContext& context) : m_context(context) {}
 
     // The bodies of the responses.
-    QJsonObject read(const Arguments& arguments) const;
-    QJsonObject write(const Arguments& arguments) const;
+    QJsonObject read(const RequestArguments& arguments) const;
+    QJsonObject write(const RequestArguments& arguments) const;
     // Instructions around an address; what is no code is filled up with entries that say so.
-    QJsonObject disassemble(const Arguments& arguments) const;
+    QJsonObject disassemble(const RequestArguments& arguments) const;
 
 private:
     int64_t following(int64_t address) const;

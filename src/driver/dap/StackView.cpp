@@ -1,9 +1,12 @@
 #include "driver/dap/StackView.h"
 
 #include "debug/SymbolicDebuggerInterface.h"
-#include "driver/dap/Arguments.h"
 #include "driver/dap/DapContext.h"
 #include "driver/dap/MemoryReference.h"
+#include "driver/dap/RequestArguments.h"
+#include "driver/dap/RequestFailure.h"
+#include "driver/dap/SourceFiles.h"
+#include "driver/dap/limits.h"
 
 #include <QJsonArray>
 
@@ -35,7 +38,7 @@ QJsonObject StackView::frame(unsigned number)
     return body;
 }
 
-QJsonObject StackView::stackTrace(const Arguments& arguments)
+QJsonObject StackView::stackTrace(const RequestArguments& arguments)
 {
     SymbolicDebuggerInterface& debugger = m_context.debugger;
     unsigned first = unsigned(arguments.count("startFrame", 0));
@@ -62,7 +65,7 @@ QJsonObject StackView::loadedSources() const
     return {{QStringLiteral("sources"), list}};
 }
 
-QJsonObject StackView::gotoTargets(const Arguments& arguments)
+QJsonObject StackView::gotoTargets(const RequestArguments& arguments)
 {
     QJsonArray list;
     const SourceFiles::File* file =
@@ -79,7 +82,7 @@ QJsonObject StackView::gotoTargets(const Arguments& arguments)
     return {{QStringLiteral("targets"), list}};
 }
 
-void StackView::jump(const Arguments& arguments)
+void StackView::jump(const RequestArguments& arguments)
 {
     Target target = m_targets.at(arguments.count("targetId"));
     if (!m_context.debugger.setNextStatement(m_context.debugger.getFrame(0), target.path, target.line))

@@ -6,7 +6,7 @@
 
 #include <QJsonObject>
 
-class Arguments;
+class RequestArguments;
 struct DapContext;
 
 class StackView {
@@ -14,11 +14,11 @@ public:
     explicit StackView(DapContext& context) : m_context(context) {}
 
     // The bodies of the responses. Callers are looked for no further than the editor asks.
-    QJsonObject stackTrace(const Arguments& arguments);
+    QJsonObject stackTrace(const RequestArguments& arguments);
     QJsonObject loadedSources() const;
-    QJsonObject gotoTargets(const Arguments& arguments);
+    QJsonObject gotoTargets(const RequestArguments& arguments);
     // Moves the pc to such a target.
-    void jump(const Arguments& arguments);
+    void jump(const RequestArguments& arguments);
 
     // The program goes on: what the editor knows of its frames is void.
     void forget();

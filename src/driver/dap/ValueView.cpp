@@ -2,10 +2,12 @@
 
 #include "debug/SymbolicDebuggerInterface.h"
 #include "debug/evaluation/DebugMarkerType.h"
-#include "driver/dap/Arguments.h"
+#include "debug/run/Frame.h"
 #include "driver/dap/DapContext.h"
 #include "driver/dap/MemoryReference.h"
+#include "driver/dap/RequestArguments.h"
 #include "driver/dap/RequestFailure.h"
+#include "driver/dap/limits.h"
 #include "driver/session/TextVariableView.h"
 #include "expression/ExpressionType.h"
 
@@ -17,7 +19,7 @@ constexpr int Decimal = 10;
 constexpr int Hexadecimal = 16;
 constexpr unsigned LogArrayLimit = 100; // elements of an array in a log message, and of one that is copied
 
-int radix(const Arguments& arguments)
+int radix(const RequestArguments& arguments)
 {
     return arguments.object("format").flag("hex", false) ? Hexadecimal : Decimal;
 }
@@ -48,7 +50,7 @@ void ValueView::forget()
     m_paths.clear();
 }
 
-unsigned ValueView::frameNumber(const Arguments& arguments) const
+unsigned ValueView::frameNumber(const RequestArguments& arguments) const
 {
     return arguments.has("frameId") ? m_context.frames.at(arguments.count("frameId")) : 0;
 }
@@ -69,7 +71,7 @@ ExpressionContext ValueView::in(unsigned frame, bool readOnly) const
 
 // --- Scopes and variables ---------------------------------------------------------------------
 
-QJsonObject ValueView::scopes(const Arguments& arguments)
+QJsonObject ValueView::scopes(const RequestArguments& arguments)
 {
     unsigned frame = m_context.frames.at(arguments.count("frameId"));
     QJsonArray list;
@@ -131,7 +133,7 @@ ValueView::Items ValueView::children(const Container& container, unsigned first,
     return items;
 }
 
-QJsonObject ValueView::variables(const Arguments& arguments)
+QJsonObject ValueView::variables(const RequestArguments& arguments)
 {
     int reference = arguments.count("variablesReference");
     Container container = m_containers.at(reference);
@@ -191,7 +193,7 @@ LevelBuilder::Item ValueView::item(unsigned frame, const QString& expression, in
     return level.items().front();
 }
 
-QJsonObject ValueView::evaluate(const Arguments& arguments)
+QJsonObject ValueView::evaluate(const RequestArguments& arguments)
 {
     QString expression = arguments.text("expression");
     QString context = arguments.text("context", QString());
@@ -238,7 +240,7 @@ uint32_t ValueView::codeAddress(const QString& name) const
 }
 
 // The variable as it stands in memory afterwards.
-QJsonObject ValueView::assigned(unsigned frame, const QString& path, const Arguments& arguments)
+QJsonObject ValueView::assigned(unsigned frame, const QString& path, const RequestArguments& arguments)
 {
     LevelBuilder::Item before = item(frame, path, Decimal, true);
     if (!before.place || before.place->kind == DebugMarkerType::Constant)
@@ -267,21 +269,21 @@ QString ValueView::childPath(int reference, const QString& name)
     throw RequestFailure(QStringLiteral("there is no \"%1\"").arg(name));
 }
 
-QJsonObject ValueView::setVariable(const Arguments& arguments)
+QJsonObject ValueView::setVariable(const RequestArguments& arguments)
 {
     int reference = arguments.count("variablesReference");
     unsigned frame = m_containers.at(reference).frame;
     return assigned(frame, childPath(reference, arguments.text("name")), arguments);
 }
 
-QJsonObject ValueView::setExpression(const Arguments& arguments)
+QJsonObject ValueView::setExpression(const RequestArguments& arguments)
 {
     return assigned(frameNumber(arguments), arguments.text("expression"), arguments);
 }
 
 // --- Data breakpoints and completions ---------------------------------------------------------
 
-QJsonObject ValueView::dataInfo(const Arguments& arguments)
+QJsonObject ValueView::dataInfo(const RequestArguments& arguments)
 {
     QString name = arguments.text("name");
     unsigned bytes = unsigned(arguments.count("bytes", 0));
@@ -324,7 +326,7 @@ QJsonObject ValueView::dataInfo(const Arguments& arguments)
             {QStringLiteral("canPersist"), false}};
 }
 
-QJsonObject ValueView::completions(const Arguments& arguments)
+QJsonObject ValueView::completions(const RequestArguments& arguments)
 {
     QString typed = arguments.text("text");
     int column = arguments.count("column") - m_context.client.firstColumn();

@@ -12,7 +12,7 @@
 
 #include <map>
 
-class Arguments;
+class RequestArguments;
 struct DapContext;
 
 class ValueView {
@@ -20,14 +20,14 @@ public:
     explicit ValueView(DapContext& context) : m_context(context) {}
 
     // The bodies of the responses.
-    QJsonObject scopes(const Arguments& arguments);
-    QJsonObject variables(const Arguments& arguments);
-    QJsonObject setVariable(const Arguments& arguments);
-    QJsonObject setExpression(const Arguments& arguments);
+    QJsonObject scopes(const RequestArguments& arguments);
+    QJsonObject variables(const RequestArguments& arguments);
+    QJsonObject setVariable(const RequestArguments& arguments);
+    QJsonObject setExpression(const RequestArguments& arguments);
     // Of an expression; who looks at a value without being asked to change one may not assign.
-    QJsonObject evaluate(const Arguments& arguments);
-    QJsonObject completions(const Arguments& arguments);
-    QJsonObject dataInfo(const Arguments& arguments);
+    QJsonObject evaluate(const RequestArguments& arguments);
+    QJsonObject completions(const RequestArguments& arguments);
+    QJsonObject dataInfo(const RequestArguments& arguments);
 
     // Expressions of conditions and log messages. Throw HException.
     bool truth(unsigned frame, const QString& expression) const;
@@ -49,12 +49,12 @@ private:
     };
     using Items = std::vector<LevelBuilder::Item>;
 
-    unsigned frameNumber(const Arguments& arguments) const;
+    unsigned frameNumber(const RequestArguments& arguments) const;
     ExpressionContext in(unsigned frame, bool readOnly) const;
     Items children(const Container& container, unsigned first, unsigned count, int radix) const;
     LevelBuilder::Item item(unsigned frame, const QString& expression, int radix, bool readOnly) const;
     QString childPath(int reference, const QString& name);
-    QJsonObject assigned(unsigned frame, const QString& path, const Arguments& arguments);
+    QJsonObject assigned(unsigned frame, const QString& path, const RequestArguments& arguments);
     // The fields that variables and results share; `key` is that of the value's text.
     QJsonObject body(const LevelBuilder::Item& item, unsigned frame, const char* key);
 

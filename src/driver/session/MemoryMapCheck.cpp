@@ -2,6 +2,7 @@
 
 #include "loadfile/LoadFileList.h"
 #include "project/memorymap/MemoryMap.h"
+#include "project/memorymap/MemoryMapElement.h"
 #include "support/AddressRanges.h"
 #include "support/Path.h"
 

@@ -1,5 +1,6 @@
 #include "driver/session/Options.h"
 
+#include "driver/session/Reporter.h"
 #include "driver/session/SessionFace.h"
 #include "loadfile/LoadFileFactory.h"
 #include "support/Numbers.h"

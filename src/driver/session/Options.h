@@ -3,6 +3,7 @@
 #pragma once
 
 #include "driver/session/ArgParse.h"
+#include "driver/session/Reporter.h"
 
 #include <QString>
 #include <QStringList>

@@ -5,14 +5,21 @@
 #include "driver/session/Options.h"
 #include "driver/session/SessionFace.h"
 #include "loadfile/LoadFileFactory.h"
+#include "loadfile/LoadFileInterface.h"
+#include "loadfile/LoadFileList.h"
 #include "loadfile/LoadFileSections.h"
 #include "project/BuildSystem.h"
 #include "project/MacroSystem.h"
 #include "project/ProjectSystem.h"
+#include "project/PropertyClass.h"
+#include "project/PropertyValue.h"
+#include "project/memorymap/MemoryMap.h"
 #include "project/memorymap/MemoryMapOpenFiles.h"
 #include "support/HException.h"
 #include "support/Nearest.h"
 #include "support/Numbers.h"
+#include "support/Path.h"
+#include "target/TargetInterface.h"
 
 #include <QElapsedTimer>
 #include <QFileInfo>

@@ -3,8 +3,10 @@
 #include "script/engine/ESContext.h"
 
 #include "script/engine/ESCode.h"
+#include "script/engine/ESCollector.h"
 #include "script/engine/ESCompiler.h"
 #include "script/engine/ESFrame.h"
+#include "script/engine/ESString.h"
 #include "script/engine/ESThread.h"
 
 #include <typeinfo>

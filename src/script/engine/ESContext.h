@@ -25,6 +25,7 @@
 #include <vector>
 
 class ESCode;
+class ESMarker;
 struct ESFrame;
 
 // What came of an eval: a normal end with the value of the last statement, or a thrown value.

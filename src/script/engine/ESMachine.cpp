@@ -2,8 +2,11 @@
 // local variables, and are written back before anything that can call, throw or read the line. What is
 // passed on by reference is a copy, ESValue(A), so that A itself can stay in registers.
 #include "script/engine/ESCode.h"
+#include "script/engine/ESCollector.h"
 #include "script/engine/ESContext.h"
 #include "script/engine/ESFrame.h"
+#include "script/engine/ESSteps.h"
+#include "script/engine/ESString.h"
 #include "script/engine/ESThread.h"
 
 #include <cassert>

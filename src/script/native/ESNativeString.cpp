@@ -1,5 +1,11 @@
 #include "script/native/ESNativeString.h"
 
+#include "script/engine/ESClass.h"
+#include "script/engine/ESException.h"
+#include "script/engine/ESStringPool.h"
+#include "script/engine/limits.h"
+#include "script/native/Builtin.h"
+
 #include <algorithm>
 
 namespace {

@@ -1,4 +1,4 @@
-#include "driver/dap/Arguments.h"
+#include "driver/dap/RequestArguments.h"
 
 #include "driver/dap/RequestFailure.h"
 
@@ -11,36 +11,36 @@ constexpr double ExactNumbers = 9007199254740992.0; // what a double holds witho
 
 } // namespace
 
-QJsonValue Arguments::value(const char* name) const
+QJsonValue RequestArguments::value(const char* name) const
 {
     return m_object.value(QLatin1String(name));
 }
 
-bool Arguments::has(const char* name) const
+bool RequestArguments::has(const char* name) const
 {
     QJsonValue found = value(name);
     return !found.isUndefined() && !found.isNull();
 }
 
-void Arguments::refuse(const char* name, const char* why) const
+void RequestArguments::refuse(const char* name, const char* why) const
 {
     throw RequestFailure(QStringLiteral("argument \"%1%2\" %3")
                              .arg(m_way, QLatin1String(name), QLatin1String(has(name) ? why : "is missing")));
 }
 
-QString Arguments::text(const char* name) const
+QString RequestArguments::text(const char* name) const
 {
     if (!value(name).isString())
         refuse(name, "must be a text");
     return value(name).toString();
 }
 
-QString Arguments::text(const char* name, const QString& otherwise) const
+QString RequestArguments::text(const char* name, const QString& otherwise) const
 {
     return has(name) ? text(name) : otherwise;
 }
 
-int64_t Arguments::number(const char* name) const
+int64_t RequestArguments::number(const char* name) const
 {
     QJsonValue found = value(name);
     double number = found.toDouble();
@@ -49,12 +49,12 @@ int64_t Arguments::number(const char* name) const
     return int64_t(number);
 }
 
-int64_t Arguments::number(const char* name, int64_t otherwise) const
+int64_t RequestArguments::number(const char* name, int64_t otherwise) const
 {
     return has(name) ? number(name) : otherwise;
 }
 
-int Arguments::count(const char* name) const
+int RequestArguments::count(const char* name) const
 {
     int64_t found = number(name);
     if (found < 0 || found > std::numeric_limits<int>::max())
@@ -62,12 +62,12 @@ int Arguments::count(const char* name) const
     return int(found);
 }
 
-int Arguments::count(const char* name, int otherwise) const
+int RequestArguments::count(const char* name, int otherwise) const
 {
     return has(name) ? count(name) : otherwise;
 }
 
-bool Arguments::flag(const char* name, bool otherwise) const
+bool RequestArguments::flag(const char* name, bool otherwise) const
 {
     if (!has(name))
         return otherwise;
@@ -76,18 +76,18 @@ bool Arguments::flag(const char* name, bool otherwise) const
     return value(name).toBool();
 }
 
-Arguments Arguments::object(const char* name) const
+RequestArguments RequestArguments::object(const char* name) const
 {
     if (has(name) && !value(name).isObject())
         refuse(name, "must be an object");
-    return Arguments(value(name).toObject(), m_way + QLatin1String(name) + QLatin1Char('.'));
+    return RequestArguments(value(name).toObject(), m_way + QLatin1String(name) + QLatin1Char('.'));
 }
 
-std::vector<Arguments> Arguments::objects(const char* name) const
+std::vector<RequestArguments> RequestArguments::objects(const char* name) const
 {
     if (has(name) && !value(name).isArray())
         refuse(name, "must be a list");
-    std::vector<Arguments> list;
+    std::vector<RequestArguments> list;
     const QJsonArray values = value(name).toArray();
     for (const QJsonValue& entry : values) {
         if (!entry.isObject())
@@ -98,7 +98,7 @@ std::vector<Arguments> Arguments::objects(const char* name) const
     return list;
 }
 
-QStringList Arguments::texts(const char* name) const
+QStringList RequestArguments::texts(const char* name) const
 {
     if (has(name) && !value(name).isArray())
         refuse(name, "must be a list");
@@ -112,7 +112,7 @@ QStringList Arguments::texts(const char* name) const
     return list;
 }
 
-QStringList Arguments::textOrTexts(const char* name) const
+QStringList RequestArguments::textOrTexts(const char* name) const
 {
     return value(name).isString() ? QStringList{text(name)} : texts(name);
 }

@@ -10,9 +10,9 @@
 #include <cstdint>
 #include <vector>
 
-class Arguments {
+class RequestArguments {
 public:
-    explicit Arguments(const QJsonObject& object, const QString& way = QString())
+    explicit RequestArguments(const QJsonObject& object, const QString& way = QString())
         : m_object(object), m_way(way)
     {
     }
@@ -27,8 +27,8 @@ public:
     int count(const char* name, int otherwise) const;
     bool flag(const char* name, bool otherwise) const;
     // Absent ones are empty.
-    Arguments object(const char* name) const;
-    std::vector<Arguments> objects(const char* name) const;
+    RequestArguments object(const char* name) const;
+    std::vector<RequestArguments> objects(const char* name) const;
     QStringList texts(const char* name) const;
     // A list of texts, or one text for a list of one.
     QStringList textOrTexts(const char* name) const;
