@@ -89,8 +89,8 @@ public:
     virtual DebuggerBreakpoint* setBreakpoint(const QString& file, const Path& path, int line, int count,
                                               bool counted, bool temporary, const QString& limit,
                                               const QString& action) = 0;
-    // An address, an access, or conditions of one. An empty trigger stands for what suits the place; without a
-    // frame in the context, that of a program that stands is seen. Throws DebuggerBreakpointFailure.
+    // An address, an access, or conditions of one. An empty trigger stands for what suits the place; without
+    // a frame in the context, that of a program that stands is seen. Throws DebuggerBreakpointFailure.
     virtual DebuggerBreakpoint* setBreakpoint(const ExpressionContext& context, const QString& expression,
                                               const QString& trigger, int count, bool counted, bool temporary,
                                               const QString& limit, const QString& action) = 0;
