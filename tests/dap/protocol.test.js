@@ -66,7 +66,7 @@ test('a launch argument that is misspelt or that the program cannot have is refu
         [{ setprop: 'Speed' }, 'format for option should be "-setprop PROPERTY=VALUE"'],
         [{ target: 'toaster' }, /^unknown target "toaster"/],
         [{ project: 'nothing' }, /^invalid project "nothing"/],
-        [{ files: ['/no/such/file.kvx'] }, 'The file "file.kvx" does not exist'],
+        [{ files: ['/no/such/file.kvx'] }, 'The file "file.kvx" does not exist\nlooked for /no/such/file.kvx'],
         [{ sourceMap: [['a']] }, 'argument "sourceMap" must be a list of pairs of paths'],
         [{ stopOnEntry: 'main' }, 'argument "stopOnEntry" must be true or false'],
     ];

@@ -1,6 +1,7 @@
 #include "maxq30/cpu/ZOFFMAXQ30Insn.h"
 #include "support/HException.h"
 #include "support/HString.h"
+#include "support/MAXQ30Records.h" // installs the record
 #include "support/Pool.h"
 #include "zoff/ZOFFExpr.h"
 #include "zoff/ZOFFMarker.h"

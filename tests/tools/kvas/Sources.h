@@ -3,7 +3,7 @@
 
 #include "maxq30/cpu/ZOFFMAXQ30Reader.h"
 #include "support/HString.h"
-#include "support/MAXQ30Records.h"
+#include "support/MAXQ30Records.h" // installs the record
 #include "support/TempDir.h"
 #include "tools/kvas/Diagnostics.h"
 #include "tools/kvas/Link.h"
