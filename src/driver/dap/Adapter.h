@@ -89,7 +89,6 @@ private:
         QJsonObject (*handler)(Adapter& adapter, const RequestArguments& arguments);
         const char* capability; // of the adapter, that the request stands for; null for what all have
     };
-    using StepAct = void (SymbolicDebuggerInterface::*)(bool instruction);
     static std::span<const Row> requests();
 
     void carryOut(const Request& request, const Row& row);
@@ -106,7 +105,7 @@ private:
     QJsonObject setExceptions(const RequestArguments& arguments);
     QJsonObject exceptionInfo(const RequestArguments& arguments);
     QJsonObject go(const RequestArguments& arguments);
-    QJsonObject step(const RequestArguments& arguments, StepAct act);
+    QJsonObject step(const RequestArguments& arguments, bool over);
     QJsonObject stepOut(const RequestArguments& arguments);
     QJsonObject pause(const RequestArguments& arguments);
     QJsonObject jump(const RequestArguments& arguments);

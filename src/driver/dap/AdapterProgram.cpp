@@ -254,10 +254,10 @@ QJsonObject Adapter::go(const RequestArguments&)
     return {{QStringLiteral("allThreadsContinued"), true}};
 }
 
-QJsonObject Adapter::step(const RequestArguments& arguments, StepAct act)
+QJsonObject Adapter::step(const RequestArguments& arguments, bool over)
 {
     bool instruction = arguments.text("granularity", QString()) == QLatin1String("instruction");
-    resume(Intent::Step, [&] { (m_debugger.*act)(instruction); });
+    resume(Intent::Step, [&] { over ? m_debugger.stepover(instruction) : m_debugger.stepinto(instruction); });
     return {};
 }
 

@@ -47,11 +47,9 @@ std::span<const Adapter::Row> Adapter::requests()
          "supportsBreakpointLocationsRequest"},
 
         {"continue", Stopped, [](Adapter& a, A args) { return a.go(args); }, nullptr},
-        {"next", Stopped,
-         [](Adapter& a, A args) { return a.step(args, &SymbolicDebuggerInterface::stepover); },
+        {"next", Stopped, [](Adapter& a, A args) { return a.step(args, true); },
          "supportsSteppingGranularity"},
-        {"stepIn", Stopped,
-         [](Adapter& a, A args) { return a.step(args, &SymbolicDebuggerInterface::stepinto); }, nullptr},
+        {"stepIn", Stopped, [](Adapter& a, A args) { return a.step(args, false); }, nullptr},
         {"stepOut", Stopped, [](Adapter& a, A args) { return a.stepOut(args); }, nullptr},
         {"pause", Stopped | Running, [](Adapter& a, A args) { return a.pause(args); }, nullptr},
         {"gotoTargets", Stopped, [](Adapter& a, A args) { return a.m_stack.gotoTargets(args); },
