@@ -108,7 +108,7 @@ QStringView formatNumber(unsigned n, char16_t (&buffer)[12])
 
 bool same(QStringView a, QStringView b)
 {
-    return a.size() == b.size() && std::memcmp(a.utf16(), b.utf16(), size_t(a.size()) * 2) == 0;
+    return a.size() == b.size() && std::equal(a.utf16(), a.utf16() + a.size(), b.utf16());
 }
 
 ESString* search(QStringView text, uint32_t hash)
@@ -347,7 +347,7 @@ ESString* ESStringPool::make(QStringView text)
     ESString* string = allocate();
     string->m_length = length;
     string->m_form = chars ? ESString::Flat : ESString::Inline;
-    std::memcpy(chars ? chars : string->m_inline, text.utf16(), size_t(length) * 2);
+    std::copy_n(text.utf16(), size_t(length), chars ? chars : string->m_inline);
     if (chars)
         string->m_flat = {chars, capacity};
     return string;
@@ -415,8 +415,8 @@ ESString* ESStringPool::concat(ESString* left, ESString* right)
     bool takes = left->m_form == ESString::Flat && !left->m_index && first >= second;
     if (length <= ShortText && (!takes || left->m_flat.capacity < length)) {
         char16_t buffer[ShortText];
-        std::memcpy(buffer, left->chars(), size_t(first) * 2);
-        std::memcpy(buffer + first, right->chars(), size_t(second) * 2);
+        std::copy_n(left->chars(), size_t(first), buffer);
+        std::copy_n(right->chars(), size_t(second), buffer + first);
         return make(QStringView(buffer, length));
     }
     const char16_t* added = takes ? right->chars() : nullptr;
@@ -433,13 +433,13 @@ ESString* ESStringPool::concat(ESString* left, ESString* right)
     if (capacity < length) {
         uint32_t wanted = length + length / 2;
         char16_t* grown = allocateUnits(wanted);
-        std::memcpy(grown, chars, size_t(first) * 2);
-        std::memcpy(grown + first, added, size_t(second) * 2);
+        std::copy_n(chars, size_t(first), grown);
+        std::copy_n(added, size_t(second), grown + first);
         freeUnits(chars, capacity);
         chars = grown;
         capacity = wanted;
     } else {
-        std::memcpy(chars + first, added, size_t(second) * 2);
+        std::copy_n(added, size_t(second), chars + first);
     }
     string->m_flat = {chars, capacity};
     string->m_form = ESString::Flat;
